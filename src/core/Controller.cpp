@@ -1,0 +1,314 @@
+#include "core/Controller.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "core/FrmInit.h"
+#include "core/MainForm.h"
+#include "core/PortFile.h"
+#include "core/SmallForms.h"
+#include "core/Text.h"
+#include "ports/AppError.h"
+#include "ports/Desktop.h"
+#include "ports/Dialogs.h"
+#include "ports/PresentationApp.h"
+#include "ports/Scheduler.h"
+#include "ports/Tray.h"
+
+namespace tlx {
+
+namespace fs = std::filesystem;
+
+namespace {
+constexpr const char* kObject = "Controller";
+
+bool isKelvarinType(const std::string& type) {
+    const std::string u = toUpper(type);
+    return u == "KELVARIN BASE V3" || u == "KELVARIN COREHUB G1" || u == "KELVARIN COREHUB G2";
+}
+
+// Creates the folder when missing and proves it writable with a scratch file.
+bool createAndProbe(const fs::path& folder, int& errNumber, std::string& errText) {
+    std::error_code ec;
+    if (!fs::is_directory(folder, ec)) {
+        fs::create_directories(folder, ec);
+        if (ec || !fs::is_directory(folder)) {
+            errNumber = err::kPathNotFound;
+            errText = "Path not found";
+            return false;
+        }
+    }
+    const fs::path probe = folder / "PermissionCheck";
+    {
+        std::ofstream out(probe, std::ios::binary | std::ios::trunc);
+        if (!out || !(out << "x")) {
+            errNumber = err::kPermissionDenied;
+            errText = "Permission denied";
+            return false;
+        }
+    }
+    fs::remove(probe, ec);
+    if (ec) {
+        errNumber = err::kPermissionDenied;
+        errText = "Permission denied";
+        return false;
+    }
+    return true;
+}
+}  // namespace
+
+Controller::Controller(Ports p)
+    : ports(p),
+      logs(glo, p.scheduler, p.desktop, p.tray),
+      errors{glo, p.scheduler, p.desktop, p.dialogs, logs},
+      settings(glo, p.desktop),
+      forms(p.scheduler),
+      drivers(std::make_unique<NoBaseDrivers>()) {
+    glo.installFolder = p.desktop.installFolder();
+}
+
+Controller::~Controller() = default;
+
+MainForm* Controller::mainForm() const { return forms.get<MainForm>(MainForm::kName); }
+
+void Controller::LogEvent(std::string_view text, int kind) {
+    if (auto* m = mainForm()) m->LogEvent(text, kind);
+}
+
+void Controller::attachPresentation() {
+    trap(errors, kObject, "InitPPTObject", [&] {
+        if (!glo.usePowerPoint) return;
+        if (processRunning(ports.desktop, "POWERPNT.EXE")) glo.ppApp = ports.presentation.getActiveObject();
+    });
+}
+
+void Controller::loadMainForm() {
+    if (mainForm()) return;
+    forms.load<MainForm>(*this).Form_Load();
+}
+
+void Controller::resolveDataFolders() {
+    trap(errors, kObject, "GetAppDataFolders", [&] {
+        int number = 0;
+        std::string text;
+        const std::string appData = ports.desktop.environment("APPDATA");
+        fs::path local = fs::path(appData) / "tallix";
+        if (appData.empty() || !createAndProbe(local, number, text)) {
+            if (appData.empty()) {
+                number = err::kPathNotFound;
+                text = "Path not found";
+            }
+            logs.balloon(numText(number) + ": " + text + " (" + local.string() + ")\r\nLocal App Path Error", 2);
+            local = glo.installFolder;
+        }
+        glo.localDataFolder = local;
+
+        std::string shared = ports.desktop.environment("PROGRAMDATA");
+        if (shared.empty()) shared = ports.desktop.environment("ALLUSERAPPDATA");
+        if (shared.empty()) {
+            const std::string all = ports.desktop.environment("ALLUSERSPROFILE");
+            const auto cut = all.find_last_of("/\\");
+            shared = cut == std::string::npos ? std::string() : all.substr(0, cut);
+        }
+        fs::path sharedFolder = fs::path(shared) / "tallix";
+        if (shared.empty() || !createAndProbe(sharedFolder, number, text)) {
+            if (shared.empty()) {
+                number = err::kPathNotFound;
+                text = "Path not found";
+            }
+            logs.balloon(numText(number) + ": " + text + " (" + sharedFolder.string() +
+                             ")\r\nAll User App Path Error",
+                         2);
+            sharedFolder = glo.installFolder;
+        }
+        glo.sharedDataFolder = sharedFolder;
+    });
+}
+
+void Controller::readPortFile() {
+    trap(errors, kObject, "ReadPortFile", [&] {
+        const PortFileRead r = tlx::readPortFile(glo.localDataFolder / "port.tlc");
+        glo.bases = r.data.bases;
+        glo.popUp = r.data.popUp;
+        glo.portFileRead = r.status == PortFileStatus::Ok;
+        if (r.status == PortFileStatus::DecryptError)
+            ports.dialogs.message("tallix controller", "Decrypt Error", MsgIcon::Exclamation);
+        else if (r.status == PortFileStatus::ReadError)
+            ports.dialogs.message("tallix controller", "Error reading data from the port file",
+                                  MsgIcon::Exclamation);
+    });
+    connectBases();
+}
+
+void Controller::connectBases() {
+    trap(errors, kObject, "ConnectBases", [&] {
+        FrmInit* bar = forms.get<FrmInit>(FrmInit::kName);
+        const bool ownBar = bar == nullptr;
+        if (ownBar) bar = &forms.load<FrmInit>(*this);
+        bool anyUp = false;
+        bool anyCorehubUp = false;
+        std::vector<const PortEntry*> failed;
+        for (const auto& base : glo.bases) {
+            if (glo.ShuttingDown) break;
+            if (toUpper(base.baseType) == kKeyboardBaseType || trim(base.baseType).empty()) continue;
+            if (isKelvarinType(base.baseType))
+                bar->openingBar = "Connecting to Base " + formatDigits(base.port, "### 000 000 000");
+            else
+                bar->openingBar = "Opening Port " + base.port;
+            bar->changed();
+            if (drivers->openBase(base)) {
+                anyUp = true;
+                if (startsWith(toUpper(base.baseType), "KELVARIN COREHUB")) anyCorehubUp = true;
+            } else {
+                failed.push_back(&base);
+            }
+        }
+        if (ownBar && forms.find(FrmInit::kName) == bar) forms.unload(*bar);
+        if (!anyUp) {
+            for (const PortEntry* b : failed)
+                ports.dialogs.message(
+                    "tallix Controller",
+                    "Unable to initialise Kelvarin Base " + formatDigits(b->port, "### 000 000 000") +
+                        "\r\n\r\nPlease ensure that the base station is plugged in and the drivers are installed"
+                        "\r\n\r\nIt may be necessary to remove and plug\r\nthe base station back into the USB "
+                        "port before continuing",
+                    MsgIcon::Critical);
+        }
+        if (anyCorehubUp && glo.options.flag(section::kKelvarinOptions, "CONTROL KEYPAD"))
+            ports.dialogs.message("Presenter Keypad Enabled",
+                                  "With the presenter keypad enabled it is very important to close\r\n"
+                                  " all instances of PowerPoint before unplugging the Kelvarin Base Station",
+                                  MsgIcon::Exclamation);
+    });
+}
+
+void Controller::autoUpdateCheck() {
+    trap(errors, kObject, "AutoUpdateCheck", [&] {
+        const fs::path folder = glo.sharedDataFolder / "AutoUpdate";
+        std::error_code ec;
+        if (!fs::is_directory(folder, ec)) fs::create_directories(folder, ec);
+        const fs::path dte = folder / "AutoUpdate.dte";
+        std::string stored;
+        if (std::ifstream in(dte, std::ios::binary); in) {
+            std::stringstream ss;
+            ss << in.rdbuf();
+            stored = trim(replaceAll(replaceAll(ss.str(), "\r", ""), "\n", ""));
+        }
+        if (toUpper(stored) == "AUTO UPDATE OFF") return;
+
+        const DateTime today = ports.scheduler.now();
+        const std::string todayText = formatDate(today, "YYYYMMDD");
+        const bool validDate = stored.size() == 8 && isNumeric(stored);
+        if (validDate && todayText < stored) {
+            LogEvent("Next Update Check Scheduled For " + stored.substr(6, 2) + "/" + stored.substr(4, 2) + "/" +
+                         stored.substr(0, 4),
+                     2);
+            return;
+        }
+        const fs::path updater = glo.installFolder / "AutoUpdate" / "Update.exe";
+        if (fs::is_regular_file(updater, ec)) ports.desktop.startProgram(updater, " AUTO", WindowStyle::Normal);
+        // The updater checks weekly.
+        const DateTime next = today.addDays(7);
+        if (std::ofstream out(dte, std::ios::binary | std::ios::trunc); out) out << formatDate(next, "YYYYMMDD");
+        LogEvent("Next Update Check Scheduled For " + formatDate(next, "DD/MM/YYYY"), 2);
+    });
+}
+
+void Controller::loadParticipantNames() {
+    // The participant-names module reads the list beside the presentation.
+}
+
+void Controller::GlobalInitSub() {
+    glo.traceToFile = true;
+    glo.usePowerPoint = true;
+    glo.modeKeysEnabled = true;
+    trap(errors, kObject, "GlobalInitSub", [&] {
+        glo.traceToFile = settings.LogEventsToFile();
+        glo.showAllErrors = settings.ShowAllErrors();
+        trace("Begin - glo.InitialisedState = " + numText(glo.InitialisedState), "GlobalInitSub");
+        if (glo.InitialisedState != INIT_STATE_NOT_STARTED) return;
+        glo.InitialisedState = INIT_STATE_INITIALISING;
+        trace("Mid - glo.InitialisedState = " + numText(glo.InitialisedState), "GlobalInitSub");
+        const double start = ports.scheduler.now().secondsSinceMidnight();
+        const double startCounter = ports.scheduler.monotonicSeconds();
+
+        // Each step may have set ShuttingDown; then the rest is not done.
+        auto stopped = [&] {
+            if (!glo.ShuttingDown) return false;
+            FullShutdown(true);
+            return true;
+        };
+
+        attachPresentation();  // 5
+        if (stopped()) return;
+        ports.desktop.showTaskBar(true);  // 6
+        glo.intakeTuning[0] = 1;
+        glo.intakeTuning[1] = 2;
+        glo.intakeTuning[2] = 256;
+        glo.intakeTuning[3] = 1;
+        if (stopped()) return;
+        loadMainForm();  // 7
+        if (stopped()) return;
+        resolveDataFolders();  // 8
+        settings.loadOptions(glo.options);
+        if (stopped()) return;
+        drivers->loadDriverForms();  // 9
+        if (glo.ppApp) trap(errors, kObject, "GlobalInitSub", [&] { glo.pptVersion = glo.ppApp->version(); });
+        if (stopped()) return;
+        readPortFile();  // 10
+        if (stopped()) return;
+        autoUpdateCheck();  // 11
+        if (stopped()) return;
+        loadParticipantNames();  // 12
+        if (stopped()) return;
+        glo.optionCount = 10;  // 13
+        glo.optionValues.assign(static_cast<std::size_t>(glo.optionCount), -1.0f);
+        if (auto* m = mainForm()) {
+            m->tmrCheck4PPT.setEnabled(true);
+            m->tmr_refreshLowLevelKeyboardHook.setEnabled(true);
+        }
+        if (stopped()) return;
+        (void)start;
+        const double elapsed = ports.scheduler.monotonicSeconds() - startCounter;  // 14
+        LogEvent("INITIAL LOAD TIME TAKEN = " + numText(static_cast<float>(elapsed)) + " secs",
+                 2);
+        if (glo.traceToFile)
+            logs.trace(static_cast<float>(elapsed), "Full Load Time Taken", kObject, "GlobalInitSub");
+        glo.InitialisedState = INIT_STATE_INITIALISED;  // 15
+    });
+    if (glo.InitialisedState == INIT_STATE_INITIALISED && !glo.ShuttingDown) initialised();
+}
+
+void Controller::FullShutdown(bool showCloseForm) {
+    (void)showCloseForm;
+    if (fullShutdownRunning_) return;
+    fullShutdownRunning_ = true;
+    glo.ShuttingDown = true;
+    trap(errors, kObject, "FullShutdown", [&] {
+        trace("Function Start: glo.FullShutDownInitiated=" + boolText(glo.FullShutDownInitiated), "FullShutdown");
+        trap(errors, kObject, "FullShutdown", [&] { ports.desktop.showTaskBar(true); });
+        if (glo.hookActive) glo.hookActive = false;
+
+        const auto loaded = forms.all();
+        for (std::size_t i = loaded.size(); i-- > 0;) {
+            Form* f = loaded[i];
+            if (f->Name() == MainForm::kName) continue;
+            trace("Unload Forms(" + numText(static_cast<long long>(i)) + "):" + f->Name(), "FullShutDown");
+            forms.unload(*f);
+        }
+
+        MainForm* main = mainForm();
+        if (!main) {
+            trace("controllerLoaded=False", "FullShutdown");
+        } else {
+            trace("controllerLoaded=True", "FullShutdown");
+            main->PowerPointClosed();
+            main->RemoveFromTray();
+            trap(errors, kObject, "FullShutdown", [&] { drivers->closePorts(); });
+            forms.unload(*main);
+        }
+        forms.load<CloseControllerForm>(*this).tmr_CloseApp.setEnabled(true);
+    });
+}
+
+}  // namespace tlx

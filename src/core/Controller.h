@@ -1,0 +1,79 @@
+#pragma once
+// The controller context: the ports it runs on, `glo`, the logs and the loaded forms.
+// The wiring creates one; tests create as many as they like.
+#include <memory>
+#include <string>
+
+#include "core/BaseDrivers.h"
+#include "core/ErrorObject.h"
+#include "core/Form.h"
+#include "core/GlobalState.h"
+#include "core/Logs.h"
+#include "core/Settings.h"
+#include "core/Signal.h"
+
+namespace tlx {
+
+class Scheduler;
+class Desktop;
+class Dialogs;
+class Tray;
+class PresentationApp;
+class MainForm;
+
+struct Ports {
+    Scheduler& scheduler;
+    Desktop& desktop;
+    Dialogs& dialogs;
+    Tray& tray;
+    PresentationApp& presentation;
+};
+
+class Controller {
+public:
+    explicit Controller(Ports ports);
+    ~Controller();
+    Controller(const Controller&) = delete;
+    Controller& operator=(const Controller&) = delete;
+
+    Ports ports;
+    GlobalState glo;
+    Logs logs;
+    ErrorEnv errors;
+    Settings settings;
+    FormRegistry forms;
+    std::unique_ptr<BaseDrivers> drivers;
+    // The vote intake that the drivers hand received votes to (the main form's SendVotes).
+    VoteIntake* voteIntake = nullptr;
+
+    // The main form, nullptr when it is not loaded.
+    MainForm* mainForm() const;
+    // LogEvent on the main form, when it is loaded.
+    void LogEvent(std::string_view text, int kind);
+    // Trace helpers (object "Controller" unless given).
+    void trace(std::string_view text, std::string_view procedure, std::string_view object = "Controller") {
+        logs.trace(text, object, procedure);
+    }
+
+    // One-time initialisation; acts only while InitialisedState is 0.
+    void GlobalInitSub();
+    // Orderly shutdown; ends the process from frm_CloseController's timer.
+    void FullShutdown(bool showCloseForm);
+
+    // Steps of start-up, callable on their own.
+    void attachPresentation();
+    void loadMainForm();
+    void resolveDataFolders();
+    void readPortFile();
+    void connectBases();
+    void autoUpdateCheck();
+    void loadParticipantNames();
+
+    // Raised when InitialisedState reaches 2.
+    Signal<> initialised;
+
+private:
+    bool fullShutdownRunning_ = false;
+};
+
+}  // namespace tlx

@@ -1,0 +1,242 @@
+#include "ui/Views.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFontDatabase>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSlider>
+#include <QTableWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "core/Controller.h"
+#include "core/FrmInit.h"
+#include "core/MainForm.h"
+#include "core/SmallForms.h"
+#include "core/Text.h"
+
+namespace tlx {
+
+namespace {
+QString q(const std::string& s) { return QString::fromStdString(replaceAll(s, "\r\n", "\n")); }
+}  // namespace
+
+MainWindowView::MainWindowView(Controller& controller, MainForm& model) : c_(controller), model_(model) {
+    auto* lay = new QVBoxLayout(this);
+    caption_ = new QLabel;
+    QFont big = caption_->font();
+    big.setPointSize(big.pointSize() + 3);
+    big.setBold(true);
+    caption_->setFont(big);
+    labels_ = new QLabel;
+    log_ = new QPlainTextEdit;
+    log_->setReadOnly(true);
+    log_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    log_->setMaximumBlockCount(0);
+    command_ = new QLineEdit;
+    command_->setPlaceholderText("Command");
+    lay->addWidget(caption_);
+    lay->addWidget(labels_);
+    lay->addWidget(log_, 1);
+    lay->addWidget(command_);
+    connect(command_, &QLineEdit::returnPressed, this, [this] {
+        model_.AddDataToCommandQueue(command_->text().toStdString());
+        command_->clear();
+    });
+    resize(760, 480);
+    // The log changes with every line; redraw at most ten times a second.
+    sub_ = model_.changed.connect([this] {
+        if (refreshPending_) return;
+        refreshPending_ = true;
+        QTimer::singleShot(100, this, [this] {
+            refreshPending_ = false;
+            refresh();
+        });
+    });
+    refresh();
+}
+
+MainWindowView::~MainWindowView() { model_.changed.disconnect(sub_); }
+
+void MainWindowView::refresh() {
+    setWindowTitle(q(model_.Caption()));
+    caption_->setText(q(model_.Caption()));
+    labels_->setText(q(model_.lblOS + "\n" + model_.lblOffice + (model_.lblBuild.empty() ? "" : "\n" + model_.lblBuild)));
+    log_->setPlainText(q(model_.txt_log.text()));
+}
+
+void MainWindowView::closeEvent(QCloseEvent* e) {
+    // Closing the window sends the controller back to the tray; Quit is on the tray menu.
+    e->ignore();
+    hide();
+}
+
+FrmInitView::FrmInitView(Controller& controller, FrmInit& model) : c_(controller), model_(model) {
+    auto* lay = new QVBoxLayout(this);
+    bar_ = new QLabel;
+    grid_ = new QTableWidget(0, 4);
+    QStringList cols;
+    for (const auto& c : FrmInit::gridColumns()) cols << q(c);
+    grid_->setHorizontalHeaderLabels(cols);
+    grid_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    auto* scan = new QPushButton("Scan");
+    auto* add = new QPushButton("Add base");
+    popUp_ = new QCheckBox("Not-voted pop-up");
+    popUpDownTo_ = new QLineEdit;
+    popUpDownTo_->setPlaceholderText("Auto PopUp when down to");
+    howMany_ = new QLineEdit;
+    howMany_->setPlaceholderText("Show how many");
+    close_ = new QCheckBox("Close voting automatically");
+    closeSlider_ = new QSlider(Qt::Horizontal);
+    closeSlider_->setRange(0, 100);
+    closeLabel_ = new QLabel;
+    auto* ok = new QPushButton("OK");
+    auto* cancel = new QPushButton("Cancel");
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(scan);
+    buttons->addWidget(add);
+    buttons->addStretch();
+    buttons->addWidget(ok);
+    buttons->addWidget(cancel);
+    auto* pop = new QHBoxLayout;
+    pop->addWidget(popUp_);
+    pop->addWidget(popUpDownTo_);
+    pop->addWidget(howMany_);
+    lay->addWidget(bar_);
+    lay->addWidget(grid_, 1);
+    lay->addLayout(pop);
+    lay->addWidget(close_);
+    lay->addWidget(closeLabel_);
+    lay->addWidget(closeSlider_);
+    lay->addLayout(buttons);
+    resize(640, 380);
+
+    connect(scan, &QPushButton::clicked, this, [this] {
+        pullRows();
+        model_.ScanSystem();
+    });
+    connect(add, &QPushButton::clicked, this, [this] {
+        pullRows();
+        model_.rows.push_back(InitGridRow{"", "Kelvarin Corehub g2", "1", "20"});
+        refresh();
+    });
+    connect(closeSlider_, &QSlider::valueChanged, this, [this](int v) {
+        if (refreshing_) return;
+        model_.sldClosePercent = v;
+        closeLabel_->setText(q(model_.closeLabel()));
+    });
+    connect(ok, &QPushButton::clicked, this, [this] {
+        pullRows();
+        model_.cmdOK_Click();
+    });
+    connect(cancel, &QPushButton::clicked, this, [this] { model_.cmdCancel_Click(); });
+    sub_ = model_.changed.connect([this] { refresh(); });
+    refresh();
+}
+
+FrmInitView::~FrmInitView() { model_.changed.disconnect(sub_); }
+
+void FrmInitView::pullRows() {
+    for (int r = 0; r < grid_->rowCount() && r < static_cast<int>(model_.rows.size()); ++r) {
+        auto& row = model_.rows[static_cast<std::size_t>(r)];
+        if (auto* it = grid_->item(r, 0)) row.serialNumber = it->text().toStdString();
+        if (auto* combo = qobject_cast<QComboBox*>(grid_->cellWidget(r, 1))) row.baseType = combo->currentText().toStdString();
+        if (auto* it = grid_->item(r, 2)) row.lowest = it->text().toStdString();
+        if (auto* it = grid_->item(r, 3)) row.highest = it->text().toStdString();
+    }
+    model_.chkPopUpOn = popUp_->isChecked();
+    model_.txtPopUp = popUpDownTo_->text().toStdString();
+    model_.txtHowMany = howMany_->text().toStdString();
+    model_.chkClose = close_->isChecked();
+    model_.sldClosePercent = closeSlider_->value();
+}
+
+void FrmInitView::refresh() {
+    refreshing_ = true;
+    setWindowTitle(q(model_.Caption()));
+    bar_->setText(q(model_.openingBar));
+    grid_->setRowCount(static_cast<int>(model_.rows.size()));
+    for (int r = 0; r < static_cast<int>(model_.rows.size()); ++r) {
+        const auto& row = model_.rows[static_cast<std::size_t>(r)];
+        grid_->setItem(r, 0, new QTableWidgetItem(q(row.serialNumber)));
+        auto* combo = new QComboBox;
+        for (const auto& t : FrmInit::baseTypeChoices()) combo->addItem(q(t));
+        combo->setCurrentText(q(row.baseType));
+        grid_->setCellWidget(r, 1, combo);
+        grid_->setItem(r, 2, new QTableWidgetItem(q(row.lowest)));
+        grid_->setItem(r, 3, new QTableWidgetItem(q(row.highest)));
+    }
+    popUp_->setChecked(model_.chkPopUpOn);
+    popUpDownTo_->setText(q(model_.txtPopUp));
+    howMany_->setText(q(model_.txtHowMany));
+    close_->setChecked(model_.chkClose);
+    closeSlider_->setValue(model_.sldClosePercent);
+    closeLabel_->setText(q(model_.closeLabel()));
+    refreshing_ = false;
+}
+
+BubbleLogView::BubbleLogView(BubbleMessageLogForm& model) : model_(model) {
+    auto* lay = new QVBoxLayout(this);
+    text_ = new QPlainTextEdit;
+    text_->setReadOnly(true);
+    lay->addWidget(text_);
+    resize(520, 360);
+    sub_ = model_.changed.connect([this] { refresh(); });
+    refresh();
+}
+
+BubbleLogView::~BubbleLogView() { model_.changed.disconnect(sub_); }
+
+void BubbleLogView::refresh() {
+    setWindowTitle(q(model_.Caption()));
+    text_->setPlainText(q(model_.txtLog));
+}
+
+ViewManager::ViewManager(Controller& controller) : c_(controller) {
+    loadedSub_ = c_.forms.loaded.connect([this](Form& f) { onLoaded(f); });
+    unloadedSub_ = c_.forms.unloaded.connect([this](Form& f) { onUnloaded(f); });
+    for (Form* f : c_.forms.all()) onLoaded(*f);
+}
+
+ViewManager::~ViewManager() {
+    c_.forms.loaded.disconnect(loadedSub_);
+    c_.forms.unloaded.disconnect(unloadedSub_);
+    for (auto& [f, id] : subs_) f->changed.disconnect(id);
+}
+
+QWidget* ViewManager::viewOf(const std::string& formName) const {
+    for (const auto& [f, v] : views_)
+        if (f->Name() == formName) return v.get();
+    return nullptr;
+}
+
+void ViewManager::onLoaded(Form& form) {
+    std::unique_ptr<QWidget> view;
+    if (auto* m = dynamic_cast<MainForm*>(&form))
+        view = std::make_unique<MainWindowView>(c_, *m);
+    else if (auto* i = dynamic_cast<FrmInit*>(&form))
+        view = std::make_unique<FrmInitView>(c_, *i);
+    else if (auto* b = dynamic_cast<BubbleMessageLogForm*>(&form))
+        view = std::make_unique<BubbleLogView>(*b);
+    if (!view) return;
+    QWidget* w = view.get();
+    views_[&form] = std::move(view);
+    subs_[&form] = form.changed.connect([w, &form] { w->setVisible(form.Visible()); });
+    w->setVisible(form.Visible());
+}
+
+void ViewManager::onUnloaded(Form& form) {
+    if (auto it = subs_.find(&form); it != subs_.end()) {
+        form.changed.disconnect(it->second);
+        subs_.erase(it);
+    }
+    views_.erase(&form);
+}
+
+}  // namespace tlx

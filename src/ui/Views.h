@@ -1,0 +1,98 @@
+#pragma once
+// Qt Widgets views of the window models. A view shows its model and forwards user actions;
+// it holds no behaviour of its own.
+#include <QDialog>
+#include <QWidget>
+#include <map>
+#include <memory>
+
+class QLabel;
+class QPlainTextEdit;
+class QLineEdit;
+class QTableWidget;
+class QSlider;
+class QCheckBox;
+class QCloseEvent;
+
+namespace tlx {
+
+class Controller;
+class Form;
+class MainForm;
+class FrmInit;
+class BubbleMessageLogForm;
+
+class MainWindowView : public QWidget {
+    Q_OBJECT
+public:
+    MainWindowView(Controller& controller, MainForm& model);
+    ~MainWindowView() override;
+    void refresh();
+
+protected:
+    void closeEvent(QCloseEvent* e) override;
+
+private:
+    Controller& c_;
+    MainForm& model_;
+    bool refreshPending_ = false;
+    QLabel* caption_;
+    QLabel* labels_;
+    QPlainTextEdit* log_;
+    QLineEdit* command_;
+    std::uint64_t sub_ = 0;
+};
+
+class FrmInitView : public QDialog {
+    Q_OBJECT
+public:
+    FrmInitView(Controller& controller, FrmInit& model);
+    ~FrmInitView() override;
+    void refresh();
+
+private:
+    void pullRows();
+    Controller& c_;
+    FrmInit& model_;
+    QLabel* bar_;
+    QTableWidget* grid_;
+    QLabel* closeLabel_;
+    QSlider* closeSlider_;
+    QCheckBox* close_;
+    QCheckBox* popUp_;
+    QLineEdit* popUpDownTo_;
+    QLineEdit* howMany_;
+    std::uint64_t sub_ = 0;
+    bool refreshing_ = false;
+};
+
+class BubbleLogView : public QWidget {
+    Q_OBJECT
+public:
+    explicit BubbleLogView(BubbleMessageLogForm& model);
+    ~BubbleLogView() override;
+    void refresh();
+
+private:
+    BubbleMessageLogForm& model_;
+    QPlainTextEdit* text_;
+    std::uint64_t sub_ = 0;
+};
+
+// Creates a view when a form with one loads and shows it when the form is shown.
+class ViewManager {
+public:
+    explicit ViewManager(Controller& controller);
+    ~ViewManager();
+    QWidget* viewOf(const std::string& formName) const;
+
+private:
+    void onLoaded(Form& form);
+    void onUnloaded(Form& form);
+    Controller& c_;
+    std::map<Form*, std::unique_ptr<QWidget>> views_;
+    std::map<Form*, std::uint64_t> subs_;
+    std::uint64_t loadedSub_ = 0, unloadedSub_ = 0;
+};
+
+}  // namespace tlx
