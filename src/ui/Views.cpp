@@ -126,6 +126,9 @@ FrmInitView::FrmInitView(Controller& controller, FrmInit& model) : c_(controller
         model_.rows.push_back(InitGridRow{"", "Kelvarin Corehub g2", "1", "20"});
         refresh();
     });
+    connect(grid_, &QTableWidget::cellChanged, this, [this](int, int) {
+        if (!refreshing_) pullRows();
+    });
     connect(closeSlider_, &QSlider::valueChanged, this, [this](int v) {
         if (refreshing_) return;
         model_.sldClosePercent = v;
@@ -161,16 +164,29 @@ void FrmInitView::refresh() {
     refreshing_ = true;
     setWindowTitle(q(model_.Caption()));
     bar_->setText(q(model_.openingBar));
-    grid_->setRowCount(static_cast<int>(model_.rows.size()));
-    for (int r = 0; r < static_cast<int>(model_.rows.size()); ++r) {
+    const int rows = static_cast<int>(model_.rows.size());
+    if (grid_->rowCount() != rows) grid_->setRowCount(rows);
+    for (int r = 0; r < rows; ++r) {
         const auto& row = model_.rows[static_cast<std::size_t>(r)];
-        grid_->setItem(r, 0, new QTableWidgetItem(q(row.serialNumber)));
-        auto* combo = new QComboBox;
-        for (const auto& t : FrmInit::baseTypeChoices()) combo->addItem(q(t));
+        auto setText = [&](int col, const std::string& text) {
+            QTableWidgetItem* it = grid_->item(r, col);
+            if (!it) grid_->setItem(r, col, it = new QTableWidgetItem);
+            if (it->text() != q(text)) it->setText(q(text));
+        };
+        setText(0, row.serialNumber);
+        setText(2, row.lowest);
+        setText(3, row.highest);
+        auto* combo = qobject_cast<QComboBox*>(grid_->cellWidget(r, 1));
+        if (!combo) {
+            combo = new QComboBox;
+            for (const auto& t : FrmInit::baseTypeChoices()) combo->addItem(q(t));
+            grid_->setCellWidget(r, 1, combo);
+            connect(combo, &QComboBox::currentTextChanged, this, [this, r](const QString& t) {
+                if (!refreshing_ && r < static_cast<int>(model_.rows.size()))
+                    model_.rows[static_cast<std::size_t>(r)].baseType = t.toStdString();
+            });
+        }
         combo->setCurrentText(q(row.baseType));
-        grid_->setCellWidget(r, 1, combo);
-        grid_->setItem(r, 2, new QTableWidgetItem(q(row.lowest)));
-        grid_->setItem(r, 3, new QTableWidgetItem(q(row.highest)));
     }
     popUp_->setChecked(model_.chkPopUpOn);
     popUpDownTo_->setText(q(model_.txtPopUp));
@@ -236,7 +252,14 @@ void ViewManager::onUnloaded(Form& form) {
         form.changed.disconnect(it->second);
         subs_.erase(it);
     }
-    views_.erase(&form);
+    // The form may have unloaded itself from a click in this very view: let Qt finish the
+    // event before the widgets go.
+    if (auto it = views_.find(&form); it != views_.end()) {
+        QWidget* w = it->second.release();
+        views_.erase(it);
+        w->hide();
+        w->deleteLater();
+    }
 }
 
 }  // namespace tlx

@@ -1,14 +1,230 @@
 #include <gtest/gtest.h>
 
+#include "core/FrmInit.h"
 #include "core/MainForm.h"
+#include "core/PortFile.h"
+#include "core/Text.h"
 #include "support/TestWorld.h"
 
 using namespace tlx;
 using namespace tlx::test;
+namespace fs = std::filesystem;
 
-TEST(Startup, SmokeReachesInitialised) {
+namespace {
+
+// Drivers that bring up the bases whose ports are listed, and remember what the opening
+// bar showed while each was opened.
+class FakeDrivers : public BaseDrivers {
+public:
+    FakeDrivers(Controller& c, std::vector<std::string> up) : c_(c), up_(std::move(up)) {}
+    bool openBase(const PortEntry& base) override {
+        if (auto* f = c_.forms.get<FrmInit>(FrmInit::kName)) bars.push_back(f->openingBar);
+        opened.push_back(base.port);
+        return std::find(up_.begin(), up_.end(), base.port) != up_.end();
+    }
+    std::vector<FoundBase> scanForBases() override { return found; }
+    void closePorts() override { ++closed; }
+    std::vector<std::string> bars, opened;
+    std::vector<FoundBase> found;
+    int closed = 0;
+
+private:
+    Controller& c_;
+    std::vector<std::string> up_;
+};
+
+void writePorts(TestWorld& w, const std::vector<PortEntry>& bases) {
+    PortFileData d;
+    d.bases = bases;
+    ASSERT_EQ(writePortFile(w.appData() / "tallix" / "port.tlc", d), PortFileWriteStatus::Ok);
+}
+
+}  // namespace
+
+TEST(Startup, StateMovesOnlyForwardAndASecondCallChangesNothing) {
     TestWorld w;
+    std::vector<int> seen;
+    w.c().forms.loaded.connect([&](Form&) { seen.push_back(w.glo().InitialisedState); });
     w.start();
     EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+    ASSERT_FALSE(seen.empty());
+    EXPECT_EQ(seen.front(), INIT_STATE_INITIALISING);  // the main form loads during initialisation
+    const auto forms = w.c().forms.count();
+    const auto lines = w.logLines().size();
+    w.c().GlobalInitSub();
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+    EXPECT_EQ(w.c().forms.count(), forms);
+    EXPECT_EQ(w.logLines().size(), lines);
+}
+
+TEST(Startup, TraceOfMainAndGlobalInitSub) {
+    TestWorld w;
+    w.writeSettings("DEBUG", "LOGEVENTS TO FILE", "1");
+    w.start();
+    std::vector<std::string> texts;
+    for (const auto& l : w.traceLines()) texts.push_back(l.substr(l.rfind("] | ") + 4));
+    const std::vector<std::string> expected = {
+        "Initial Load from Main Sub - BEGIN, glo.InitialisedState=0",
+        "Set oTLX = New tallix, glo.InitialisedState=0",
+        "Begin - glo.InitialisedState = 0",
+        "Begin - glo.InitialisedState = 0",
+        "Mid - glo.InitialisedState = 1",
+        "Full Load Time Taken",
+        "End - glo.InitialisedState = 2",
+        "Set oTLX = Nothing, glo.InitialisedState=2",
+        "Initial Load from Main Sub - END, glo.InitialisedState=2",
+    };
+    EXPECT_EQ(texts, expected);
     EXPECT_TRUE(w.logged("INITIAL LOAD TIME TAKEN = "));
+    EXPECT_TRUE(endsWith(w.logLines().front(), " secs"));
+}
+
+TEST(Startup, MainFormLoad) {
+    TestWorld w;
+    writeFile(w.install() / "tlxctrl", "binary");
+    w.start();
+    auto& m = w.main();
+    EXPECT_EQ(m.Caption(), "tallix controller v1.0.0");
+    EXPECT_EQ(m.lblVersion, "1.0.0");
+    EXPECT_EQ(m.lblOffice, "Office 2000 or later detected");
+    EXPECT_TRUE(endsWith(m.lblOS, ")"));
+    EXPECT_TRUE(startsWith(m.lblBuild, "Built on "));
+    EXPECT_TRUE(m.tmrCheck4PPT.enabled());
+    EXPECT_TRUE(w.tray.icon);
+    EXPECT_EQ(w.glo().ppApp, w.presentation.getActiveObject());
+    EXPECT_TRUE(w.logged("glo.ppApp GetObject Done"));
+}
+
+TEST(Startup, WithoutThePresentationProgramNothingIsAttached) {
+    TestWorld w(false);
+    w.start();
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+    EXPECT_EQ(w.glo().ppApp, nullptr);
+    EXPECT_FALSE(w.logged("GetObject"));
+}
+
+TEST(Startup, DataFoldersAreCreatedAndProbed) {
+    TestWorld w;
+    w.start();
+    EXPECT_EQ(w.glo().localDataFolder, w.appData() / "tallix");
+    EXPECT_EQ(w.glo().sharedDataFolder, w.programData() / "tallix");
+    EXPECT_FALSE(fs::exists(w.glo().localDataFolder / "PermissionCheck"));
+    EXPECT_TRUE(w.tray.balloons.empty());
+}
+
+TEST(Startup, UnwritableAppDataFallsBackToTheInstallFolderWithOneBalloon) {
+    TestWorld w;
+    // APPDATA names a file: nothing can be created inside it, whoever we run as.
+    writeFile(w.dir / "appdata-file", "x");
+    w.desktop.setEnvironment("APPDATA", (w.dir / "appdata-file").string());
+    w.start();
+    EXPECT_EQ(w.glo().localDataFolder, w.install());
+    ASSERT_EQ(w.tray.balloons.size(), 1u);
+    EXPECT_TRUE(endsWith(w.tray.balloons[0].text, "\r\nLocal App Path Error"));
+    EXPECT_TRUE(contains(w.tray.balloons[0].text, "(" + (w.dir / "appdata-file" / "tallix").string() + ")"));
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+}
+
+TEST(Startup, SharedFolderFallsBackThroughItsVariables) {
+    TestWorld w;
+    w.desktop.setEnvironment("PROGRAMDATA", "");
+    w.desktop.setEnvironment("ALLUSERAPPDATA", "");
+    w.desktop.setEnvironment("ALLUSERSPROFILE", (w.dir / "allusers" / "profile").string());
+    w.c().resolveDataFolders();
+    EXPECT_EQ(w.glo().sharedDataFolder, w.dir / "allusers" / "tallix");
+    writeFile(w.dir / "blocked", "x");
+    w.desktop.setEnvironment("ALLUSERAPPDATA", (w.dir / "blocked").string());
+    w.c().resolveDataFolders();
+    EXPECT_EQ(w.glo().sharedDataFolder, w.install());
+    ASSERT_EQ(w.tray.balloons.size(), 1u);
+    EXPECT_TRUE(endsWith(w.tray.balloons[0].text, "All User App Path Error"));
+}
+
+TEST(AutoUpdate, RunsTheUpdaterWhenDueAndSchedulesTheNext) {
+    TestWorld w;
+    w.scheduler.setWallClock(DateTime{2026, 11, 22, 9, 0, 0, 0});
+    writeFile(w.install() / "AutoUpdate" / "Update.exe", "updater");
+    writeFile(w.programData() / "tallix" / "AutoUpdate" / "AutoUpdate.dte", "20261122");
+    w.start();
+    ASSERT_EQ(w.desktop.started().size(), 1u);
+    EXPECT_EQ(w.desktop.started()[0].program, w.install() / "AutoUpdate" / "Update.exe");
+    EXPECT_EQ(w.desktop.started()[0].arguments, " AUTO");
+    EXPECT_EQ(readFile(w.programData() / "tallix" / "AutoUpdate" / "AutoUpdate.dte"), "20261129");
+    EXPECT_TRUE(w.logged("Next Update Check Scheduled For 29/11/2026"));
+}
+
+TEST(AutoUpdate, NotDueOrSwitchedOffRunsNothing) {
+    for (const std::string stored : {"20261123", "AUTO UPDATE OFF"}) {
+        TestWorld w;
+        w.scheduler.setWallClock(DateTime{2026, 11, 22, 9, 0, 0, 0});
+        writeFile(w.install() / "AutoUpdate" / "Update.exe", "updater");
+        writeFile(w.programData() / "tallix" / "AutoUpdate" / "AutoUpdate.dte", stored);
+        w.start();
+        EXPECT_TRUE(w.desktop.started().empty()) << stored;
+        EXPECT_EQ(readFile(w.programData() / "tallix" / "AutoUpdate" / "AutoUpdate.dte"), stored);
+        EXPECT_TRUE(fs::is_directory(w.programData() / "tallix" / "AutoUpdate"));
+    }
+}
+
+TEST(BaseConnection, OpeningBarTextsAndNoMessageWhenABaseCameUp) {
+    TestWorld w;
+    writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0},
+                   {"3", "ELDER SERIAL", 1, 40, false, 0, 0},
+                   {"", "KBOARD", 1, 20, false, 0, 0}});
+    auto drivers = std::make_unique<FakeDrivers>(w.c(), std::vector<std::string>{"100100100100"});
+    auto* d = drivers.get();
+    w.c().drivers = std::move(drivers);
+    w.start();
+    EXPECT_EQ(d->bars, (std::vector<std::string>{"Connecting to Base 100 100 100 100", "Opening Port 3"}));
+    EXPECT_EQ(d->opened.size(), 2u);  // keyboard voting opens nothing
+    EXPECT_FALSE(w.dialogs.any("Unable to initialise"));
+    EXPECT_FALSE(w.c().forms.isLoaded(FrmInit::kName));
+}
+
+TEST(BaseConnection, NoBaseUpReportsEachThatFailed) {
+    TestWorld w;
+    writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
+    w.start();
+    ASSERT_EQ(w.dialogs.shown.size(), 1u);
+    EXPECT_EQ(w.dialogs.shown[0].title, "tallix Controller");
+    EXPECT_EQ(w.dialogs.shown[0].text,
+              "Unable to initialise Kelvarin Base 100 100 100 100\r\n\r\n"
+              "Please ensure that the base station is plugged in and the drivers are installed\r\n\r\n"
+              "It may be necessary to remove and plug\r\nthe base station back into the USB port before continuing");
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+}
+
+TEST(BaseConnection, PresenterKeypadWarning) {
+    TestWorld w;
+    writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
+    w.writeSettings("KELVARIN OPTIONS", "CONTROL KEYPAD", "1");
+    w.c().drivers = std::make_unique<FakeDrivers>(w.c(), std::vector<std::string>{"100100100100"});
+    w.start();
+    ASSERT_EQ(w.dialogs.shown.size(), 1u);
+    EXPECT_EQ(w.dialogs.shown[0].title, "Presenter Keypad Enabled");
+    EXPECT_EQ(w.dialogs.shown[0].text,
+              "With the presenter keypad enabled it is very important to close\r\n"
+              " all instances of PowerPoint before unplugging the Kelvarin Base Station");
+}
+
+TEST(Startup, ShuttingDownDuringInitialisationStopsTheRestAndShutsDown) {
+    TestWorld w;
+    writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
+    // A fatal driver error while the bases are opened.
+    struct FatalDrivers : NoBaseDrivers {
+        explicit FatalDrivers(GlobalState& g) : glo(g) {}
+        bool openBase(const PortEntry&) override {
+            glo.ShuttingDown = true;
+            return false;
+        }
+        GlobalState& glo;
+    };
+    w.c().drivers = std::make_unique<FatalDrivers>(w.glo());
+    w.start();
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISING);
+    EXPECT_FALSE(w.logged("INITIAL LOAD TIME TAKEN"));
+    EXPECT_FALSE(fs::exists(w.programData() / "tallix" / "AutoUpdate"));  // step 11 never ran
+    EXPECT_EQ(w.c().mainForm(), nullptr);
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.desktop.ended());
 }

@@ -1,0 +1,103 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "core/Controller.h"
+#include "core/Logs.h"
+#include "core/Text.h"
+#include "support/TestWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+namespace fs = std::filesystem;
+
+namespace {
+struct TracingWorld : TestWorld {
+    TracingWorld() {
+        glo().traceToFile = true;
+        scheduler.setWallClock(DateTime{2026, 11, 22, 9, 30, 0, 0});
+    }
+};
+}  // namespace
+
+TEST(TraceFile, LineFormatAndDailyName) {
+    TracingWorld w;
+    w.c().logs.trace(1.5f, "hello", "Controller", "GlobalInitSub");
+    w.scheduler.advance(2500);
+    w.c().logs.trace(0.0f, "again", "frmInit", "cmdOK_Click");
+    const fs::path file = w.temp() / "tlx_debug_2026_11_22.log";
+    ASSERT_TRUE(fs::exists(file));
+    const auto lines = split(readFile(file), "\r\n");
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_EQ(lines[0],
+              "[22/11/26 09:30:00.000]  | 000.000 | tlxctrl.exe (1.0.0) | 1.500 | [Controller] | [GlobalInitSub] | hello");
+    EXPECT_EQ(lines[1],
+              "[22/11/26 09:30:02.500]  | 002.500 | tlxctrl.exe (1.0.0) | 0.000 | [frmInit] | [cmdOK_Click] | again");
+    // A new day starts a new file.
+    w.scheduler.setWallClock(DateTime{2026, 11, 23, 0, 0, 1, 0});
+    w.c().logs.trace("tomorrow", "Controller", "Main");
+    EXPECT_TRUE(fs::exists(w.temp() / "tlx_debug_2026_11_23.log"));
+}
+
+TEST(TraceFile, VoteDataTraceLine) {
+    TracingWorld w;
+    w.c().logs.voteTrace("VOTE RX - ACCEPTED [1;2],");
+    EXPECT_EQ(readFile(w.temp() / "tlx_vote_data_debug_2026_11_22.log"),
+              "[22/11/26 09:30:00.000]  | VOTE RX - ACCEPTED [1;2],\r\n");
+}
+
+TEST(TraceFile, NothingIsWrittenWithTheSwitchOffOrAbsent) {
+    for (const char* value : std::initializer_list<const char*>{"0", nullptr}) {
+        TestWorld w;
+        if (value) w.writeSettings("DEBUG", "LOGEVENTS TO FILE", value);
+        w.start();
+        w.c().logs.voteTrace("x");
+        EXPECT_FALSE(w.glo().traceToFile);
+        EXPECT_TRUE(fs::is_empty(w.temp())) << (value ? value : "absent");
+    }
+}
+
+TEST(TraceFile, AnyNonZeroValueSwitchesItOn) {
+    TestWorld w;
+    w.writeSettings("DEBUG", "LOGEVENTS TO FILE", "7");
+    w.start();
+    EXPECT_TRUE(w.glo().traceToFile);
+    EXPECT_FALSE(w.traceLines().empty());
+}
+
+TEST(Logs, AFailingLogWriteNeverReachesTheCaller) {
+    TracingWorld w;
+    // TEMP names a file, so the trace file cannot be created.
+    writeFile(w.dir / "not-a-folder", "x");
+    w.desktop.setEnvironment("TEMP", (w.dir / "not-a-folder").string());
+    w.desktop.setEnvironment("APPDATA", (w.dir / "not-a-folder").string());
+    w.glo().localDataFolder = w.dir / "not-a-folder";
+    EXPECT_NO_THROW(w.c().logs.trace("x", "Controller", "Main"));
+    EXPECT_NO_THROW(w.c().logs.voteTrace("x"));
+    EXPECT_NO_THROW(w.c().logs.debugFile("x"));
+    EXPECT_NO_THROW(w.c().logs.appendErrLog("x"));
+}
+
+TEST(Logs, DebugFileInTheDataFolder) {
+    TracingWorld w;
+    w.start();
+    w.c().logs.debugFile("first");
+    w.c().logs.debugFile("second");
+    const auto lines = split(readFile(w.appData() / "tallix" / "debug.log"), "\r\n");
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_TRUE(endsWith(lines[0], "] - first"));
+    EXPECT_TRUE(endsWith(lines[1], "] - second"));
+}
+
+TEST(Balloons, KeypadSetupTitleAndTheMessageLog) {
+    TestWorld w;
+    w.c().logs.balloon("Base gone\r\nIt may be necessary to remove and plug", 3);
+    w.c().logs.balloon("Hello", 1);
+    ASSERT_EQ(w.tray.balloons.size(), 2u);
+    EXPECT_EQ(w.tray.balloons[0].title, "KEYPAD SETUP");
+    EXPECT_EQ(w.tray.balloons[0].iconKind, 3);
+    EXPECT_NE(w.tray.balloons[1].title, "KEYPAD SETUP");
+    const std::string rule(67, '-');
+    EXPECT_EQ(w.glo().bubbleMessageLog, "Base gone\r\nIt may be necessary to remove and plug\r\n" + rule +
+                                            "\r\nHello\r\n" + rule + "\r\n");
+}

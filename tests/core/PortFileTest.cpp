@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+
+#include "core/PortFile.h"
+#include "core/Text.h"
+#include "support/TestWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+namespace fs = std::filesystem;
+
+namespace {
+PortFileData twoBases() {
+    PortFileData d;
+    d.bases.push_back({"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 2, 0});
+    d.bases.push_back({"200200200200", "KELVARIN COREHUB G2", 1, 40, true, 3, 100});
+    d.popUp = {true, "5", "10", 1, 140, true, 80, true};
+    return d;
+}
+}  // namespace
+
+TEST(PortFile, PlainTextInTheSetUpFormsOrder) {
+    PortFileData d;
+    d.bases.push_back({"7", "KBOARD", 1, 20, false, 0, 0});
+    EXPECT_EQ(portFilePlainText(d),
+              "Port=7\r\nBaseType=KBOARD\r\nGridLo=1\r\nGridHi=20\r\nDuplicate=False\r\nColourIndex=0\r\nOffSet=0\r\n"
+              "PopUpOn=False\r\nPopup=\r\nHow many=\r\nLo=0\r\nHi=0\r\nClose=False\r\nClosePercent=100\r\n"
+              "ScrollingDisplay=False");
+}
+
+TEST(PortFile, WriteThenReadRoundTrip) {
+    TempDir dir;
+    const auto file = dir / "port.tlc";
+    ASSERT_EQ(writePortFile(file, twoBases()), PortFileWriteStatus::Ok);
+    // Nothing of the plain text is readable in the file.
+    EXPECT_FALSE(contains(readFile(file), "BaseType"));
+    const auto r = readPortFile(file);
+    ASSERT_EQ(r.status, PortFileStatus::Ok);
+    ASSERT_EQ(r.data.bases.size(), 2u);
+    EXPECT_EQ(r.data.bases[1].port, "200200200200");
+    EXPECT_EQ(r.data.bases[1].baseType, "KELVARIN COREHUB G2");
+    EXPECT_TRUE(r.data.bases[1].duplicate);
+    EXPECT_EQ(r.data.bases[1].colourIndex, 3);
+    EXPECT_EQ(r.data.bases[1].offset, 100);
+    EXPECT_EQ(r.data.popUp.howMany, "10");
+    EXPECT_EQ(r.data.popUp.hi, 140);
+    EXPECT_EQ(r.data.popUp.closePercent, 80);
+    EXPECT_TRUE(r.data.popUp.scrollingDisplay);
+}
+
+TEST(PortFile, ReaderTakesKeysInAnyCase) {
+    const auto d = parsePortFilePlainText("port=5\r\nBASETYPE=KELVARIN BASE V3\r\ngridhi=1,200\r\nOffset=3\r\n"
+                                          "how MANY=4\r\npopupon=-1\r\nclose=True\r\nunknown=1\r\n");
+    ASSERT_EQ(d.bases.size(), 1u);
+    EXPECT_EQ(d.bases[0].baseType, "KELVARIN BASE V3");
+    EXPECT_EQ(d.bases[0].gridHi, 1200);
+    EXPECT_EQ(d.bases[0].offset, 3);
+    EXPECT_EQ(d.popUp.howMany, "4");
+    EXPECT_TRUE(d.popUp.popUpOn);
+    EXPECT_TRUE(d.popUp.close);
+}
+
+TEST(PortFile, MissingFileMeansKeyboardVoting) {
+    TempDir dir;
+    const auto r = readPortFile(dir / "port.tlc");
+    EXPECT_EQ(r.status, PortFileStatus::Missing);
+    ASSERT_EQ(r.data.bases.size(), 1u);
+    EXPECT_EQ(r.data.bases[0].baseType, "KBOARD");
+}
+
+TEST(PortFile, AnyDamageIsADecryptErrorAndKeyboardVoting) {
+    TempDir dir;
+    const auto file = dir / "port.tlc";
+    ASSERT_EQ(writePortFile(file, twoBases()), PortFileWriteStatus::Ok);
+    const std::string good = readFile(file);
+    std::vector<std::string> damaged;
+    for (std::size_t i : {std::size_t{0}, std::size_t{4}, std::size_t{10}, good.size() / 2, good.size() - 1}) {
+        std::string bad = good;
+        bad[i] = static_cast<char>(bad[i] ^ 0x01);
+        damaged.push_back(bad);
+    }
+    damaged.push_back(good.substr(0, good.size() - 5));
+    damaged.push_back("");
+    damaged.push_back("Port=1\r\nBaseType=KELVARIN COREHUB G2");  // a plain, unenciphered file
+    for (const auto& bad : damaged) {
+        writeFile(file, bad);
+        const auto r = readPortFile(file);
+        EXPECT_EQ(r.status, PortFileStatus::DecryptError);
+        ASSERT_EQ(r.data.bases.size(), 1u);
+        EXPECT_EQ(r.data.bases[0].baseType, "KBOARD");
+        EXPECT_EQ(readFile(file), bad);  // left untouched
+    }
+}
+
+TEST(PortFile, StartUpWithATamperedFileSaysDecryptErrorAndKeepsTheFile) {
+    TestWorld w;
+    const auto file = w.appData() / "tallix" / "port.tlc";
+    ASSERT_EQ(writePortFile(file, twoBases()), PortFileWriteStatus::Ok);
+    std::string bytes = readFile(file);
+    bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 0x80);
+    writeFile(file, bytes);
+    w.start();
+    EXPECT_TRUE(w.dialogs.any("Decrypt Error"));
+    ASSERT_EQ(w.glo().bases.size(), 1u);
+    EXPECT_EQ(w.glo().bases[0].baseType, "KBOARD");
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+    EXPECT_EQ(readFile(file), bytes);
+}
+
+TEST(PortFile, WriterReplacesTheOldFileAndReportsAFolderItCannotWrite) {
+    TempDir dir;
+    const auto file = dir / "port.tlc";
+    writeFile(file, std::string(5000, 'x'));
+    ASSERT_EQ(writePortFile(file, twoBases()), PortFileWriteStatus::Ok);
+    EXPECT_LT(readFile(file).size(), 5000u);
+    writeFile(dir / "blocker", "x");
+    EXPECT_EQ(writePortFile(dir / "blocker" / "port.tlc", twoBases()), PortFileWriteStatus::WriteError);
+}

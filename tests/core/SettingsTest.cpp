@@ -1,0 +1,134 @@
+#include <gtest/gtest.h>
+
+#include "core/Options.h"
+#include "core/Settings.h"
+#include "core/Text.h"
+#include "support/TestWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+namespace fs = std::filesystem;
+
+namespace {
+struct SettingsWorld : TestWorld {
+    SettingsWorld() { c().resolveDataFolders(); }
+    fs::path userIni() { return appData() / "tallix" / "tlx.ini"; }
+    fs::path allUsersIni() { return programData() / "tallix" / "tlx.ini"; }
+};
+}  // namespace
+
+TEST(Settings, SaveSettingsWritesEveryKeyInOrderAndReadsBack) {
+    SettingsWorld w;
+    Options o;
+    o.set(section::kCoreHubOptions, "VOTE END TEXT", "   Vote Ended");
+    o.set(section::kCoreHubOptions, "REVOTE PAUSE", "12");
+    o.set(section::kAudioOptions, "MAX TALK TIME", "90");
+    o.set(section::kPresenterText, "NEXT SLIDE", "  Forward");
+    ASSERT_TRUE(w.c().settings.SaveSettings(o));
+
+    const std::string text = readFile(w.userIni());
+    // Sections and keys in SaveSettings order.
+    std::size_t pos = 0;
+    for (const auto& d : savedSettingDefs()) {
+        const auto at = text.find(std::string(d.key) + "=", pos);
+        ASSERT_NE(at, std::string::npos) << d.key;
+        pos = at;
+    }
+    EXPECT_LT(text.find("[KELVARIN OPTIONS]"), text.find("[KELVARIN CORE HUB OPTIONS]"));
+    EXPECT_LT(text.find("[KELVARIN AUDIO OPTIONS]"), text.find("[KELVARIN CORE HUB PRESENTER TEXT]"));
+
+    Options back;
+    w.c().settings.loadOptions(back);
+    EXPECT_EQ(back.values(), o.values());
+    EXPECT_EQ(back.text(section::kCoreHubOptions, "VOTE END TEXT"), "   Vote Ended");
+}
+
+TEST(Settings, SavingKeepsKeysOfOtherSections) {
+    SettingsWorld w;
+    WriteProfileString(w.userIni(), "DEBUG", "LOGEVENTS TO FILE", "1");
+    ASSERT_TRUE(w.c().settings.SaveSettings(Options{}));
+    EXPECT_EQ(GetProfileString(w.userIni(), "DEBUG", "LOGEVENTS TO FILE", "0"), "1");
+}
+
+TEST(Settings, SwitchDefaultsWithoutAnyFile) {
+    SettingsWorld w;
+    const Settings& s = w.c().settings;
+    EXPECT_FALSE(s.LogEventsToFile());
+    EXPECT_FALSE(s.ShowAllErrors());
+    EXPECT_FALSE(s.DisableParticipantList());
+    EXPECT_FALSE(s.DisableForceSlideShowNoTopMost());
+    EXPECT_FALSE(s.DisableForceSlideShowTopMost());
+    EXPECT_FALSE(s.MinimizeWindowsOnSlideShowStart());
+    EXPECT_TRUE(s.DisableDisablingPptWindows());
+    EXPECT_TRUE(s.DisablePptSaveAfterVoteClose());
+    EXPECT_FALSE(s.HidePptEditWindowsInSetResultsDisplayMode());
+    EXPECT_FALSE(s.DebugAcceptDetectAsVotes());
+    EXPECT_FALSE(s.ShowBaseStatusDuringLiveVote());
+    EXPECT_EQ(s.ChartExportFormat(), "EMF");
+}
+
+TEST(Settings, SwitchValuesAnyNonZeroNumberIsOnUnreadableIsOff) {
+    SettingsWorld w;
+    const Settings& s = w.c().settings;
+    for (const auto& [value, on] : std::vector<std::pair<std::string, bool>>{
+             {"1", true}, {"-1", true}, {"25", true}, {"0", false}, {"yes", false}, {"", false}, {"0.0", false}}) {
+        WriteProfileString(w.userIni(), "DEBUG", "SHOW ALL ERRORS", value);
+        EXPECT_EQ(s.ShowAllErrors(), on) << value;
+    }
+    WriteProfileString(w.userIni(), "DEBUG", "DISABLE PPT SAVE AFTER VOTE CLOSE", "0");
+    EXPECT_FALSE(s.DisablePptSaveAfterVoteClose());
+    WriteProfileString(w.userIni(), "TALLIX OPTIONS", "CHART EXPORT FORMAT", "PNG");
+    EXPECT_EQ(s.ChartExportFormat(), "PNG");
+}
+
+TEST(Settings, PerUserFileFirstThenAllUsers) {
+    SettingsWorld w;
+    const Settings& s = w.c().settings;
+    WriteProfileString(w.allUsersIni(), "DEBUG", "MINIMIZE WINDOWS ON SLIDE SHOW START", "1");
+    EXPECT_TRUE(s.MinimizeWindowsOnSlideShowStart());
+    WriteProfileString(w.userIni(), "DEBUG", "MINIMIZE WINDOWS ON SLIDE SHOW START", "0");
+    EXPECT_FALSE(s.MinimizeWindowsOnSlideShowStart());
+    // A per-user file without the key still lets the all-users value through.
+    WriteProfileString(w.allUsersIni(), "DEBUG", "DISABLE PARTICIPANT LIST", "1");
+    EXPECT_TRUE(s.DisableParticipantList());
+}
+
+TEST(Settings, OlderCommaFormIsRead) {
+    SettingsWorld w;
+    writeFile(w.userIni(),
+              "DETECTOR STATUS,1\r\nKEYPAD BEEP,0\r\nVOTE END TEXT,Over and out\r\nREVOTE PAUSE,4\r\nMAX TALK TIME,45\r\n");
+    const auto pairs = readSettingsFileInFull(w.userIni());
+    ASSERT_EQ(pairs.size(), 5u);
+    EXPECT_EQ(pairs[2], (std::pair<std::string, std::string>{"VOTE END TEXT", "Over and out"}));
+    Options o;
+    w.c().settings.loadOptions(o);
+    EXPECT_EQ(o.text(section::kKelvarinOptions, "DETECTOR STATUS"), "1");
+    EXPECT_FALSE(o.flag(section::kKelvarinOptions, "KEYPAD BEEP"));
+    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTE END TEXT"), "Over and out");
+    EXPECT_EQ(o.integer(section::kAudioOptions, "MAX TALK TIME"), 45);
+    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTED TEXT"), "Sending Vote...");  // default kept
+}
+
+TEST(Settings, EqualsFormReadInFullSkipsSections) {
+    SettingsWorld w;
+    writeFile(w.userIni(), "[KELVARIN OPTIONS]\r\nDETECTOR STATUS=1\r\n[X]\r\nA=b=c\r\nnoseparator\r\n");
+    const auto pairs = readSettingsFileInFull(w.userIni());
+    ASSERT_EQ(pairs.size(), 2u);
+    EXPECT_EQ(pairs[1], (std::pair<std::string, std::string>{"A", "b=c"}));
+}
+
+TEST(Settings, CorruptOrUnreadableFileGivesTheDefaults) {
+    SettingsWorld w;
+    std::string junk;
+    for (int i = 0; i < 4096; ++i) junk += static_cast<char>((i * 131 + 7) % 256);
+    writeFile(w.userIni(), junk);
+    Options o;
+    w.c().settings.loadOptions(o);
+    EXPECT_EQ(o.values(), Options{}.values());
+    EXPECT_FALSE(w.c().settings.LogEventsToFile());
+    // A folder where the file should be.
+    fs::remove(w.userIni());
+    fs::create_directories(w.userIni());
+    EXPECT_FALSE(w.c().settings.LogEventsToFile());
+    EXPECT_EQ(w.c().settings.ChartExportFormat(), "EMF");
+}

@@ -1,0 +1,133 @@
+#include <gtest/gtest.h>
+
+#include "core/FrmInit.h"
+#include "core/MainForm.h"
+#include "core/SmallForms.h"
+#include "core/Text.h"
+#include "support/TestWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+std::vector<std::string> traceTexts(TestWorld& w) {
+    std::vector<std::string> v;
+    for (const auto& l : w.traceLines()) {
+        const auto obj = l.find(" | [");
+        v.push_back(l.substr(obj + 3));
+    }
+    return v;
+}
+const std::string kQuestion = "Closing the controller will disable voting - are you sure?";
+}  // namespace
+
+TEST(Quit, WithThePresentationProgramClosedNothingIsAsked) {
+    TestWorld w(false);
+    w.start();
+    w.main().TaskQuit();
+    EXPECT_TRUE(w.dialogs.shown.empty());
+    EXPECT_TRUE(w.glo().FullShutDownInitiated);
+    EXPECT_TRUE(w.glo().ShuttingDown);
+}
+
+TEST(Quit, AnsweringNoLeavesTheControllerWorking) {
+    TestWorld w;
+    w.start();
+    w.dialogs.answers = {false};
+    w.main().TaskQuit();
+    ASSERT_EQ(w.dialogs.shown.size(), 1u);
+    EXPECT_EQ(w.dialogs.shown[0].title, "tallix controller");
+    EXPECT_EQ(w.dialogs.shown[0].text, kQuestion);
+    EXPECT_FALSE(w.glo().ShuttingDown);
+    EXPECT_FALSE(w.glo().FullShutDownInitiated);
+    EXPECT_TRUE(w.main().tmrCheck4PPT.enabled());
+    EXPECT_TRUE(w.tray.icon);
+    w.scheduler.advance(10000);
+    EXPECT_FALSE(w.desktop.ended());
+    // Still serving: outgoing data goes out.
+    std::string sent;
+    w.main().FromCtrlForm.connect([&](const std::string& s) { sent = s; });
+    w.main().AddDataToTxQueue("hello");
+    w.scheduler.advance(50);
+    EXPECT_EQ(sent, "hello");
+}
+
+TEST(Quit, YesShutsDownInOrderAndEndsTheProcessFromATimer) {
+    TestWorld w;
+    w.writeSettings("DEBUG", "LOGEVENTS TO FILE", "1");
+    w.start();
+    w.c().forms.load<FrmInit>(w.c());
+    w.c().forms.load<BubbleMessageLogForm>(w.c());
+    auto& main = w.main();
+    w.dialogs.answers = {true};
+    main.TaskQuit();
+    EXPECT_TRUE(w.glo().ShuttingDown);
+    EXPECT_FALSE(w.tray.icon);
+    EXPECT_EQ(w.c().mainForm(), nullptr);
+    EXPECT_EQ(w.c().forms.all().size(), 1u);  // only frm_CloseController is left
+    EXPECT_FALSE(w.desktop.ended());           // the caller returns first
+    w.scheduler.advance(99);
+    EXPECT_FALSE(w.desktop.ended());
+    w.scheduler.advance(1);
+    EXPECT_TRUE(w.desktop.ended());
+
+    auto t = traceTexts(w);
+    const auto start = std::find(t.begin(), t.end(), "[Controller] | [FullShutdown] | Function Start: glo.FullShutDownInitiated=True");
+    ASSERT_NE(start, t.end());
+    const std::vector<std::string> rest(start, t.end());
+    const std::vector<std::string> expected = {
+        "[Controller] | [FullShutdown] | Function Start: glo.FullShutDownInitiated=True",
+        "[Controller] | [FullShutDown] | Unload Forms(2):frmBubbleErrorMessageLog",
+        "[Controller] | [FullShutDown] | Unload Forms(1):frmInit",
+        "[Controller] | [FullShutdown] | controllerLoaded=True",
+        "[tallix_controller] | [PowerPointClosed] | Function Start",
+        "[tallix_controller] | [PowerPointClosed] | Function End",
+        "[frm_CloseController] | [tmr_CloseApp_Timer] | End",
+    };
+    EXPECT_EQ(rest, expected);
+}
+
+TEST(Shutdown, StopsEveryTimerOfTheMainForm) {
+    TestWorld w;
+    w.start();
+    auto& main = w.main();
+    std::vector<Timer*> running;
+    for (Timer* t : main.timers()) t->setEnabled(true);
+    main.stopTimers();
+    for (Timer* t : main.timers()) EXPECT_FALSE(t->enabled()) << t->name();
+}
+
+TEST(Shutdown, WithTheMainFormAlreadyGoneTheProcessStillEnds) {
+    TestWorld w;
+    w.writeSettings("DEBUG", "LOGEVENTS TO FILE", "1");
+    w.start();
+    w.c().forms.unload(w.main());
+    w.c().FullShutdown(false);
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.desktop.ended());
+    const auto t = traceTexts(w);
+    EXPECT_NE(std::find(t.begin(), t.end(), "[Controller] | [FullShutdown] | controllerLoaded=False"), t.end());
+    EXPECT_EQ(std::find(t.begin(), t.end(), "[Controller] | [FullShutdown] | controllerLoaded=True"), t.end());
+}
+
+TEST(Shutdown, TimersAndCommandsDoNothingOnceShuttingDown) {
+    TestWorld w;
+    w.start();
+    auto& main = w.main();
+    w.glo().ShuttingDown = true;
+    main.AddDataToTxQueue("late");
+    bool raised = false;
+    main.FromCtrlForm.connect([&](const std::string&) { raised = true; });
+    w.c().FullShutdown(false);
+    w.scheduler.advance(1000);
+    EXPECT_FALSE(raised);
+    EXPECT_TRUE(w.desktop.ended());
+}
+
+TEST(Shutdown, ASecondRequestWhileShuttingDownIsIgnored) {
+    TestWorld w;
+    w.start();
+    w.c().FullShutdown(false);
+    w.c().FullShutdown(false);
+    EXPECT_EQ(w.c().forms.count(), 1u);
+}

@@ -1,0 +1,73 @@
+#include <gtest/gtest.h>
+
+#include "core/Text.h"
+
+using namespace tlx;
+
+TEST(ParseNumber, ReadsTheLeadingNumberAfterRemovingSeparatorsAndMarks) {
+    EXPECT_DOUBLE_EQ(ParseNumber("42"), 42);
+    EXPECT_DOUBLE_EQ(ParseNumber("1,000"), 1000);
+    EXPECT_DOUBLE_EQ(ParseNumber(" 12 345 "), 12345);
+    EXPECT_DOUBLE_EQ(ParseNumber("#5%"), 5);
+    EXPECT_DOUBLE_EQ(ParseNumber("1_000_000"), 1000000);
+    EXPECT_DOUBLE_EQ(ParseNumber("-3.25abc"), -3.25);
+    EXPECT_DOUBLE_EQ(ParseNumber("2.5E3"), 2500);
+    EXPECT_DOUBLE_EQ(ParseNumber("&HFF"), 255);
+}
+
+TEST(ParseNumber, MalformedTextGivesZero) {
+    for (const char* s : {"", "abc", "-", ".", "e5", "++1", "\xff\xfe", "&H"}) EXPECT_DOUBLE_EQ(ParseNumber(s), 0) << s;
+    // A number too large to hold is no number at all.
+    EXPECT_DOUBLE_EQ(ParseNumber("1e999999"), 0);
+}
+
+TEST(ParseNumber, HonoursACommaDecimalSeparator) {
+    setSystemDecimalSeparator(',');
+    EXPECT_DOUBLE_EQ(ParseNumber("1,5"), 1.5);
+    setSystemDecimalSeparator('.');
+    EXPECT_DOUBLE_EQ(ParseNumber("1,5"), 15);
+}
+
+TEST(Formats, NumberPatterns) {
+    EXPECT_EQ(formatNumber(1.5, "000.000"), "001.500");
+    EXPECT_EQ(formatNumber(1234.5678, "000.000"), "1234.568");
+    EXPECT_EQ(formatNumber(0.25, "##0.000"), "0.250");
+    EXPECT_EQ(formatNumber(0, "###,##0"), "0");
+    EXPECT_EQ(formatNumber(1234567, "###,##0"), "1,234,567");
+    EXPECT_EQ(formatNumber(999, "###,##0"), "999");
+    EXPECT_EQ(formatNumber(-1500, "###,##0"), "-1,500");
+}
+
+TEST(Formats, DigitGroupsOfIdentifiers) {
+    EXPECT_EQ(formatDigits("100100100100", "### 000 000 000"), "100 100 100 100");
+    EXPECT_EQ(formatDigits("5", "000 000 000 000"), "000 000 000 005");
+    EXPECT_EQ(formatDigits("123456789", "### 000 000 000"), "123 456 789");
+    // Digits beyond the pattern stay in front rather than being lost.
+    EXPECT_EQ(formatDigits("98765432101234", "### 000 000 000"), "98765 432 101 234");
+}
+
+TEST(Formats, TimeStampsAndDates) {
+    EXPECT_EQ(timeStamp(3723.4567), "[01:02:03.457]");
+    EXPECT_EQ(timeStamp(0), "[00:00:00.000]");
+    EXPECT_EQ(timeStamp(59.9996), "[00:01:00.000]");
+    const DateTime t{2026, 3, 7, 14, 5, 9, 12};
+    EXPECT_EQ(formatDate(t, "dd-mmm-yyyy"), "07-Mar-2026");
+    EXPECT_EQ(formatDate(t, "hh:nn:ss"), "14:05:09");
+    EXPECT_EQ(formatDate(t, "YYYY_MM_DD"), "2026_03_07");
+    EXPECT_EQ(formatDate(t, "DD/MM/YY"), "07/03/26");
+    EXPECT_EQ(formatDate(t, "YYYYMMDD"), "20260307");
+    EXPECT_EQ(formatDate(t.addDays(30), "YYYYMMDD"), "20260406");
+}
+
+TEST(Formats, NumberTexts) {
+    EXPECT_EQ(numText(12.0), "12");
+    EXPECT_EQ(numText(0.5), "0.5");
+    EXPECT_EQ(numText(0.1234567891f), "0.1234568");
+    EXPECT_EQ(boolText(false), "False");
+}
+
+TEST(Split, EmptyTextHasNoFieldsAndSeparatorsKeepEmptyFields) {
+    EXPECT_TRUE(split("", "\r\n").empty());
+    EXPECT_EQ(split("a\r\n\r\nb", "\r\n"), (std::vector<std::string>{"a", "", "b"}));
+    EXPECT_EQ(splitOnce("key=a=b", "="), (std::pair<std::string, std::string>{"key", "a=b"}));
+}

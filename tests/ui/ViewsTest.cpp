@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTest>
+
+#include "core/FrmInit.h"
+#include "core/MainForm.h"
+#include "core/PortFile.h"
+#include "core/SmallForms.h"
+#include "support/QtTestApp.h"
+#include "support/TestWorld.h"
+#include "ui/Views.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+TEST(Views, MainWindowShowsTheModelAndForwardsCommands) {
+    qtApp();
+    TestWorld w;
+    ViewManager views(w.c());
+    w.start();
+    auto& main = w.main();
+    main.LogEvent("Vote started", LOG_XX);
+    main.Show();
+    auto* view = dynamic_cast<MainWindowView*>(views.viewOf(MainForm::kName));
+    ASSERT_NE(view, nullptr);
+    view->refresh();
+    EXPECT_TRUE(view->isVisible());
+    EXPECT_EQ(view->windowTitle().toStdString(), "tallix controller v1.0.0");
+    auto* log = view->findChild<QPlainTextEdit*>();
+    ASSERT_NE(log, nullptr);
+    EXPECT_TRUE(log->toPlainText().startsWith(QString::fromStdString(main.txt_log.line(0))));
+    auto* command = view->findChild<QLineEdit*>();
+    ASSERT_NE(command, nullptr);
+    QTest::keyClicks(command, "GETVOTEINFO");
+    QTest::keyClick(command, Qt::Key_Return);
+    EXPECT_EQ(main.txt_command, "GETVOTEINFO");
+    EXPECT_TRUE(main.tmr_executeCommand.enabled());
+    const auto png = saveScreenshot(*view, "main-window");
+    EXPECT_TRUE(std::filesystem::file_size(png) > 1000);
+}
+
+TEST(Views, KeypadSetupShowsRowsAndItsChecks) {
+    qtApp();
+    TestWorld w;
+    ViewManager views(w.c());
+    w.start();
+    auto& form = w.c().forms.load<FrmInit>(w.c());
+    form.rows = {InitGridRow{"100100100100", "Kelvarin Corehub g2", "1", "40"},
+                 InitGridRow{"200200200200", "Kelvarin Corehub g2", "41", "41"}};
+    form.changed();
+    form.Show();
+    auto* view = dynamic_cast<FrmInitView*>(views.viewOf(FrmInit::kName));
+    ASSERT_NE(view, nullptr);
+    auto* grid = view->findChild<QTableWidget*>();
+    ASSERT_NE(grid, nullptr);
+    EXPECT_EQ(grid->rowCount(), 2);
+    EXPECT_EQ(grid->horizontalHeaderItem(2)->text().toStdString(), "Lowest Keypad Number");
+    EXPECT_EQ(grid->item(1, 3)->text().toStdString(), "41");
+    saveScreenshot(*view, "keypad-setup");
+    // The user corrects the second row in the grid and presses OK: the model checks it.
+    grid->item(1, 3)->setText("80");
+    QPushButton* ok = nullptr;
+    for (auto* b : view->findChildren<QPushButton*>())
+        if (b->text() == "OK") ok = b;
+    ASSERT_NE(ok, nullptr);
+    ok->click();
+    for (const auto& d : w.dialogs.shown) EXPECT_EQ(d.text.find("Keypad Setup"), std::string::npos) << d.text;
+    EXPECT_EQ(readPortFile(w.appData() / "tallix" / "port.tlc").data.bases.at(1).gridHi, 80);
+    // Accepted: the form closed itself, and its view goes once the click has returned.
+    EXPECT_FALSE(w.c().forms.isLoaded(FrmInit::kName));
+    EXPECT_EQ(views.viewOf(FrmInit::kName), nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+TEST(Views, BubbleLogShowsTheBalloons) {
+    qtApp();
+    TestWorld w;
+    ViewManager views(w.c());
+    w.start();
+    w.c().logs.balloon("Base Station 1\r\nBase station disconnected", 3);
+    auto& form = w.c().forms.load<BubbleMessageLogForm>(w.c());
+    form.Show();
+    auto* view = dynamic_cast<BubbleLogView*>(views.viewOf(BubbleMessageLogForm::kName));
+    ASSERT_NE(view, nullptr);
+    auto* text = view->findChild<QPlainTextEdit*>();
+    EXPECT_TRUE(text->toPlainText().contains("Base station disconnected"));
+    saveScreenshot(*view, "bubble-message-log");
+    // Unloading the form takes its view away.
+    w.c().forms.unload(form);
+    EXPECT_EQ(views.viewOf(BubbleMessageLogForm::kName), nullptr);
+}
