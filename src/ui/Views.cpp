@@ -62,9 +62,15 @@ MainWindowView::MainWindowView(Controller& controller, MainForm& model) : c_(con
     refresh();
 }
 
-MainWindowView::~MainWindowView() { model_.changed.disconnect(sub_); }
+MainWindowView::~MainWindowView() { detach(); }
+
+void MainWindowView::detach() {
+    if (sub_) model_.changed.disconnect(sub_);
+    sub_ = 0;
+}
 
 void MainWindowView::refresh() {
+    if (!sub_) return;
     setWindowTitle(q(model_.Caption()));
     caption_->setText(q(model_.Caption()));
     labels_->setText(q(model_.lblOS + "\n" + model_.lblOffice + (model_.lblBuild.empty() ? "" : "\n" + model_.lblBuild)));
@@ -143,9 +149,15 @@ FrmInitView::FrmInitView(Controller& controller, FrmInit& model) : c_(controller
     refresh();
 }
 
-FrmInitView::~FrmInitView() { model_.changed.disconnect(sub_); }
+FrmInitView::~FrmInitView() { detach(); }
+
+void FrmInitView::detach() {
+    if (sub_) model_.changed.disconnect(sub_);
+    sub_ = 0;
+}
 
 void FrmInitView::pullRows() {
+    if (!sub_) return;
     for (int r = 0; r < grid_->rowCount() && r < static_cast<int>(model_.rows.size()); ++r) {
         auto& row = model_.rows[static_cast<std::size_t>(r)];
         if (auto* it = grid_->item(r, 0)) row.serialNumber = it->text().toStdString();
@@ -161,6 +173,7 @@ void FrmInitView::pullRows() {
 }
 
 void FrmInitView::refresh() {
+    if (!sub_) return;
     refreshing_ = true;
     setWindowTitle(q(model_.Caption()));
     bar_->setText(q(model_.openingBar));
@@ -207,9 +220,15 @@ BubbleLogView::BubbleLogView(BubbleMessageLogForm& model) : model_(model) {
     refresh();
 }
 
-BubbleLogView::~BubbleLogView() { model_.changed.disconnect(sub_); }
+BubbleLogView::~BubbleLogView() { detach(); }
+
+void BubbleLogView::detach() {
+    if (sub_) model_.changed.disconnect(sub_);
+    sub_ = 0;
+}
 
 void BubbleLogView::refresh() {
+    if (!sub_) return;
     setWindowTitle(q(model_.Caption()));
     text_->setPlainText(q(model_.txtLog));
 }
@@ -257,6 +276,7 @@ void ViewManager::onUnloaded(Form& form) {
     if (auto it = views_.find(&form); it != views_.end()) {
         QWidget* w = it->second.release();
         views_.erase(it);
+        if (auto* mv = dynamic_cast<ModelView*>(w)) mv->detach();
         w->hide();
         w->deleteLater();
     }

@@ -18,16 +18,25 @@ namespace tlx {
 
 class Controller;
 class Form;
+
+// A view lets go of its model when the form unloads; the widget itself may live a little
+// longer (it is deleted once Qt has finished the current event).
+class ModelView {
+public:
+    virtual ~ModelView() = default;
+    virtual void detach() = 0;
+};
 class MainForm;
 class FrmInit;
 class BubbleMessageLogForm;
 
-class MainWindowView : public QWidget {
+class MainWindowView : public QWidget, public ModelView {
     Q_OBJECT
 public:
     MainWindowView(Controller& controller, MainForm& model);
     ~MainWindowView() override;
     void refresh();
+    void detach() override;
 
 protected:
     void closeEvent(QCloseEvent* e) override;
@@ -43,12 +52,13 @@ private:
     std::uint64_t sub_ = 0;
 };
 
-class FrmInitView : public QDialog {
+class FrmInitView : public QDialog, public ModelView {
     Q_OBJECT
 public:
     FrmInitView(Controller& controller, FrmInit& model);
     ~FrmInitView() override;
     void refresh();
+    void detach() override;
 
 private:
     void pullRows();
@@ -66,12 +76,13 @@ private:
     bool refreshing_ = false;
 };
 
-class BubbleLogView : public QWidget {
+class BubbleLogView : public QWidget, public ModelView {
     Q_OBJECT
 public:
     explicit BubbleLogView(BubbleMessageLogForm& model);
     ~BubbleLogView() override;
     void refresh();
+    void detach() override;
 
 private:
     BubbleMessageLogForm& model_;
