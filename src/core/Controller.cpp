@@ -14,6 +14,7 @@
 #include "ports/PresentationApp.h"
 #include "ports/Scheduler.h"
 #include "ports/Tray.h"
+#include "presentation/PresentationWatcher.h"
 
 namespace tlx {
 
@@ -63,7 +64,8 @@ Controller::Controller(Ports p)
       errors{glo, p.scheduler, p.desktop, p.dialogs, logs},
       settings(glo, p.desktop),
       forms(p.scheduler),
-      drivers(std::make_unique<NoBaseDrivers>()) {
+      drivers(std::make_unique<NoBaseDrivers>()),
+      watcher(std::make_unique<PresentationWatcher>(*this)) {
     glo.installFolder = p.desktop.installFolder();
 }
 
@@ -75,16 +77,14 @@ void Controller::LogEvent(std::string_view text, int kind) {
     if (auto* m = mainForm()) m->LogEvent(text, kind);
 }
 
-void Controller::attachPresentation() {
-    trap(errors, kObject, "InitPPTObject", [&] {
-        if (!glo.usePowerPoint) return;
-        if (processRunning(ports.desktop, "POWERPNT.EXE")) glo.ppApp = ports.presentation.getActiveObject();
-    });
-}
+void Controller::attachPresentation() { watcher->InitPPTObject(false); }
 
 void Controller::loadMainForm() {
     if (mainForm()) return;
-    forms.load<MainForm>(*this).Form_Load();
+    MainForm& main = forms.load<MainForm>(*this);
+    main.tmrCheck4PPT.onTick = [this] { watcher->tmrCheck4PPT_Timer(); };
+    main.tmrCheckSlideShow.onTick = [this] { watcher->tmrCheckSlideShow_Timer(); };
+    main.Form_Load();
 }
 
 void Controller::resolveDataFolders() {

@@ -1,6 +1,7 @@
 #pragma once
 // The controller context: the ports it runs on, `glo`, the logs and the loaded forms.
 // The wiring creates one; tests create as many as they like.
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -20,6 +21,7 @@ class Dialogs;
 class Tray;
 class PresentationApp;
 class MainForm;
+class PresentationWatcher;
 
 struct Ports {
     Scheduler& scheduler;
@@ -45,6 +47,11 @@ public:
     std::unique_ptr<BaseDrivers> drivers;
     // The vote intake that the drivers hand received votes to (the main form's SendVotes).
     VoteIntake* voteIntake = nullptr;
+    // Following the presentation program and its slide show.
+    std::unique_ptr<PresentationWatcher> watcher;
+    // The registered hot keys of `frmHotKey`, for systems without the low-level hook: hand
+    // them back to the controller window, attach them to the show window, register them.
+    std::function<void()> hotKeysReturn, hotKeysAttachToShow, hotKeysRegister;
 
     // The main form, nullptr when it is not loaded.
     MainForm* mainForm() const;

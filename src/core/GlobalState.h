@@ -75,6 +75,8 @@ struct GlobalState {
 
     // Presentation state.
     bool slideShowActive = false;
+    // A vote is open on a Prioritizer-generation driver (ended when the show moves on).
+    bool Voting = false;
     bool hookActive = false;
     std::string ActiveKeypads;
 

@@ -8,6 +8,7 @@
 #include "ports/Dialogs.h"
 #include "ports/PresentationApp.h"
 #include "ports/Tray.h"
+#include "presentation/PresentationWatcher.h"
 #include "tlx/Version.h"
 
 namespace tlx {
@@ -174,6 +175,10 @@ void MainForm::TaskQuit() {
         c_.FullShutdown(false);
     });
 }
+
+void MainForm::SlideShowBegin(ppt::SlideShowWindow* Wn) { c_.watcher->SlideShowBegin(Wn); }
+void MainForm::SlideShowNextSlide() { c_.watcher->SlideShowNextSlide(); }
+void MainForm::SlideShowEnd() { c_.watcher->SlideShowEnd(); }
 
 void MainForm::stopTimers() {
     for (Timer* t : timers()) t->setEnabled(false);

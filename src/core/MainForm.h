@@ -15,6 +15,9 @@
 namespace tlx {
 
 class Controller;
+namespace ppt {
+class SlideShowWindow;
+}
 
 inline constexpr int LOG_TX = 0;
 inline constexpr int LOG_RX = 1;
@@ -73,6 +76,10 @@ public:
     void TaskAbout();
     void TaskQuit();
 
+    // The add-in's slide-show notifications, relayed by the automation class.
+    void SlideShowBegin(ppt::SlideShowWindow* Wn);
+    void SlideShowNextSlide();
+    void SlideShowEnd();
     // The presentation program has closed: stop every timer and shut down.
     void PowerPointClosed();
     void stopTimers();

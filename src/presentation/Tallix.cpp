@@ -3,6 +3,9 @@
 #include "core/Controller.h"
 #include "core/MainForm.h"
 #include "core/Text.h"
+#include "ports/PresentationApp.h"
+
+#include <cmath>
 
 namespace tlx {
 
@@ -20,6 +23,71 @@ tallix::tallix(Controller& controller) : c_(controller) {
 tallix::~tallix() {
     unsubscribe();
     c_.initialised.disconnect(initSub_);
+}
+
+void tallix::VoteLoaded() {
+    trap(c_.errors, kObject, "VoteLoaded", [&] {
+        if (c_.glo.slideShowActive) return;
+        c_.trace("glo.slideShowActive=False", "VoteLoaded", kObject);
+        MainForm* m = c_.mainForm();
+        if (!m || !c_.glo.ppApp) return;
+        ppt::Presentation* p = c_.glo.ppApp->activePresentation();
+        m->SlideShowBegin(p ? p->slideShowWindow() : nullptr);
+    });
+}
+
+void tallix::SlideShowBegin(ppt::SlideShowWindow* Wn) {
+    trap(c_.errors, kObject, "SlideShowBegin", [&] {
+        if (MainForm* m = c_.mainForm()) m->SlideShowBegin(Wn);
+    });
+}
+
+void tallix::SlideShowBegin(std::int64_t window) {
+    ppt::SlideShowWindow* Wn = nullptr;
+    trap(c_.errors, kObject, "SlideShowBegin", [&] {
+        ppt::Application* app = c_.glo.ppApp ? c_.glo.ppApp : c_.ports.presentation.getActiveObject();
+        if (!app) return;
+        const int count = app->slideShowWindowCount();
+        for (int i = 1; i <= count && !Wn; ++i)
+            if (app->slideShowWindow(i)->hwnd() == window) Wn = app->slideShowWindow(i);
+        if (!Wn && window >= 1 && window <= count) Wn = app->slideShowWindow(static_cast<int>(window));
+        if (!Wn && count > 0) Wn = app->slideShowWindow(1);
+    });
+    SlideShowBegin(Wn);
+}
+
+void tallix::SlideShowEnd() {
+    trap(c_.errors, kObject, "SlideShowEnd", [&] {
+        if (MainForm* m = c_.mainForm()) m->SlideShowEnd();
+    });
+}
+
+void tallix::SlideShowNextSlide() {
+    trap(c_.errors, kObject, "SlideShowNextSlide", [&] {
+        if (MainForm* m = c_.mainForm()) m->SlideShowNextSlide();
+    });
+}
+
+int tallix::CurrentSlide() {
+    int slide = 0;
+    trap(c_.errors, kObject, "CurrentSlide", [&] {
+        ppt::Application* app = c_.glo.ppApp ? c_.glo.ppApp : c_.ports.presentation.getActiveObject();
+        if (!app) return;
+        ppt::Presentation* p = app->activePresentation();
+        if (!p) return;
+        const double v = ParseNumber(p->tags().item("tlxCurrentSlide"));
+        slide = std::fabs(v) < 2e9 ? static_cast<int>(v) : 0;
+    });
+    return slide;
+}
+
+void tallix::PowerPointClosed() {
+    trap(c_.errors, kObject, "PowerPointClosed", [&] {
+        MainForm* m = c_.mainForm();
+        if (!m) return;
+        m->PowerPointClosed();
+        c_.FullShutdown(false);
+    });
 }
 
 void tallix::init(const std::string& NewArgs) {

@@ -9,6 +9,9 @@
 namespace tlx {
 
 class Controller;
+namespace ppt {
+class SlideShowWindow;
+}
 
 class tallix {
 public:
@@ -18,6 +21,15 @@ public:
     tallix(const tallix&) = delete;
     tallix& operator=(const tallix&) = delete;
 
+    // Methods, in the order of the interface.
+    void VoteLoaded();
+    void SlideShowBegin(ppt::SlideShowWindow* Wn);
+    // The same, for clients that name the show window by its handle (or 1-based index).
+    void SlideShowBegin(std::int64_t window);
+    void SlideShowEnd();
+    void SlideShowNextSlide();
+    int CurrentSlide();
+    void PowerPointClosed();
     void init(const std::string& NewArgs);
     bool SendCommand(const std::string& sCommand);
 
