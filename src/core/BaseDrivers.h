@@ -42,6 +42,13 @@ public:
     virtual bool SetDetectMode(int mode) = 0;
 };
 
+// Where a base's keypad numbers sit among the system's: its offset and its highest local
+// keypad number.
+struct KeypadRange {
+    int offset = 0;
+    int highest = 0;
+};
+
 class BaseDrivers {
 public:
     virtual ~BaseDrivers() = default;
@@ -57,6 +64,9 @@ public:
     virtual KeypadDriver* corehubG1() { return nullptr; }  // `oKVv4`
     virtual KeypadDriver* corehubG2() { return nullptr; }  // `oKVv5`
     virtual Black3Driver* black3() { return nullptr; }
+    // The range of the base that received votes (its number as the drivers report it). By
+    // default the base of that position in the port file, counted from 1.
+    virtual KeypadRange keypadRange(int baseIndex, const GlobalState& glo) const;
 };
 
 // No driver at all: every base stays down and keyboard voting remains.

@@ -14,7 +14,10 @@
 #include "ports/PresentationApp.h"
 #include "ports/Scheduler.h"
 #include "ports/Tray.h"
+#include "presentation/HotKeys.h"
 #include "presentation/PresentationWatcher.h"
+#include "presentation/VoteIntake.h"
+#include "presentation/VoteRun.h"
 
 namespace tlx {
 
@@ -65,8 +68,12 @@ Controller::Controller(Ports p)
       settings(glo, p.desktop),
       forms(p.scheduler),
       drivers(std::make_unique<NoBaseDrivers>()),
-      watcher(std::make_unique<PresentationWatcher>(*this)) {
+      watcher(std::make_unique<PresentationWatcher>(*this)),
+      voteRun(std::make_unique<VoteRun>(*this)),
+      intake(std::make_unique<VoteIntakeModule>(*this)),
+      hotKeys(std::make_unique<KeyboardHook>(*this)) {
     glo.installFolder = p.desktop.installFolder();
+    voteIntake = intake.get();
 }
 
 Controller::~Controller() = default;
@@ -84,6 +91,12 @@ void Controller::loadMainForm() {
     MainForm& main = forms.load<MainForm>(*this);
     main.tmrCheck4PPT.onTick = [this] { watcher->tmrCheck4PPT_Timer(); };
     main.tmrCheckSlideShow.onTick = [this] { watcher->tmrCheckSlideShow_Timer(); };
+    main.tmrCheck4Vote.onTick = [this] { voteRun->tmrCheck4Vote_Timer(); };
+    main.tmrRunVote.onTick = [this] { voteRun->tmrRunVote_Timer(); };
+    main.tmrVKeyPressed.onTick = [this] { voteRun->tmrVKeyPressed_Timer(); };
+    main.tmr_VotesRxBuffer.onTick = [this] { intake->tmr_VotesRxBuffer_Timer(); };
+    main.tmr_simulateVotes.onTick = [this] { intake->tmr_simulateVotes_Timer(); };
+    main.tmr_refreshLowLevelKeyboardHook.onTick = [this] { hotKeys->tmr_refreshLowLevelKeyboardHook_Timer(); };
     main.Form_Load();
 }
 
@@ -131,6 +144,10 @@ void Controller::readPortFile() {
         glo.bases = r.data.bases;
         glo.popUp = r.data.popUp;
         glo.portFileRead = r.status == PortFileStatus::Ok;
+        // The base-station mode keys only mean something to the oldest bases.
+        glo.modeKeysEnabled = false;
+        for (const auto& b : glo.bases)
+            if (toUpper(trim(b.baseType)) == "KELVARIN BASE V3") glo.modeKeysEnabled = true;
         if (r.status == PortFileStatus::DecryptError)
             ports.dialogs.message("tallix controller", "Decrypt Error", MsgIcon::Exclamation);
         else if (r.status == PortFileStatus::ReadError)
@@ -221,7 +238,7 @@ void Controller::loadParticipantNames() {
 void Controller::GlobalInitSub() {
     glo.traceToFile = true;
     glo.usePowerPoint = true;
-    glo.modeKeysEnabled = true;
+    glo.hookAllowed = true;
     trap(errors, kObject, "GlobalInitSub", [&] {
         glo.traceToFile = settings.LogEventsToFile();
         glo.showAllErrors = settings.ShowAllErrors();
@@ -267,6 +284,7 @@ void Controller::GlobalInitSub() {
             m->tmrCheck4PPT.setEnabled(true);
             m->tmr_refreshLowLevelKeyboardHook.setEnabled(true);
         }
+        if (glo.hookAllowed && keyboard) hotKeys->SetHook();
         if (stopped()) return;
         (void)start;
         const double elapsed = ports.scheduler.monotonicSeconds() - startCounter;  // 14
@@ -287,7 +305,7 @@ void Controller::FullShutdown(bool showCloseForm) {
     trap(errors, kObject, "FullShutdown", [&] {
         trace("Function Start: glo.FullShutDownInitiated=" + boolText(glo.FullShutDownInitiated), "FullShutdown");
         trap(errors, kObject, "FullShutdown", [&] { ports.desktop.showTaskBar(true); });
-        if (glo.hookActive) glo.hookActive = false;
+        if (glo.hookActive) hotKeys->RemoveHook();
 
         const auto loaded = forms.all();
         for (std::size_t i = loaded.size(); i-- > 0;) {

@@ -22,6 +22,10 @@ class Tray;
 class PresentationApp;
 class MainForm;
 class PresentationWatcher;
+class VoteRun;
+class VoteIntakeModule;
+class KeyboardHook;
+class KeyboardSource;
 
 struct Ports {
     Scheduler& scheduler;
@@ -47,11 +51,13 @@ public:
     std::unique_ptr<BaseDrivers> drivers;
     // The vote intake that the drivers hand received votes to (the main form's SendVotes).
     VoteIntake* voteIntake = nullptr;
-    // Following the presentation program and its slide show.
+    // Where the presenter's keys come from (set by the wiring; none means no hot keys).
+    KeyboardSource* keyboard = nullptr;
+    // The presentation side: following the show, the vote run, vote intake, hot keys.
     std::unique_ptr<PresentationWatcher> watcher;
-    // The registered hot keys of `frmHotKey`, for systems without the low-level hook: hand
-    // them back to the controller window, attach them to the show window, register them.
-    std::function<void()> hotKeysReturn, hotKeysAttachToShow, hotKeysRegister;
+    std::unique_ptr<VoteRun> voteRun;
+    std::unique_ptr<VoteIntakeModule> intake;
+    std::unique_ptr<KeyboardHook> hotKeys;
 
     // The main form, nullptr when it is not loaded.
     MainForm* mainForm() const;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "core/KeypadList.h"
 #include "core/Options.h"
 
 namespace tlx {
@@ -51,7 +52,8 @@ struct GlobalState {
     // The three switches forced on at the start of initialisation.
     bool traceToFile = true;     // "LOGEVENTS TO FILE"
     bool usePowerPoint = true;   // off with "-noppt"
-    bool modeKeysEnabled = true; // base-station mode keys X/F/D/S of the keyboard hook
+    bool hookAllowed = true;     // the low-level keyboard hook may be installed
+    bool modeKeysEnabled = false; // base-station mode keys X/F/D/S (oldest bases only)
     bool showAllErrors = false;  // "SHOW ALL ERRORS"
     bool hotKeysSuspended = false;
     std::string commandLine;
@@ -78,7 +80,7 @@ struct GlobalState {
     // A vote is open on a Prioritizer-generation driver (ended when the show moves on).
     bool Voting = false;
     bool hookActive = false;
-    std::string ActiveKeypads;
+    KeypadList ActiveKeypads;
 
     // Vote configuration filled by the key lines of the command channel.
     std::string voteName;

@@ -93,6 +93,23 @@ public:
     // Each new line of the on-screen log, as written.
     Signal<const std::string&> logLine;
 
+    // Vote intake: counter boxes (0 accepted, 1 received, 2 distinct voters), the abstain
+    // option and its key, the keypad-test flag, and the vote simulator's two boxes.
+    std::string txt_VoteCounter[3] = {"0", "0", "0"};
+    bool Opt_Abstain = false;
+    int key_Abstain = 0;
+    bool keypadTestActive = false;
+    std::string txt_simulateVotesMaxKpadNum = "100";
+    std::string txt_simulateVotesCount = "5";
+
+    // Presenter hot keys: hook state, the repeat filter and the modifier indicators
+    // (left Shift, right Shift, left Ctrl, right Ctrl, left Alt, right Alt).
+    std::string lblHookStatus;
+    int lblHookStatusColour = 0;
+    bool chkLowLevelKeyboardHook = false;
+    bool chkRepeatFilter = true;
+    bool modifierIndicators[6] = {false, false, false, false, false, false};
+
 private:
     void tmr_SendData_Timer();
     Controller& c_;

@@ -5,6 +5,7 @@
 #include "core/Text.h"
 #include "ports/Desktop.h"
 #include "ports/PresentationApp.h"
+#include "presentation/HotKeys.h"
 
 namespace tlx {
 
@@ -201,7 +202,7 @@ void PresentationWatcher::tmrCheck4PPT_Timer() {
             const int windows = c_.glo.ppApp->slideShowWindowCount();
             if (c_.glo.slideShowActive && windows == 0) {
                 c_.glo.slideShowActive = false;
-                if (!c_.glo.hookActive && c_.hotKeysReturn) c_.hotKeysReturn();
+                if (!c_.glo.hookActive && c_.forms.isLoaded("frmHotKey")) c_.hotKeys->returnHotKeysToController();
             } else if (!c_.glo.slideShowActive && windows > 0) {
                 c_.glo.slideShowActive = true;
             }
@@ -227,17 +228,16 @@ void PresentationWatcher::tmrCheckSlideShow_Timer() {
         if (!IsPowerPointRunning() || !c_.glo.ppApp || c_.glo.ppApp->presentationCount() == 0) return;
         if (c_.glo.ppApp->slideShowWindowCount() > 0) {
             ShowHideTaskBar();
-            if (!c_.glo.hookActive && c_.forms.isLoaded("frmKeyHook") && c_.hotKeysAttachToShow) {
+            if (!c_.glo.hookActive && c_.forms.isLoaded("frmKeyHook")) {
                 c_.ports.scheduler.waitUntil([] { return false; }, 0.25);
-                c_.hotKeysAttachToShow();
+                c_.hotKeys->attachHotKeysToShow();
             }
         } else {
             ShowHideTaskBar();
             if (!c_.glo.hookActive && !c_.forms.isLoaded("frmHotKey") &&
-                !processRunning(c_.ports.desktop, "PILLARS.EXE") && !processRunning(c_.ports.desktop, "GRIDDER.EXE") &&
-                c_.hotKeysRegister) {
+                !processRunning(c_.ports.desktop, "PILLARS.EXE") && !processRunning(c_.ports.desktop, "GRIDDER.EXE")) {
                 c_.LogEvent("Hook Set - Office 97", LOG_XX);
-                c_.hotKeysRegister();
+                c_.hotKeys->registerHotKeys();
             }
         }
     });

@@ -72,6 +72,7 @@ TestWorld::TestWorld(bool presentationRunning) {
     desktop.setInstallFolder(install());
     if (presentationRunning) presentation.start();
     controller = std::make_unique<Controller>(Ports{scheduler, desktop, dialogs, tray, presentation});
+    controller->keyboard = &keyboard;
 }
 
 TestWorld::~TestWorld() {

@@ -9,6 +9,7 @@
 
 #include "core/Controller.h"
 #include "platform/sim/SimDesktop.h"
+#include "platform/sim/SimKeyboard.h"
 #include "platform/sim/SimPresentation.h"
 #include "platform/sim/VirtualScheduler.h"
 #include "ports/Dialogs.h"
@@ -85,6 +86,7 @@ public:
     SimPresentationApp presentation{desktop};
     FakeDialogs dialogs;
     FakeTray tray;
+    SimKeyboard keyboard;
     std::unique_ptr<Controller> controller;
 
     Controller& c() { return *controller; }

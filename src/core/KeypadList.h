@@ -1,0 +1,31 @@
+#pragma once
+// `glo.ActiveKeypads`: the allowed keypads written ",3,7,12," (or empty: every keypad). The
+// text stays what it is; membership of "," + keypad + "," is answered from a set, so the test
+// costs the same for a list of four keypads as for one of four thousand.
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+namespace tlx {
+
+class KeypadList {
+public:
+    KeypadList() = default;
+    KeypadList(std::string text) { assign(std::move(text)); }  // NOLINT: reads like the string it is
+    KeypadList& operator=(std::string text) {
+        assign(std::move(text));
+        return *this;
+    }
+    const std::string& text() const { return text_; }
+    operator const std::string&() const { return text_; }  // NOLINT
+    bool empty() const { return text_.empty(); }
+    // True when the text holds "," + keypad + ",".
+    bool contains(std::string_view keypad) const;
+
+private:
+    void assign(std::string text);
+    std::string text_;
+    std::unordered_set<std::string> members_;
+};
+
+}  // namespace tlx

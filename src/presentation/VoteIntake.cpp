@@ -1,0 +1,146 @@
+#include "presentation/VoteIntake.h"
+
+#include <cmath>
+
+#include "core/Controller.h"
+#include "core/MainForm.h"
+#include "core/Text.h"
+
+namespace tlx {
+
+namespace {
+constexpr const char* kForm = "tallix_controller";
+
+// The keypad number as the vote record writes it.
+std::string keypadText(float keypad) { return numText(static_cast<double>(keypad)); }
+
+// The abstain key turns a vote (or the first part of a multi-part vote) into -2.
+void applyAbstain(std::string& vote, int key) {
+    const std::string keyText = numText(key);
+    const auto semi = vote.find(';');
+    if (semi != std::string::npos) {
+        if (vote.substr(0, semi) == keyText) vote = "-2" + vote.substr(semi);
+        return;
+    }
+    if (isNumeric(vote) && ParseNumber(vote) == key) vote = "-2";
+}
+}  // namespace
+
+VoteIntakeModule::VoteIntakeModule(Controller& controller) : c_(controller) {}
+
+void VoteIntakeModule::resetForVote() {
+    voters_.clear();
+    acceptedTotal_ = 0;
+    receivedTotal_ = 0;
+    showCounters();
+}
+
+void VoteIntakeModule::SendVotes(std::vector<float>& keypads, std::vector<std::string>& votes, double time,
+                                 int baseIndex) {
+    (void)time;
+    MainForm* m = c_.mainForm();
+    if (!m) return;
+    trap(c_.errors, kForm, "SendVotes", [&] {
+        const KeypadRange range = c_.drivers->keypadRange(baseIndex, c_.glo);
+        const double highest = static_cast<double>(range.offset) + range.highest;
+        const KeypadList& active = c_.glo.ActiveKeypads;
+        std::string accepted, rejected;
+        long long acceptedCount = 0;
+        const std::size_t n = std::min(keypads.size(), votes.size());
+        for (std::size_t i = 0; i < n; ++i) {
+            ++receivedTotal_;
+            keypads[i] = keypads[i] + static_cast<float>(range.offset);
+            const std::string kp = keypadText(keypads[i]);
+            if (static_cast<double>(keypads[i]) > highest) {
+                rejected += "[" + kp + ";" + votes[i] + "],";
+                continue;
+            }
+            if (!active.empty() && !active.contains(kp) && !m->keypadTestActive) {
+                rejected += "[" + kp + ";" + votes[i] + "],";
+                continue;
+            }
+            ++acceptedCount;
+            if (m->Opt_Abstain) applyAbstain(votes[i], m->key_Abstain);
+            accepted += "[" + kp + ";" + votes[i] + "],";
+            if (voters_.insert(kp).second) m->txt_VoteCounter[2] = formatNumber(static_cast<double>(voters_.size()), "###,##0");
+        }
+        if (!accepted.empty()) {
+            c_.logs.voteTrace("VOTE RX - ACCEPTED: " + accepted);
+            buffer_ += accepted;
+            if (buffer_.size() >= kBatchCharacters)
+                tmr_VotesRxBuffer_Timer();
+            else
+                m->tmr_VotesRxBuffer.setEnabled(true);
+        }
+        if (!rejected.empty()) {
+            const std::string high = numText(highest);
+            c_.logs.voteTrace("VOTE RX - REJECTED: " + rejected);
+            c_.logs.voteTrace("ACTIVE KPADS: " + active.text());
+            c_.logs.voteTrace("MAX KPAD NUM: " + high);
+            m->LogEvent("NOT SENT: " + rejected, LOG_TX);
+            m->LogEvent("KPADS ACTIVE: " + active.text(), LOG_XX);
+            m->LogEvent("MAX KPAD NUM: " + high, LOG_XX);
+        }
+        acceptedTotal_ += acceptedCount;
+        m->txt_VoteCounter[0] = formatNumber(static_cast<double>(acceptedTotal_), "###,##0");
+    });
+}
+
+void VoteIntakeModule::tmr_VotesRxBuffer_Timer() {
+    MainForm* m = c_.mainForm();
+    if (!m || c_.glo.ShuttingDown) return;
+    m->tmr_VotesRxBuffer.setEnabled(false);
+    trap(c_.errors, kForm, "tmr_VotesRxBuffer_Timer", [&] {
+        if (!buffer_.empty()) {
+            m->AddDataToTxQueue(buffer_);
+            buffer_.clear();
+        }
+        showCounters();
+    });
+}
+
+void VoteIntakeModule::showCounters() {
+    if (MainForm* m = c_.mainForm()) {
+        m->txt_VoteCounter[0] = formatNumber(static_cast<double>(acceptedTotal_), "###,##0");
+        m->txt_VoteCounter[1] = formatNumber(static_cast<double>(receivedTotal_), "###,##0");
+        m->txt_VoteCounter[2] = formatNumber(static_cast<double>(voters_.size()), "###,##0");
+        m->changed();
+    }
+}
+
+int VoteIntakeModule::randomBetween(int lo, int hi) {
+    if (hi < lo) return lo;
+    return std::uniform_int_distribution<int>(lo, hi)(random_);
+}
+
+void VoteIntakeModule::startSimulation() {
+    if (MainForm* m = c_.mainForm()) {
+        m->LogEvent("Simulating Votes", LOG_XX);
+        m->tmr_simulateVotes.setEnabled(true);
+    }
+}
+
+void VoteIntakeModule::stopSimulation() {
+    if (MainForm* m = c_.mainForm()) m->tmr_simulateVotes.setEnabled(false);
+}
+
+void VoteIntakeModule::tmr_simulateVotes_Timer() {
+    MainForm* m = c_.mainForm();
+    if (!m || c_.glo.ShuttingDown || c_.glo.InitialisedState != INIT_STATE_INITIALISED) return;
+    trap(c_.errors, kForm, "tmr_simulateVotes_Timer", [&] {
+        const double maxD = ParseNumber(m->txt_simulateVotesMaxKpadNum);
+        const double limitD = ParseNumber(m->txt_simulateVotesCount);
+        const int maxKeypad = maxD >= 1 && maxD <= 1e6 ? static_cast<int>(maxD) : 1;
+        const int limit = limitD >= 1 && limitD <= 1e4 ? static_cast<int>(limitD) : 1;
+        const int count = randomBetween(1, limit);
+        std::string batch;
+        for (int i = 0; i < count; ++i)
+            batch += "[" + numText(randomBetween(1, maxKeypad)) + ";" + numText(randomBetween(1, 9)) + "],";
+        m->AddDataToTxQueue(batch);
+        acceptedTotal_ += count;
+        receivedTotal_ += count;
+        showCounters();
+    });
+}
+
+}  // namespace tlx

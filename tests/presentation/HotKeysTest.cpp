@@ -1,0 +1,214 @@
+#include <gtest/gtest.h>
+
+#include "core/MainForm.h"
+#include "core/Text.h"
+#include "presentation/HotKeys.h"
+#include "support/TestWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+struct KeysWorld : TestWorld {
+    KeysWorld() {
+        start();
+        main().tmr_executeCommand.onTick = nullptr;  // keep the queue for inspection
+    }
+    int t = 1000;
+    void down(int k) { keyboard.keyDown(k, t += 10); }
+    void up(int k) { keyboard.keyUp(k, t += 10); }
+    void tap(int k) {
+        down(k);
+        up(k);
+    }
+    // Holds the modifiers while the key is tapped.
+    void chord(std::vector<int> mods, int k) {
+        for (int m : mods) down(m);
+        tap(k);
+        for (auto it = mods.rbegin(); it != mods.rend(); ++it) up(*it);
+    }
+    std::vector<std::string> queued() { return split(main().txt_command, "\r\n"); }
+};
+}  // namespace
+
+TEST(Hook, InstalledAtStartUpAndShownOnTheMainForm) {
+    KeysWorld w;
+    EXPECT_TRUE(w.glo().hookActive);
+    EXPECT_EQ(w.main().lblHookStatus, "Hook Active");
+    EXPECT_EQ(w.main().lblHookStatusColour, 65280);
+    EXPECT_TRUE(w.main().chkLowLevelKeyboardHook);
+    w.c().hotKeys->RemoveHook();
+    EXPECT_EQ(w.main().lblHookStatus, "Hook Disabled");
+    EXPECT_EQ(w.main().lblHookStatusColour, 255);
+    EXPECT_FALSE(w.keyboard.hookInstalled());
+    // Without the tick the refresh timer leaves it removed.
+    w.scheduler.advance(5000);
+    EXPECT_FALSE(w.keyboard.hookInstalled());
+}
+
+TEST(Hook, ARefusedHookSaysHotKeyDisabled) {
+    TestWorld w;
+    w.keyboard.refuseHook = true;
+    w.start();
+    EXPECT_FALSE(w.glo().hookActive);
+    EXPECT_EQ(w.main().lblHookStatus, "Hot Key Disabled");
+    EXPECT_FALSE(w.main().chkLowLevelKeyboardHook);
+}
+
+TEST(Hook, RefreshRenewsAHookTheSystemDropped) {
+    KeysWorld w;
+    w.keyboard.removeHook();  // dropped behind our back
+    w.scheduler.advance(5000);
+    EXPECT_TRUE(w.keyboard.hookInstalled());
+    w.tap('V');
+    EXPECT_TRUE(w.logged("V Down"));
+}
+
+TEST(Hook, CtrlWithADigitOrLetterQueuesItsCharacterButNotZero) {
+    KeysWorld w;
+    w.chord({vk::kLCtrl}, '5');
+    w.chord({vk::kRCtrl}, 'G');
+    w.chord({vk::kLCtrl}, '0');
+    w.chord({vk::kLCtrl}, vk::kPageDown);
+    w.chord({vk::kLAlt}, 'A');
+    EXPECT_EQ(w.queued(), (std::vector<std::string>{"CTRL KEYDOWN=5", "CTRL KEYDOWN=G", "CTRL KEYDOWN=34", "ALT KEYDOWN=A"}));
+}
+
+TEST(Hook, BothCtrlKeysMakeAnAdminKey) {
+    KeysWorld w;
+    w.chord({vk::kLCtrl, vk::kRCtrl}, 'Q');
+    const auto q = w.queued();
+    ASSERT_FALSE(q.empty());
+    EXPECT_EQ(q.front(), "ADMIN KEYDOWN=Q");
+}
+
+TEST(Hook, ShiftCtrlAltCommands) {
+    KeysWorld w;
+    for (int k : {'X', 'F', 'D', 'E', 'T', 'Q'}) w.chord({vk::kLShift, vk::kLCtrl, vk::kLAlt}, k);
+    EXPECT_EQ(w.queued(), (std::vector<std::string>{"Exit", "FreeCursor", "SwitchToDebugView", "EnablePPT", "ToggleTopMost"}));
+}
+
+TEST(Hook, ARepeatingKeyIsActedOnOnce) {
+    KeysWorld w;
+    w.down(vk::kLCtrl);
+    // The key repeats while held: identical events 30 ms apart.
+    for (int i = 0; i < 5; ++i) w.keyboard.keyUp('7', 2000 + 30 * i);
+    w.up(vk::kLCtrl);
+    EXPECT_EQ(w.queued(), (std::vector<std::string>{"CTRL KEYDOWN=7"}));
+    // With the filter off every event counts.
+    w.main().txt_command.clear();
+    w.main().chkRepeatFilter = false;
+    w.down(vk::kLCtrl);
+    for (int i = 0; i < 3; ++i) w.keyboard.keyUp('7', 4000 + 30 * i);
+    EXPECT_EQ(w.queued().size(), 3u);
+}
+
+TEST(Hook, VOnReleaseStartsTheVoteCheckUnlessAVoteDisplayRuns) {
+    KeysWorld w;
+    w.down('V');
+    EXPECT_FALSE(w.main().tmrCheck4Vote.enabled());
+    w.up('V');
+    EXPECT_TRUE(w.main().tmrCheck4Vote.enabled());
+    EXPECT_TRUE(w.logged(" - XX - V Down"));
+    w.main().tmrCheck4Vote.setEnabled(false);
+    w.desktop.addProcess("CHARTIST.EXE");
+    w.tap('V');
+    EXPECT_FALSE(w.main().tmrCheck4Vote.enabled());
+    EXPECT_TRUE(startsWith(w.logLines().front().substr(14), " - XX - V Down - Matrix/Vote already running"));
+}
+
+TEST(Hook, ModeKeysOnlyForTheOldestBasesAndNeverWhileSuspended) {
+    KeysWorld w;
+    w.tap('X');
+    EXPECT_TRUE(w.main().txt_command.empty());
+    w.glo().modeKeysEnabled = true;
+    for (int k : {'X', 'F', 'D', 'S'}) w.tap(k);
+    EXPECT_EQ(w.queued(), (std::vector<std::string>{"Detect Mode=-1", "Detect Mode=1", "Detect Mode=2", "Detect Mode=3"}));
+    w.main().txt_command.clear();
+    w.glo().hotKeysSuspended = true;
+    w.tap('X');
+    w.chord({vk::kLCtrl}, '5');
+    EXPECT_TRUE(w.main().txt_command.empty());
+}
+
+TEST(Hook, EveryKeyStillReachesItsWindow) {
+    KeysWorld w;
+    std::vector<int> seen;
+    w.keyboard.foregroundWindow = [&](int k, bool released) {
+        if (released) seen.push_back(k);
+    };
+    w.chord({vk::kLCtrl}, '5');
+    w.tap('V');
+    EXPECT_EQ(seen, (std::vector<int>{'5', vk::kLCtrl, 'V'}));
+}
+
+TEST(CtrlKey, WithAltAlsoHeldNothingHappens) {
+    KeysWorld w;
+    w.down(vk::kLCtrl);
+    w.down(vk::kLAlt);
+    w.c().hotKeys->CtrlKeyPressed("W");
+    EXPECT_TRUE(w.logged("AltKeyPressed=True"));
+    EXPECT_FALSE(w.logged("ACTIONED"));
+    w.c().hotKeys->AltKeyPressed("A");
+    EXPECT_TRUE(w.logged("CtrlKeyPressed=True"));
+    EXPECT_TRUE(w.logged("ALT KEY PRESSED EXIT - Ctrl Key also pressed"));
+}
+
+TEST(CtrlKey, GuardsWithoutThePresentationProgram) {
+    TestWorld w(false);
+    w.start();
+    w.c().hotKeys->CtrlKeyPressed("G");
+    EXPECT_TRUE(w.logged("InitPPTObject FAILED"));
+    EXPECT_TRUE(w.logged("CTRL KEY PRESSED EXIT - Not InitPPTObject"));
+    w.c().hotKeys->AltKeyPressed("A");
+    EXPECT_TRUE(w.logged("ALT KEY PRESSED EXIT - glo.ppApp Is Nothing"));
+}
+
+TEST(CtrlKey, NoOpenPresentation) {
+    KeysWorld w;
+    w.c().hotKeys->CtrlKeyPressed("G");
+    EXPECT_TRUE(w.logged("glo.ppApp.Presentations.count = 0"));
+    EXPECT_TRUE(w.logged("CTRL KEY PRESSED EXIT - glo.ppApp.Presentations.count = 0"));
+}
+
+TEST(RegisteredHotKeys, NamesAndTheirFaults) {
+    KeysWorld w;
+    cRegHotKey keys(w.c());
+    EXPECT_TRUE(keys.RegisterKey("V", 'V', 0));
+    EXPECT_FALSE(keys.RegisterKey("V", 'B', 0));
+    EXPECT_FALSE(keys.RegisterKey(std::string(33, 'k'), 'K', 0));
+    EXPECT_FALSE(keys.UnregisterKey("nothing"));
+    EXPECT_FALSE(keys.RegisterKey("W", 'V', 0));  // the system has V already
+    const std::string log = readFile(w.appData() / "tallix" / "Err.log");
+    EXPECT_TRUE(contains(log, "Description: The Key Name 'V' is already registered."));
+    EXPECT_TRUE(contains(log, "Description: Key Name too long (max 32 characters)."));
+    EXPECT_TRUE(contains(log, "Description: No hot key registered under the name 'nothing'"));
+    EXPECT_TRUE(contains(log, "Description: Failed to Register Hot Key"));
+    EXPECT_TRUE(contains(log, "Module: cRegHotKey"));
+    EXPECT_EQ(keys.nameOf(-2), "Desktop Snapshot");
+    EXPECT_EQ(keys.nameOf(-1), "Window Snapshot");
+    EXPECT_EQ(keys.nameOf(12345), "Unknown HotKey");
+}
+
+TEST(RegisteredHotKeys, VAndTheModeKeysArmedByX) {
+    TestWorld w;
+    w.keyboard.refuseHook = true;  // a system without the low-level hook
+    w.start();
+    w.main().tmr_executeCommand.onTick = nullptr;
+    w.c().hotKeys->registerHotKeys();
+    auto* form = w.c().forms.get<frmHotKey>(frmHotKey::kName);
+    ASSERT_NE(form, nullptr);
+    EXPECT_EQ(form->lblStatus, "Hot Key Enabled");
+    w.keyboard.tap('V', 100);
+    EXPECT_TRUE(w.logged("V Down (HotKey - Win 98/ME)"));
+    EXPECT_TRUE(w.main().tmrCheck4Vote.enabled());
+    w.keyboard.tap('F', 200);  // not armed yet
+    EXPECT_FALSE(w.logged("FallBack"));
+    w.keyboard.tap('X', 300);
+    w.keyboard.tap('F', 400);
+    EXPECT_TRUE(w.logged("KV3 FallBack Mode Enabled 254s (HotKey - Win 98/ME)"));
+    EXPECT_EQ(w.main().txt_command, "Detect Mode=1");
+    w.keyboard.tap('S', 500);  // disarmed again
+    EXPECT_FALSE(w.logged("Sentry"));
+    EXPECT_EQ(w.keyboard.hotKeyCount(), 2);
+}

@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+
+#include "core/MainForm.h"
+#include "core/Text.h"
+#include "presentation/VoteIntake.h"
+#include "support/TestWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+struct IntakeWorld : TestWorld {
+    IntakeWorld() {
+        start();
+        glo().bases = {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0},
+                       {"200200200200", "KELVARIN COREHUB G2", 1, 40, false, 0, 100}};
+        main().FromCtrlForm.connect([this](const std::string& s) { sent.push_back(s); });
+    }
+    // One base's key presses, as a driver event hands them over.
+    void votes(int base, std::vector<std::pair<float, std::string>> v) {
+        std::vector<float> k;
+        std::vector<std::string> d;
+        for (auto& [kp, data] : v) {
+            k.push_back(kp);
+            d.push_back(data);
+        }
+        c().intake->SendVotes(k, d, 0.0, base);
+    }
+    void flush() { scheduler.advance(100); }
+    std::vector<std::string> sent;
+};
+}  // namespace
+
+TEST(VoteIntake, AcceptedVotesTravelAsOneBatchInArrivalOrder) {
+    IntakeWorld w;
+    w.votes(1, {{12, "3"}, {7, "1"}});
+    w.votes(2, {{5, "-2"}});  // base 2 counts from 100
+    w.flush();
+    ASSERT_EQ(w.sent.size(), 1u);
+    EXPECT_EQ(w.sent[0], "[12;3],[7;1],[105;-2],");
+    EXPECT_TRUE(w.logged(" - TX - [12;3],[7;1],[105;-2],"));
+    EXPECT_EQ(w.main().txt_VoteCounter[0], "3");
+}
+
+TEST(VoteIntake, HighestKeypadOfTheBaseIsTheLimit) {
+    IntakeWorld w;
+    w.votes(1, {{40, "1"}, {41, "2"}});
+    w.flush();
+    ASSERT_EQ(w.sent.size(), 1u);
+    EXPECT_EQ(w.sent[0], "[40;1],");
+    const auto lines = w.logLines();
+    EXPECT_TRUE(w.logged(" - TX - NOT SENT: [41;2],"));
+    EXPECT_TRUE(w.logged(" - XX - KPADS ACTIVE: "));
+    EXPECT_TRUE(w.logged(" - XX - MAX KPAD NUM: 40"));
+    // An offset base's limit moves with it.
+    w.votes(2, {{40, "1"}, {41, "1"}});
+    w.flush();
+    EXPECT_EQ(w.sent.back(), "[140;1],");
+    EXPECT_TRUE(w.logged("NOT SENT: [141;1],"));
+    EXPECT_TRUE(w.logged("MAX KPAD NUM: 140"));
+}
+
+TEST(VoteIntake, ActiveKeypadListIsMatchedWholeNumbersOnly) {
+    IntakeWorld w;
+    w.glo().ActiveKeypads = ",3,7,";
+    w.votes(1, {{37, "1"}, {7, "2"}, {3, "4"}, {73, "1"}});
+    w.flush();
+    ASSERT_EQ(w.sent.size(), 1u);
+    EXPECT_EQ(w.sent[0], "[7;2],[3;4],");
+    EXPECT_TRUE(w.logged("NOT SENT: [37;1],[73;1],"));
+    EXPECT_TRUE(w.logged("KPADS ACTIVE: ,3,7,"));
+    // The keypad test lets every keypad through.
+    w.main().keypadTestActive = true;
+    w.votes(1, {{37, "1"}});
+    w.flush();
+    EXPECT_EQ(w.sent.back(), "[37;1],");
+}
+
+TEST(VoteIntake, RepeatVotesAreForwardedButCountOneVoter) {
+    IntakeWorld w;
+    w.votes(1, {{5, "1"}});
+    w.votes(1, {{5, "2"}});
+    w.votes(1, {{6, "2"}});
+    w.flush();
+    EXPECT_EQ(w.sent[0], "[5;1],[5;2],[6;2],");
+    EXPECT_EQ(w.c().intake->distinctVoters(), 2);
+    EXPECT_EQ(w.main().txt_VoteCounter[2], "2");
+    EXPECT_EQ(w.main().txt_VoteCounter[0], "3");
+    // A new vote starts a new voter list.
+    w.c().intake->resetForVote();
+    EXPECT_EQ(w.main().txt_VoteCounter[2], "0");
+    w.votes(1, {{5, "1"}});
+    EXPECT_EQ(w.c().intake->distinctVoters(), 1);
+}
+
+TEST(VoteIntake, AbstainKeyBecomesMinusTwo) {
+    IntakeWorld w;
+    w.main().Opt_Abstain = true;
+    w.main().key_Abstain = 5;
+    w.votes(1, {{1, "5"}, {2, "5;2"}, {3, "2;5"}, {4, "15"}, {5, "4"}});
+    w.flush();
+    EXPECT_EQ(w.sent[0], "[1;-2],[2;-2;2],[3;2;5],[4;15],[5;4],");
+    w.main().Opt_Abstain = false;
+    w.votes(1, {{1, "5"}});
+    w.flush();
+    EXPECT_EQ(w.sent.back(), "[1;5],");
+}
+
+TEST(VoteIntake, AFullBufferIsHandedOnInTheSameCall) {
+    IntakeWorld w;
+    w.glo().bases[0].gridHi = 4095;
+    std::vector<std::pair<float, std::string>> many;
+    for (int k = 1000; k < 1080; ++k) many.push_back({static_cast<float>(k), "1"});  // 80 x "[1000;1]," = 720
+    w.votes(1, many);
+    // Handed to the transmit queue at once, not after the buffer timer's tick.
+    EXPECT_TRUE(w.c().intake->buffer().empty());
+    EXPECT_EQ(w.main().txt_data.size(), 720u);
+    EXPECT_FALSE(w.main().tmr_VotesRxBuffer.enabled());
+    // A small batch waits for the tick.
+    w.flush();
+    w.votes(1, {{1, "1"}});
+    EXPECT_EQ(w.c().intake->buffer(), "[1;1],");
+    EXPECT_TRUE(w.main().txt_data.empty());
+    w.scheduler.advance(10);
+    EXPECT_TRUE(w.c().intake->buffer().empty());
+    EXPECT_EQ(w.main().txt_data, "[1;1],");
+}
+
+TEST(VoteIntake, BatchesQueuedBetweenTwoSendsArriveInOneEvent) {
+    IntakeWorld w;
+    w.votes(1, {{1, "1"}});
+    w.scheduler.advance(10);  // the buffer's tick: first batch queued
+    w.votes(1, {{2, "2"}});
+    w.scheduler.advance(10);  // second batch queued before the 50 ms send
+    w.flush();
+    ASSERT_EQ(w.sent.size(), 1u);
+    EXPECT_EQ(w.sent[0], "[1;1],\r\n[2;2],");
+}
+
+TEST(VoteIntake, CountersAreGroupedByThousands) {
+    IntakeWorld w;
+    w.glo().bases[0].gridHi = 4095;
+    std::vector<std::pair<float, std::string>> many;
+    for (int i = 0; i < 1234; ++i) many.push_back({static_cast<float>(1 + i % 4000), "1"});
+    w.votes(1, many);
+    w.flush();
+    EXPECT_EQ(w.main().txt_VoteCounter[0], "1,234");
+    EXPECT_EQ(w.main().txt_VoteCounter[2], "1,234");
+}
+
+TEST(VoteSimulator, BatchesOfRandomVotesWithinTheLimits) {
+    IntakeWorld w;
+    w.main().txt_simulateVotesMaxKpadNum = "20";
+    w.main().txt_simulateVotesCount = "4";
+    w.c().intake->startSimulation();
+    EXPECT_TRUE(w.logged("Simulating Votes"));
+    w.scheduler.advance(25 * 8);
+    w.c().intake->stopSimulation();
+    w.flush();
+    ASSERT_FALSE(w.sent.empty());
+    int records = 0;
+    for (const auto& event : w.sent)
+        for (const auto& line : split(event, "\r\n"))
+            for (const auto& rec : split(line, "],")) {
+                if (rec.empty()) continue;
+                ASSERT_EQ(rec[0], '[');
+                const auto [kp, vote] = splitOnce(rec.substr(1), ";");
+                EXPECT_GE(ParseNumber(kp), 1);
+                EXPECT_LE(ParseNumber(kp), 20);
+                EXPECT_GE(ParseNumber(vote), 1);
+                EXPECT_LE(ParseNumber(vote), 9);
+                ++records;
+            }
+    EXPECT_GE(records, 8);
+    EXPECT_LE(records, 32);
+}
