@@ -3,8 +3,11 @@
 #include <fstream>
 #include <sstream>
 
+#include "core/CommandDispatcher.h"
+#include "core/CommandTargets.h"
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
+#include "core/ParticipantNames.h"
 #include "core/PortFile.h"
 #include "core/SmallForms.h"
 #include "core/Text.h"
@@ -63,7 +66,9 @@ Controller::Controller(Ports p)
       errors{glo, p.scheduler, p.desktop, p.dialogs, logs},
       settings(glo, p.desktop),
       forms(p.scheduler),
-      drivers(std::make_unique<NoBaseDrivers>()) {
+      drivers(std::make_unique<NoBaseDrivers>()),
+      targets(std::make_unique<DefaultCommandTargets>(*this)),
+      dispatcher(std::make_unique<CommandDispatcher>(*this)) {
     glo.installFolder = p.desktop.installFolder();
 }
 
@@ -215,7 +220,8 @@ void Controller::autoUpdateCheck() {
 }
 
 void Controller::loadParticipantNames() {
-    // The participant-names module reads the list beside the presentation.
+    std::string status;
+    LoadParticipantNames(*this, status);
 }
 
 void Controller::GlobalInitSub() {

@@ -20,6 +20,9 @@ class Dialogs;
 class Tray;
 class PresentationApp;
 class MainForm;
+class Spreadsheet;
+class CommandTargets;
+class CommandDispatcher;
 
 struct Ports {
     Scheduler& scheduler;
@@ -45,6 +48,12 @@ public:
     std::unique_ptr<BaseDrivers> drivers;
     // The vote intake that the drivers hand received votes to (the main form's SendVotes).
     VoteIntake* voteIntake = nullptr;
+    // The participant-list workbooks; set by the wiring (without it only names.txt is read).
+    Spreadsheet* spreadsheet = nullptr;
+    // What commands act on beyond the core; the modules that own those parts replace it.
+    std::unique_ptr<CommandTargets> targets;
+    // Drains the main form's command queue.
+    std::unique_ptr<CommandDispatcher> dispatcher;
 
     // The main form, nullptr when it is not loaded.
     MainForm* mainForm() const;
