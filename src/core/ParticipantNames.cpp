@@ -175,6 +175,7 @@ void LoadParticipantNames(Controller& c, std::string& status) {
         else
             readNamesTxt(file, table);
     });
+    // Whatever the source, a keypad appears once; the message keeps its historic wording.
     if (!table.duplicates().empty())
         c.ports.dialogs.message("Names Failed to Load",
                                 "Please check you names.txt file\r\nThe following keypads had duplicate numbering "

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <random>
+#include <tuple>
 
 #include "platform/files/FileSpreadsheet.h"
 #include "ports/AppError.h"
@@ -115,23 +116,25 @@ TEST(SpreadsheetFiles, WritingFailsCleanly) {
     EXPECT_FALSE(fs::exists(dir / "keep.xlsx.part"));
 }
 
-TEST(SpreadsheetFiles, DamagedXlsxNeverCrashesTheReader) {
+TEST(SpreadsheetFiles, DamagedWorkbooksNeverCrashTheReaders) {
     TempDir dir;
     FileSpreadsheet sheets;
     sheets.writeWorkbook(dir / "good.xlsx", kRows);
-    const std::string good = readFile(dir / "good.xlsx");
     std::mt19937 rng(7);
-    int failed = 0;
-    for (int i = 0; i < 300; ++i) {
-        std::string bad = good;
-        const int flips = 1 + static_cast<int>(rng() % 8);
-        for (int f = 0; f < flips; ++f) bad[rng() % bad.size()] = static_cast<char>(rng());
-        writeFile(dir / "bad.xlsx", bad);
-        try {
-            (void)sheets.readFirstSheet(dir / "bad.xlsx");
-        } catch (const AppError&) {
-            ++failed;
+    for (const auto& [good, name, rounds] : {std::tuple{readFile(dir / "good.xlsx"), "bad.xlsx", 300},
+                                            std::tuple{readFile(xlsFixture()), "bad.xls", 200}}) {
+        int failed = 0;
+        for (int i = 0; i < rounds; ++i) {
+            std::string bad = good;
+            const int flips = 1 + static_cast<int>(rng() % 8);
+            for (int f = 0; f < flips; ++f) bad[rng() % bad.size()] = static_cast<char>(rng());
+            writeFile(dir / name, bad);
+            try {
+                (void)sheets.readFirstSheet(dir / name);
+            } catch (const AppError&) {
+                ++failed;
+            }
         }
+        EXPECT_GT(failed, 0) << name;
     }
-    EXPECT_GT(failed, 0);
 }

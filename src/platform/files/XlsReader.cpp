@@ -43,18 +43,22 @@ class XlsHandle {
 public:
     explicit XlsHandle(const fs::path& file) {
         const int rc = freexl_open(file.c_str(), &handle_);
+        if (rc == FREEXL_OK) return;
+        // freexl asks for a close even after a failed open; no destructor runs for us here.
+        close();
         if (rc == FREEXL_FILE_NOT_FOUND) throw AppError(err::kFileNotFound, "File not found: " + file.string());
-        if (rc != FREEXL_OK) fail(file, errorText(rc));
+        fail(file, errorText(rc));
     }
-    ~XlsHandle() {
-        // freexl asks for a close even after a failed open.
-        if (handle_) freexl_close(handle_);
-    }
+    ~XlsHandle() { close(); }
     XlsHandle(const XlsHandle&) = delete;
     XlsHandle& operator=(const XlsHandle&) = delete;
     const void* get() const { return handle_; }
 
 private:
+    void close() {
+        if (handle_) freexl_close(handle_);
+        handle_ = nullptr;
+    }
     const void* handle_ = nullptr;
 };
 
