@@ -48,7 +48,8 @@ public:
     std::unique_ptr<BaseDrivers> drivers;
     // The vote intake that the drivers hand received votes to (the main form's SendVotes).
     VoteIntake* voteIntake = nullptr;
-    // The participant-list workbooks; set by the wiring (without it only names.txt is read).
+    // The participant-list workbooks; set by the wiring (without it a workbook beside the
+    // presentation is reported as unreadable).
     Spreadsheet* spreadsheet = nullptr;
     // What commands act on beyond the core; the modules that own those parts replace it.
     std::unique_ptr<CommandTargets> targets;
