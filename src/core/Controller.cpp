@@ -3,8 +3,11 @@
 #include <fstream>
 #include <sstream>
 
+#include "core/CommandDispatcher.h"
+#include "core/CommandTargets.h"
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
+#include "core/ParticipantNames.h"
 #include "core/PortFile.h"
 #include "core/SmallForms.h"
 #include "core/Text.h"
@@ -71,7 +74,9 @@ Controller::Controller(Ports p)
       watcher(std::make_unique<PresentationWatcher>(*this)),
       voteRun(std::make_unique<VoteRun>(*this)),
       intake(std::make_unique<VoteIntakeModule>(*this)),
-      hotKeys(std::make_unique<KeyboardHook>(*this)) {
+      hotKeys(std::make_unique<KeyboardHook>(*this)),
+      targets(std::make_unique<DefaultCommandTargets>(*this)),
+      dispatcher(std::make_unique<CommandDispatcher>(*this)) {
     glo.installFolder = p.desktop.installFolder();
     voteIntake = intake.get();
 }
@@ -232,7 +237,8 @@ void Controller::autoUpdateCheck() {
 }
 
 void Controller::loadParticipantNames() {
-    // The participant-names module reads the list beside the presentation.
+    std::string status;
+    LoadParticipantNames(*this, status);
 }
 
 void Controller::GlobalInitSub() {

@@ -26,6 +26,9 @@ class VoteRun;
 class VoteIntakeModule;
 class KeyboardHook;
 class KeyboardSource;
+class Spreadsheet;
+class CommandTargets;
+class CommandDispatcher;
 
 struct Ports {
     Scheduler& scheduler;
@@ -58,6 +61,13 @@ public:
     std::unique_ptr<VoteRun> voteRun;
     std::unique_ptr<VoteIntakeModule> intake;
     std::unique_ptr<KeyboardHook> hotKeys;
+    // The participant-list workbooks; set by the wiring (without it a workbook beside the
+    // presentation is reported as unreadable).
+    Spreadsheet* spreadsheet = nullptr;
+    // What commands act on beyond the core; the modules that own those parts replace it.
+    std::unique_ptr<CommandTargets> targets;
+    // Drains the main form's command queue.
+    std::unique_ptr<CommandDispatcher> dispatcher;
 
     // The main form, nullptr when it is not loaded.
     MainForm* mainForm() const;

@@ -1,6 +1,7 @@
 #pragma once
 // `glo`: the one global state record of a controller. Each field is written only by the
 // module that owns its feature; everyone may read it.
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -82,19 +83,41 @@ struct GlobalState {
     bool hookActive = false;
     KeypadList ActiveKeypads;
 
-    // Vote configuration filled by the key lines of the command channel.
+    // Vote configuration filled by the key lines of the command channel. The 16- and 32-bit
+    // fields keep the widths the display programs were written against.
     std::string voteName;
-    int optionCount = 10;
-    int startFrom = 1;
-    int kelvarinDisplay = 0;
+    std::int16_t optionCount = 10;
+    std::int16_t startFrom = 1;
+    std::int16_t kelvarinDisplay = 0;
     std::string keypadsActive;
     std::string prevoteText, voteText, answerText, questionTextShort;
+    // A type name ("SINGLEDIGIT") or its numeric code as decimal text; the drivers accept both.
     std::string voteType;
-    int allocation = 0, limits = 0, points = 0;
-    int kvpOptions = 0;
+    std::int32_t allocation = 0, limits = 0, points = 0;
+    std::int32_t kvpOptions = 0;
+    std::int16_t abstainKey = 0;  // the key that means "abstain"; 0: no abstain option
     std::vector<float> optionValues;
     std::string textVoteOptions;
     std::string savedBaseType;  // first base type saved by KBOARD
+
+    // The vote as the command channel runs it.
+    bool voteRunning = false;
+    bool voteStartedByCommand = false;
+    int voteMode = 0;             // "STARTVOTE," + n
+    double voteStartTime = 0.0;   // seconds since midnight
+    int votesReceived = 0;        // the received-votes counter
+    int winningKeypad = 0;
+    // Per-keypad vote arrays, indexed by keypad number, -1 where nothing arrived yet.
+    std::vector<int> keypadVotes;
+    std::vector<double> keypadVoteTimes;
+
+    // Participant list: keypad number (unique), name without double quotes, vote weighting.
+    struct Participant {
+        std::int16_t keypad = 0;
+        std::string name;
+        std::int32_t weighting = 1;
+    };
+    std::vector<Participant> participants;
 };
 
 }  // namespace tlx

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "core/CommandDispatcher.h"
 #include "core/Controller.h"
 #include "core/Text.h"
 #include "ports/Desktop.h"
@@ -125,12 +126,34 @@ void MainForm::txt_command_KeyDown(int keyCode, bool shift, bool ctrl, bool alt)
     if (keyCode == 13 && !shift && !ctrl && !alt) tmr_executeCommand.setEnabled(true);
 }
 
+void MainForm::cmd_executeCommand_Click() { tmr_executeCommand.setEnabled(true); }
+
+void MainForm::cmd_manualCommandList_Click() {
+    LogEvent("Debug Commands", LOG_XX);
+    for (const auto& line : debugCommandList()) LogEvent(line, LOG_XX);
+}
+
+void MainForm::cmd_start_Click() {
+    AddDataToCommandQueue("PCAOPTIONS=");
+    AddDataToCommandQueue("OPTIONS=11");
+    AddDataToCommandQueue("STARTVOTE");
+    tmr_simulateVotes.setEnabled(true);
+    LogEvent("Simulating Votes", LOG_XX);
+}
+
+void MainForm::cmd_Stop_Click() {
+    AddDataToCommandQueue("ENDVOTE");
+    tmr_simulateVotes.setEnabled(false);
+}
+
 void MainForm::tmr_SendData_Timer() {
     trap(c_.errors, kObject, "tmr_SendData_Timer", [&] {
         if (c_.glo.InitialisedState != INIT_STATE_INITIALISED) return;
         tmr_SendData.setEnabled(false);
-        const std::string sData = std::move(txt_data);
-        txt_data.clear();
+        std::string sData;
+        sData.swap(txt_data);
+        // A queue emptied by CLEAR after it was enabled leaves nothing to send.
+        if (sData.empty()) return;
         FromCtrlForm(sData);
         for (const auto& line : split(sData, "\r\n")) {
             const std::string t = trim(line);

@@ -37,6 +37,8 @@ public:
     std::string txt_data;
     // Tray task list (entries added by the display programs).
     std::vector<std::string> tasks;
+    // The main form shows its debug view (SWITCHTODEBUGVIEW).
+    bool debugView = false;
 
     // Timers, by their program names.
     Timer tmr_executeCommand;
@@ -62,6 +64,13 @@ public:
     // Enter (13) without Shift, Ctrl or Alt in `txt_command` runs the queue.
     void txt_command_KeyDown(int keyCode, bool shift, bool ctrl, bool alt);
     bool IsPowerPointRunning() const;
+
+    // Debug buttons: run the queue, and list the debug commands in the log.
+    void cmd_executeCommand_Click();
+    void cmd_manualCommandList_Click();
+    // Simulation buttons: start a test vote with simulated votes, and end it.
+    void cmd_start_Click();
+    void cmd_Stop_Click();
 
     // Tray.
     void DownToTray();

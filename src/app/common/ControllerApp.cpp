@@ -10,6 +10,7 @@
 #include "core/MainForm.h"
 #include "core/Settings.h"
 #include "core/Text.h"
+#include "platform/files/FileSpreadsheet.h"
 #include "platform/headless/ConsoleAdapters.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScheduler.h"
@@ -91,7 +92,9 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         tray = std::move(t);
     }
 
+    FileSpreadsheet spreadsheet;
     Controller controller(Ports{scheduler, desktop, *dialogs, *tray, presentation});
+    controller.spreadsheet = &spreadsheet;
 
     if (!options.configureBases.empty()) return configureBases(controller, options.configureBases, out);
 

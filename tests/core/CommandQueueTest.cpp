@@ -1,0 +1,270 @@
+// The command queue: how lines reach the dispatcher, when a run happens, what a run does
+// with its lines, and the outgoing queue.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "CommandChannelFixture.h"
+#include "core/Controller.h"
+#include "core/Logs.h"
+#include "presentation/Tallix.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+TEST_F(CommandChannel, QueueJoinsLinesAndRunsOnlyFromItsTimer) {
+    MainForm& m = w.main();
+    m.AddDataToCommandQueue("votename=A");
+    m.AddDataToCommandQueue("options=4");
+    EXPECT_EQ(m.txt_command, "votename=A\r\noptions=4");
+    EXPECT_EQ(w.glo().voteName, "");  // nothing runs inside the call
+    EXPECT_TRUE(m.tmr_executeCommand.enabled());
+
+    w.scheduler.advance(49);
+    EXPECT_EQ(w.glo().voteName, "");
+    w.scheduler.advance(1);
+    EXPECT_EQ(w.glo().voteName, "A");
+    EXPECT_EQ(w.glo().optionCount, 4);
+    EXPECT_EQ(m.txt_command, "");
+    EXPECT_FALSE(m.tmr_executeCommand.enabled());  // one run per enabling
+    // The whole queue is logged as one received line.
+    EXPECT_TRUE(w.logged(" - RX - votename=A \\n options=4"));
+}
+
+TEST_F(CommandChannel, EnterAndTheDebugButtonRunWhatIsTyped) {
+    MainForm& m = w.main();
+    m.txt_command = "votename=typed";
+    m.txt_command_KeyDown(13, true, false, false);  // Shift+Enter is a line break, not a send
+    m.txt_command_KeyDown(13, false, true, false);
+    m.txt_command_KeyDown(65, false, false, false);
+    w.scheduler.advance(200);
+    EXPECT_EQ(w.glo().voteName, "");
+    m.txt_command_KeyDown(13, false, false, false);
+    w.scheduler.advance(200);
+    EXPECT_EQ(w.glo().voteName, "typed");
+
+    m.txt_command = "votename=button";
+    m.cmd_executeCommand_Click();
+    w.scheduler.advance(200);
+    EXPECT_EQ(w.glo().voteName, "button");
+
+    m.txt_command = "votename=now";
+    m.RunCommandQueueNow();
+    EXPECT_EQ(w.glo().voteName, "now");
+}
+
+TEST_F(CommandChannel, DoubledStartOrEndRunsOnceButThreeRunThrice) {
+    send("STARTVOTE\r\nSTARTVOTE");
+    EXPECT_EQ(count("voteStart"), 1);
+    calls.clear();
+    send("startvote\r\nStartVote");
+    EXPECT_EQ(count("voteStart"), 1);
+    calls.clear();
+    send("STARTVOTE\r\nSTARTVOTE\r\nSTARTVOTE");
+    EXPECT_EQ(count("voteStart"), 3);
+    calls.clear();
+    send("ENDVOTE\r\nENDVOTE");
+    EXPECT_EQ(count("voteEnd"), 1);
+    calls.clear();
+    // Only a queue that is exactly the doubled command is folded.
+    send("STARTVOTE\r\nSTARTVOTE\r\n");
+    EXPECT_EQ(count("voteStart"), 2);
+}
+
+TEST_F(CommandChannel, LowerCaseStartVoteStartsAVote) {
+    int events = 0;
+    int reported = -1;
+    w.main().FromCtrlFormBaseStationStartVoteCount.connect([&](int n) {
+        ++events;
+        reported = n;
+    });
+    send("startvote");
+    EXPECT_EQ(count("voteStart"), 1);
+    EXPECT_TRUE(w.glo().voteRunning);
+    EXPECT_TRUE(w.glo().voteStartedByCommand);
+    EXPECT_EQ(events, 1);
+    EXPECT_EQ(reported, 2);  // as the vote run reports the bases taking part
+}
+
+TEST(CommandQueueStartUp, ACommandQueuedDuringStartUpRunsOnceInitialisationCompletes) {
+    TestWorld w;
+    w.c().loadMainForm();
+    MainForm& m = w.main();
+    int starts = 0;
+    m.FromCtrlFormBaseStationStartVoteCount.connect([&](int) { ++starts; });
+    m.AddDataToCommandQueue("startvote");
+    w.scheduler.advance(1000);  // not started yet: the queue waits
+    EXPECT_EQ(m.txt_command, "startvote");
+    w.glo().InitialisedState = INIT_STATE_INITIALISING;
+    w.scheduler.advance(1000);
+    EXPECT_EQ(starts, 0);
+    w.glo().InitialisedState = INIT_STATE_NOT_STARTED;
+
+    w.start();  // the real start-up, which keeps the loaded main form
+    ASSERT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+    w.scheduler.advance(200);
+    EXPECT_EQ(starts, 1);
+    EXPECT_EQ(m.txt_command, "");
+    w.scheduler.advance(5000);
+    EXPECT_EQ(starts, 1);
+}
+
+TEST_F(CommandChannel, NothingRunsWhileShuttingDown) {
+    w.glo().ShuttingDown = true;
+    w.main().AddDataToCommandQueue("votename=late");
+    w.scheduler.advance(200);
+    EXPECT_EQ(w.glo().voteName, "");
+    EXPECT_EQ(w.main().txt_command, "votename=late");
+}
+
+TEST_F(CommandChannel, WithoutThePresentationProgramTheLinesAreDropped) {
+    w.desktop.removeProcess("POWERPNT.EXE");
+    send("votename=dropped\r\nSTARTVOTE");
+    EXPECT_EQ(w.glo().voteName, "");
+    EXPECT_FALSE(called("voteStart"));
+    EXPECT_EQ(w.main().txt_command, "");  // dropped, not kept for later
+    EXPECT_TRUE(w.logged(" - RX - votename=dropped \\n STARTVOTE"));
+    w.desktop.addProcess("POWERPNT.EXE");
+    send("votename=kept");
+    EXPECT_EQ(w.glo().voteName, "kept");
+}
+
+TEST_F(CommandChannel, AnErrorIsReportedAndDropsTheRestOfThatRunOnly) {
+    ppt.app.failingMacro = "EndShowEdit";
+    send("votename=before\r\nENDCONVERT\r\nvotename=after");
+    EXPECT_EQ(w.glo().voteName, "before");
+    const std::string errLog = readFile(w.c().logs.errLogPath());
+    EXPECT_NE(errLog.find("Module: tallix_controller"), std::string::npos);
+    EXPECT_NE(errLog.find("Procedure: tmr_executeCommand_Timer"), std::string::npos);
+    EXPECT_NE(errLog.find("Macro 'EndShowEdit' cannot be found."), std::string::npos);
+    send("votename=next run");
+    EXPECT_EQ(w.glo().voteName, "next run");
+
+    // A macro command with no presentation program attached is an error too, not a crash.
+    w.glo().ppApp = nullptr;
+    send("INSERTCHARTS\r\nvotename=not reached");
+    EXPECT_EQ(w.glo().voteName, "next run");
+}
+
+TEST_F(CommandChannel, LinesQueuedDuringARunGetARunOfTheirOwn) {
+    targets->onVoteStart = [this] { w.main().AddDataToCommandQueue("votename=queued inside"); };
+    w.main().AddDataToCommandQueue("STARTVOTE\r\nvotename=same run");
+    w.scheduler.advance(50);
+    EXPECT_EQ(w.glo().voteName, "same run");
+    EXPECT_EQ(w.main().txt_command, "votename=queued inside");
+    EXPECT_TRUE(w.main().tmr_executeCommand.enabled());
+    w.scheduler.advance(50);
+    EXPECT_EQ(w.glo().voteName, "queued inside");
+}
+
+TEST_F(CommandChannel, PowerPointClosedShutsDownAndStopsTheRun) {
+    send("votename=first\r\nPOWERPOINTCLOSED\r\nvotename=never");
+    EXPECT_TRUE(w.glo().ShuttingDown);
+    EXPECT_EQ(w.glo().voteName, "first");
+    EXPECT_EQ(w.c().mainForm(), nullptr);
+}
+
+TEST_F(CommandChannel, ExitAsksWhileThePresentationRunsAndNoKeepsEverything) {
+    w.dialogs.answers = {false};
+    send("EXIT\r\nvotename=still here");
+    ASSERT_EQ(w.dialogs.shown.size(), 1u);
+    EXPECT_EQ(w.dialogs.shown[0].title, "tallix controller");
+    EXPECT_EQ(w.dialogs.shown[0].text, "Closing the controller will disable voting - are you sure?");
+    EXPECT_FALSE(w.glo().ShuttingDown);
+    EXPECT_EQ(w.glo().voteName, "still here");
+
+    w.dialogs.answers = {true};
+    send("end\r\nvotename=gone");
+    EXPECT_TRUE(w.glo().ShuttingDown);
+    EXPECT_TRUE(w.glo().FullShutDownInitiated);
+    EXPECT_EQ(w.glo().voteName, "still here");
+}
+
+TEST_F(CommandChannel, StartVoteWithAnArgumentStoresTheModeAndRunsAgain) {
+    w.main().AddDataToCommandQueue("STARTVOTE,3");
+    w.scheduler.advance(50);
+    EXPECT_EQ(w.glo().voteMode, 3);
+    EXPECT_TRUE(w.glo().voteStartedByCommand);
+    EXPECT_FALSE(w.glo().voteRunning);  // only marks; the vote itself starts with STARTVOTE
+    EXPECT_FALSE(called("voteStart"));
+    EXPECT_TRUE(w.main().tmr_executeCommand.enabled());
+    w.scheduler.advance(50);
+    EXPECT_FALSE(w.main().tmr_executeCommand.enabled());
+}
+
+TEST_F(CommandChannel, SendCommandFromAClientReachesTheDispatcher) {
+    tallix client(w.c());
+    client.init("");
+    std::vector<std::string> received;
+    client.FromTLXCtrl.connect([&](const std::string& s) { received.push_back(s); });
+    EXPECT_TRUE(client.SendCommand("GETNAMES"));
+    w.scheduler.advance(200);
+    ASSERT_EQ(received.size(), 1u);
+    EXPECT_EQ(received[0], "StartListOfNames\r\nEndListOfNames");
+}
+
+TEST_F(CommandChannel, SendTimerRaisesTheWholeTextAndLogsEachLine) {
+    MainForm& m = w.main();
+    m.AddDataToTxQueue("[1;2],");
+    m.AddDataToTxQueue("  [3;4],  ");
+    m.AddDataToTxQueue("");
+    EXPECT_EQ(m.txt_data, "[1;2],\r\n  [3;4],  \r\n");
+    w.scheduler.advance(50);
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(sent[0], "[1;2],\r\n  [3;4],  \r\n");
+    EXPECT_EQ(m.txt_data, "");
+    const auto lines = w.logLines();
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_NE(lines[0].find(" - TX - [3;4],"), std::string::npos);
+    EXPECT_EQ(lines[0].substr(lines[0].size() - 6), "[3;4],");
+    EXPECT_NE(lines[1].find(" - TX - [1;2],"), std::string::npos);
+
+    // CLEAR drops what was not sent yet, and an empty queue sends nothing.
+    send("GETVOTEINFO\r\nCLEAR");
+    EXPECT_EQ(sent.size(), 1u);
+}
+
+TEST_F(CommandChannel, SendTimerWaitsForInitialisation) {
+    w.glo().InitialisedState = INIT_STATE_INITIALISING;
+    w.main().AddDataToTxQueue("early");
+    w.scheduler.advance(500);
+    EXPECT_TRUE(sent.empty());
+    w.glo().InitialisedState = INIT_STATE_INITIALISED;
+    w.scheduler.advance(50);
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(sent[0], "early");
+}
+
+TEST_F(CommandChannel, AnyBytesOfAnyLengthNeverBreakTheDispatcher) {
+    std::mt19937 rng(20261122);
+    std::uniform_int_distribution<int> byte(0, 255);
+    std::uniform_int_distribution<int> length(0, 300);
+    const std::vector<std::string> stems = {"votename=", "options=", "NEXTSLIDE,", "PCAOPTIONS",
+                                            "WINNING KEYPAD=", "randomvotestring=", "SILENTLOADVOTECONFIG,",
+                                            "AddTask=", "detect mode=", "VOTE-STATUS:", "STARTVOTE,", ""};
+    w.c().drivers = std::make_unique<NoBaseDrivers>();
+    for (int round = 0; round < 300; ++round) {
+        std::string text;
+        const int lines = 1 + round % 5;
+        for (int l = 0; l < lines; ++l) {
+            if (l) text += "\r\n";
+            text += stems[static_cast<std::size_t>(rng() % stems.size())];
+            const int n = length(rng);
+            for (int i = 0; i < n; ++i) text += static_cast<char>(byte(rng));
+        }
+        w.main().AddDataToCommandQueue(text);
+        w.scheduler.advance(120);
+        ASSERT_FALSE(w.glo().ShuttingDown) << "round " << round;
+    }
+    // Very long lines of one kind.
+    send("votename=" + std::string(1 << 20, 'x'));
+    EXPECT_EQ(w.glo().voteName.size(), std::size_t{1} << 20);
+    send("randomvotestring=" + std::string(200000, ';'));
+    send("options=" + std::string(300, '9'));  // 1e300: far beyond 16 bits
+    EXPECT_EQ(w.glo().optionCount, 32767);
+    send(std::string(500000, 'Q'));
+    // Still answering afterwards.
+    send("votename=alive");
+    EXPECT_EQ(w.glo().voteName, "alive");
+    EXPECT_EQ(w.main().txt_command, "");
+}

@@ -1,0 +1,406 @@
+// The command set: whole-line commands with their short forms, the prefixed commands, the
+// key lines of a vote's configuration, the replies and the buttons of the main form.
+#include <gtest/gtest.h>
+
+#include <cfloat>
+
+#include "CommandChannelFixture.h"
+#include "core/CommandDispatcher.h"
+#include "core/Controller.h"
+#include "core/FrmInit.h"
+#include "core/SmallForms.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+TEST_F(CommandChannel, WholeLineCommandsReachTheirOperationsInAnyCase) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"ENABLEPPT", "enablePowerPoint"},     {"toggletopmost", "toggleTopMost"},
+        {"FREECURSOR", "freeCursor"},          {"fc", "freeCursor"},
+        {"ACTIVEKEYPADS", "activeKeypads"},    {"Ak", "activeKeypads"},
+        {"READACTIVEKEYPADS", "readActiveKeypads"},
+        {"TEXTVOTE", "showTextVote"},          {"TEXTVOTES", "showTextVote"},
+        {"tv", "showTextVote"},                {"SHOWDEBUG", "showDebug"},
+        {"SHOWBUBBLEMESSAGELOG", "showBubbleMessageLog"}, {"sbml", "showBubbleMessageLog"},
+        {"SHOWWINDOWHANDLES", "showWindowHandles"},      {"SWH", "showWindowHandles"},
+        {"SHOWPROCESSLIST", "showProcessList"},          {"spl", "showProcessList"},
+        {"SETHOOK", "setHook"},                {"REMOVEHOOK", "removeHook"},
+        {"CLOSEPORTS", "closePorts"},          {"PAUSEVOTE", "g1.PauseVote"},
+        {"RESUMEVOTE", "g2.ResumeVote"},
+    };
+    for (const auto& [line, call] : cases) {
+        calls.clear();
+        send(line);
+        EXPECT_TRUE(called(call)) << line;
+    }
+    // Close to a command is not the command.
+    calls.clear();
+    send("FREECURSORS\r\nF C\r\nAK2\r\nBASEINFO");
+    EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(CommandChannel, DefaultOperationsDoWhatTheCoreCan) {
+    w.c().targets = std::make_unique<DefaultCommandTargets>(w.c());
+    w.desktop.clipCursor(true);
+    send("keypadsactive=,3,7,\r\nFC\r\nAK\r\nSBML");
+    EXPECT_FALSE(w.desktop.cursorClipped());
+    EXPECT_TRUE(w.logged(" - XX - ,3,7,"));
+    auto* log = w.c().forms.get<BubbleMessageLogForm>(BubbleMessageLogForm::kName);
+    ASSERT_NE(log, nullptr);
+    EXPECT_TRUE(log->Visible());
+    send("SETHOOK\r\nREMOVEHOOK\r\nSHOWAUDIO");
+    EXPECT_TRUE(w.logged(" - RX - Hook Set"));
+    EXPECT_TRUE(w.logged(" - RX - Hook Removed"));
+    EXPECT_FALSE(w.logged("Audio Form Loaded"));  // no audio window to show yet
+}
+
+TEST_F(CommandChannel, HookCommandsLogWhatTheyDid) {
+    send("SETHOOK");
+    EXPECT_TRUE(called("setHook"));
+    EXPECT_TRUE(w.logged(" - RX - Hook Set"));
+    send("REMOVEHOOK");
+    EXPECT_TRUE(w.logged(" - RX - Hook Removed"));
+}
+
+TEST_F(CommandChannel, ShowAudioNeedsAKelvarinBase) {
+    send("SHOWAUDIO");  // keyboard voting only
+    EXPECT_FALSE(called("showAudio"));
+    EXPECT_FALSE(w.logged("Audio Form Loaded and made TopMost"));
+    w.glo().bases.push_back(base("100100100100", "Kelvarin Corehub G2"));
+    send("SHOWAUDIO");
+    EXPECT_TRUE(called("showAudio"));
+    EXPECT_TRUE(w.logged(" - XX - Audio Form Loaded and made TopMost"));
+}
+
+TEST_F(CommandChannel, MacroCommandsRunTheAddInMacrosInOrder) {
+    send("ENDCONVERT\r\nENDWIZARD\r\nINSERTCHARTS");
+    std::vector<std::string> macros;
+    for (const auto& m : ppt.app.macrosRun) macros.push_back(m.macro);
+    EXPECT_EQ(macros, (std::vector<std::string>{"EndShowEdit", "ExtAskAboutConvertAnotherSlide", "EndShowEdit",
+                                                "ExtAskAboutAnotherSlide", "insertAllVotingResultsAuto"}));
+}
+
+TEST_F(CommandChannel, StartAndEndVote) {
+    w.glo().bases = {base("1", "KELVARIN COREHUB G2", 1, 40), base("2", "KELVARIN COREHUB G2", 1, 30, 40)};
+    w.scheduler.advanceSeconds(3600);
+    send("STARTVOTE");
+    EXPECT_TRUE(w.glo().voteRunning);
+    EXPECT_NEAR(w.glo().voteStartTime, 10 * 3600, 1.0);
+    // Indexed by keypad number: the highest is the second base's 40 + 30.
+    ASSERT_EQ(w.glo().keypadVotes.size(), 71u);
+    EXPECT_EQ(w.glo().keypadVotes[70], -1);
+    ASSERT_EQ(w.glo().keypadVoteTimes.size(), 71u);
+    EXPECT_EQ(w.glo().keypadVoteTimes[0], -1.0);
+
+    w.glo().votesReceived = 12;
+    w.glo().optionValues = {1.0f, 2.0f};
+    send("PCAOPTIONS=1,2\r\nENDVOTE");
+    EXPECT_EQ(w.glo().votesReceived, 0);
+    EXPECT_EQ(w.glo().textVoteOptions, "");
+    EXPECT_FALSE(w.glo().voteStartedByCommand);
+    EXPECT_FALSE(w.glo().voteRunning);
+    EXPECT_EQ(w.glo().optionValues, (std::vector<float>{-1.0f, -1.0f}));
+    // The vote run's end step first, then every loaded Corehub driver.
+    const std::vector<std::string> expected = {"voteStart", "voteEnd", "g1.EndVote(False,False)",
+                                               "g2.EndVote(False,False)"};
+    EXPECT_EQ(calls, expected);
+
+    calls.clear();
+    drivers->withG1 = false;
+    send("ENDVOTE");
+    EXPECT_EQ(calls, (std::vector<std::string>{"voteEnd", "g2.EndVote(False,False)"}));
+}
+
+TEST_F(CommandChannel, KeyboardVotingSwitchSavesAndRestoresTheFirstBaseType) {
+    w.glo().bases = {base("100100100100", "KELVARIN COREHUB G2"), base("7", "KELVARIN BASE V3")};
+    send("KBOARD");
+    EXPECT_EQ(w.glo().bases[0].baseType, "KBOARD");
+    EXPECT_EQ(w.glo().bases[1].baseType, "KELVARIN BASE V3");
+    EXPECT_EQ(w.glo().savedBaseType, "KELVARIN COREHUB G2");
+    EXPECT_EQ(count("reReadConfiguration"), 1);
+    send("kboard");  // already on: the saved type stays
+    EXPECT_EQ(w.glo().savedBaseType, "KELVARIN COREHUB G2");
+
+    calls.clear();
+    send("KBOARD-OFF");
+    EXPECT_EQ(w.glo().bases[0].baseType, "KELVARIN COREHUB G2");
+    EXPECT_EQ(w.glo().savedBaseType, "");
+    EXPECT_EQ(count("reReadConfiguration"), 1);
+    calls.clear();
+    send("KBOARD-OFF");  // nothing saved: nothing to do
+    EXPECT_TRUE(calls.empty());
+
+    send("KBOARD\r\nINIT");
+    EXPECT_EQ(w.glo().bases[0].baseType, "KELVARIN COREHUB G2");
+    auto* init = w.c().forms.get<FrmInit>(FrmInit::kName);
+    ASSERT_NE(init, nullptr);
+    EXPECT_TRUE(init->Visible());
+}
+
+TEST_F(CommandChannel, ShowEditTimerAndDebugView) {
+    send("PPA_STARTSHOWEDIT");
+    EXPECT_TRUE(w.main().tmr_Check4TLXEdit.enabled());
+    send("ppa_endshowedit");
+    EXPECT_FALSE(w.main().tmr_Check4TLXEdit.enabled());
+    EXPECT_FALSE(w.main().debugView);
+    send("SwitchToDebugView");
+    EXPECT_TRUE(w.main().debugView);
+}
+
+TEST_F(CommandChannel, GetVoteInfoWithoutOffsets) {
+    w.glo().textVoteOptions = "1,2,";
+    send("GETVOTEINFO");
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(sent[0],
+              "baseType=KBOARD\r\n"
+              "offset=0,0,1,20,False\r\n"
+              "keypadsNotVotedLo=0\r\n"
+              "keypadsNotVotedHi=0\r\n"
+              "keypadsNotVotedPopupOn=False\r\n"
+              "keypadsNotVotedHowManyToShow=\r\n"
+              "keypadsNotVotedClose=False\r\n"
+              "keypadsNotVotedClosePercent=100\r\n"
+              "numKeypads=20\r\n"
+              "scrollingDisplay=0\r\n"
+              "useOffsets=0\r\n"
+              "maxKeypads=20");
+    EXPECT_EQ(w.glo().textVoteOptions, "");
+}
+
+TEST_F(CommandChannel, GetVoteInfoWithOffsets) {
+    w.glo().bases = {base("100100100100", "KELVARIN COREHUB G2", 1, 50),
+                     base("200200200200", "KELVARIN COREHUB G2", 1, 30, 50, true)};
+    w.glo().popUp = PopUpSettings{true, "5", "10", 1, 80, true, 90, true};
+    send("GETVOTEINFO");
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(sent[0],
+              "baseType=KELVARIN COREHUB G2\r\n"
+              "offset=0,0,1,50,False\r\n"
+              "baseType=KELVARIN COREHUB G2\r\n"
+              "offset=1,50,1,30,True\r\n"
+              "keypadsNotVotedLo=1\r\n"
+              "keypadsNotVotedHi=80\r\n"
+              "keypadsNotVotedPopupOn=True\r\n"
+              "keypadsNotVotedHowManyToShow=10\r\n"
+              "keypadsNotVotedClose=True\r\n"
+              "keypadsNotVotedClosePercent=90\r\n"
+              "numKeypads=80\r\n"
+              "scrollingDisplay=1\r\n"
+              "useOffsets=1\r\n"
+              "maxKeypads=80");
+}
+
+TEST_F(CommandChannel, NextSlideWithANumberMovesOnlyFromThatSlide) {
+    deck->beginShow(4);
+    send("NEXTSLIDE,5");
+    EXPECT_FALSE(called("goToNextSlide"));
+    EXPECT_FALSE(w.logged("Next Slide"));
+    send("NEXTSLIDE,4");
+    EXPECT_EQ(count("goToNextSlide"), 1);
+    EXPECT_TRUE(w.logged(" - XX - Current - 4 - Next Slide"));
+    send("nextslide");
+    EXPECT_EQ(count("goToNextSlide"), 2);
+    EXPECT_TRUE(w.logged(" - XX - Current - X - Next Slide"));
+    // Not exactly one argument counts as none.
+    send("NEXTSLIDE,9,9");
+    EXPECT_EQ(count("goToNextSlide"), 3);
+
+    send("PREVIOUSSLIDE,3");
+    EXPECT_FALSE(called("goToPreviousSlide"));
+    send("PREVIOUSSLIDE,4\r\nPREVIOUSSLIDE");
+    EXPECT_EQ(count("goToPreviousSlide"), 2);
+    EXPECT_TRUE(w.logged(" - XX - Current - 4 - Previous Slide"));
+    EXPECT_TRUE(w.logged(" - XX - Current - X - Previous Slide"));
+
+    // Without a show a numbered move does nothing; a bare one still asks to move.
+    deck->endShow();
+    calls.clear();
+    send("NEXTSLIDE,4\r\nNEXTSLIDE");
+    EXPECT_EQ(calls, (std::vector<std::string>{"goToNextSlide"}));
+}
+
+TEST_F(CommandChannel, SilentLoadGoesToTheFirstGenerationDriverForCorehubBases) {
+    send("SILENTLOADVOTECONFIG,3");
+    EXPECT_TRUE(calls.empty());  // keyboard voting
+    w.glo().bases = {base("1", "KELVARIN COREHUB G2")};
+    send("SILENTLOADVOTECONFIG,3");
+    EXPECT_TRUE(calls.empty());  // only the plain Corehub type qualifies
+    w.glo().bases = {base("1", "KELVARIN COREHUB G2"), base("2", "Kelvarin Corehub"), base("3", "KELVARIN COREHUB")};
+    send("silentloadvoteconfig,3.6");
+    EXPECT_EQ(calls, (std::vector<std::string>{"g1.SilentLoadVoteConfig(4)"}));
+    calls.clear();
+    send("SILENTLOADVOTECONFIG,abc");
+    EXPECT_EQ(calls, (std::vector<std::string>{"g1.SilentLoadVoteConfig(0)"}));
+}
+
+TEST_F(CommandChannel, WinningKeypadAndVoteStatus) {
+    send("WINNING KEYPAD=17");
+    EXPECT_EQ(w.glo().winningKeypad, 17);
+    EXPECT_EQ(calls, (std::vector<std::string>{"g1.ShowWinningKeypad(17,True)", "g2.ShowWinningKeypad(17,True)"}));
+    send("Vote-Status:12 of 30 Voted");
+    EXPECT_EQ(w.main().lblVotesCast, "12 of 30 Voted");
+}
+
+TEST_F(CommandChannel, PcaOptionsStoreOneTrailingComma) {
+    send("PCAOPTIONS=1,2,");
+    EXPECT_EQ(w.glo().textVoteOptions, "1,2,");
+    send("PCAOPTIONS=1,2");
+    EXPECT_EQ(w.glo().textVoteOptions, "1,2,");
+    send("pcaoptions,7");
+    EXPECT_EQ(w.glo().textVoteOptions, "7,");
+    send("PCAOPTIONS=");
+    EXPECT_EQ(w.glo().textVoteOptions, "");
+    send("PCAOPTIONS=4\r\nGETVOTEINFO");
+    EXPECT_EQ(w.glo().textVoteOptions, "");
+}
+
+TEST_F(CommandChannel, KeysInAnyCaseAndValuesKeepTheirCase) {
+    send("votename=Q1");
+    EXPECT_EQ(w.glo().voteName, "Q1");
+    w.glo().voteName.clear();
+    send("VOTENAME=Q1");
+    EXPECT_EQ(w.glo().voteName, "Q1");
+    send("VoteText=Pick One = Or Two\r\nPREVOTETEXT=Get Ready\r\nAnswerText=A|B\r\nQuestionTextShort=Lunch?"
+         "\r\nKeypadsActive=,3,7,\r\nVoteType=SingleDigit\r\nPostVotedText=ignored");
+    EXPECT_EQ(w.glo().voteText, "Pick One = Or Two");
+    EXPECT_EQ(w.glo().prevoteText, "Get Ready");
+    EXPECT_EQ(w.glo().answerText, "A|B");
+    EXPECT_EQ(w.glo().questionTextShort, "Lunch?");
+    EXPECT_EQ(w.glo().keypadsActive, ",3,7,");
+    EXPECT_EQ(w.glo().voteType, "SingleDigit");
+    send("votetype=9.0");
+    EXPECT_EQ(w.glo().voteType, "9");
+}
+
+TEST_F(CommandChannel, NumbersFillTheirFieldsAndClampAtTheirEnds) {
+    send("options=12\r\nstartfrom=0\r\nkelvarindisplay=2\r\nabstain=5\r\nallocation=100\r\nlimits=3\r\n"
+         "points=1,000\r\nkvpoptions=7");
+    EXPECT_EQ(w.glo().optionCount, 12);
+    EXPECT_EQ(w.glo().startFrom, 0);
+    EXPECT_EQ(w.glo().kelvarinDisplay, 2);
+    EXPECT_EQ(w.glo().abstainKey, 5);
+    EXPECT_EQ(w.glo().allocation, 100);
+    EXPECT_EQ(w.glo().limits, 3);
+    EXPECT_EQ(w.glo().points, 1000);
+    EXPECT_EQ(w.glo().kvpOptions, 7);
+
+    // 16-bit fields: beyond the range they stay at its ends; halves go to the even side.
+    send("OPTIONS=70000");
+    EXPECT_EQ(w.glo().optionCount, 32767);
+    send("options=-70000");
+    EXPECT_EQ(w.glo().optionCount, -32768);
+    send("startfrom=2.5\r\nkelvarindisplay=3.5");
+    EXPECT_EQ(w.glo().startFrom, 2);
+    EXPECT_EQ(w.glo().kelvarinDisplay, 4);
+    // 32-bit fields.
+    send("allocation=3000000000\r\nlimits=-3000000000\r\npoints=2147483647");
+    EXPECT_EQ(w.glo().allocation, 2147483647);
+    EXPECT_EQ(w.glo().limits, -2147483647 - 1);
+    EXPECT_EQ(w.glo().points, 2147483647);
+    // Malformed numbers read as 0.
+    send("options=lots\r\nkvpoptions=\r\nallocation=#%");
+    EXPECT_EQ(w.glo().optionCount, 0);
+    EXPECT_EQ(w.glo().kvpOptions, 0);
+    EXPECT_EQ(w.glo().allocation, 0);
+}
+
+TEST_F(CommandChannel, RandomVoteStringFillsTheOptionValuesUpToTheirEnd) {
+    send("options=3\r\nrandomvotestring=10;2.5;x;99;100");
+    EXPECT_EQ(w.glo().optionValues, (std::vector<float>{10.0f, 2.5f, 0.0f}));
+    send("options=5\r\nrandomvotestring=7");
+    EXPECT_EQ(w.glo().optionValues, (std::vector<float>{7.0f, 2.5f, 0.0f, -1.0f, -1.0f}));
+    send("randomvotestring=1e300");
+    EXPECT_EQ(w.glo().optionValues[0], FLT_MAX);
+}
+
+TEST_F(CommandChannel, VoteNameWithPartsGoesToTheVoteRun) {
+    send("votename=Quiz@@Round 2@@Q7");
+    EXPECT_EQ(w.glo().voteName, "Quiz@@Round 2@@Q7");
+    EXPECT_EQ(calls, (std::vector<std::string>{"voteNameParts(Quiz|Round 2|Q7)"}));
+}
+
+TEST_F(CommandChannel, HotKeyDetectModeAndBalloonLines) {
+    send("CTRL KEYDOWN=5\r\nalt keydown=A\r\nAdmin KeyDown=q");
+    EXPECT_EQ(calls, (std::vector<std::string>{"ctrlKeyPressed(5)", "altKeyPressed(A)", "adminKeyPressed(q)"}));
+
+    send("Detect Mode=2");
+    EXPECT_TRUE(w.logged(" - XX - Detect Mode Not Update"));  // no oldest-generation driver
+    drivers->withBlack3 = true;
+    calls.clear();
+    send("Detect Mode=-1");
+    EXPECT_EQ(calls, (std::vector<std::string>{"black3.SetDetectMode(-1)"}));
+    EXPECT_TRUE(w.logged(" - XX - Detect Mode Updated"));
+
+    send("BalloonHelp=Press V to vote");
+    ASSERT_FALSE(w.tray.balloons.empty());
+    EXPECT_EQ(w.tray.balloons.back().text, "Press V to vote");
+    EXPECT_EQ(w.tray.balloons.back().iconKind, 1);
+}
+
+TEST_F(CommandChannel, UnknownLinesAndKeysAreIgnored) {
+    const std::string before = w.glo().voteName;
+    send("HELLO\r\nnosuchkey=3\r\n=5\r\n   \r\n\r\nvotename");
+    EXPECT_TRUE(calls.empty());
+    EXPECT_EQ(w.glo().voteName, before);
+    EXPECT_TRUE(sent.empty());
+    // Blanks a client leaves around a line do not hide the command.
+    send("  STARTVOTE \t");
+    EXPECT_EQ(count("voteStart"), 1);
+}
+
+TEST_F(CommandChannel, TaskLinesMaintainTheTrayTaskList) {
+    send("AddTask=Show Results\r\nADDTASK=Next Question\r\naddtask=Show Results");
+    EXPECT_EQ(w.main().tasks, (std::vector<std::string>{"Show Results", "Next Question"}));
+    EXPECT_EQ(w.tray.tasks, w.main().tasks);
+    send("DeleteTask=Show Results\r\nDeleteTask=Not There");
+    EXPECT_EQ(w.tray.tasks, (std::vector<std::string>{"Next Question"}));
+    send("AddTask=3\r\nAddTask=4\r\nAddTask=5\r\nAddTask=6\r\nAddTask=7");
+    EXPECT_EQ(w.tray.tasks.size(), 5u);  // the tray menu holds five
+    EXPECT_TRUE(w.logged("Task Not Added (Task List Full): 7"));
+    // The task menu hands the chosen task back to the display programs.
+    w.main().Task1();
+    w.scheduler.advance(100);
+    ASSERT_FALSE(sent.empty());
+    EXPECT_EQ(sent.back(), "Task=Next Question");
+}
+
+TEST_F(CommandChannel, DebugCommandListIsWrittenUnderItsHeading) {
+    w.main().cmd_manualCommandList_Click();
+    const auto lines = w.logLines();
+    const std::vector<std::string> expected = {
+        "Debug Commands",
+        "FreeCursor (fc): free cursor",
+        "ActiveKeypads (ak): show list of active keypads",
+        "Exit: exit the controller safely",
+        "Init: load keypad setup",
+        "EnablePPT: enable PowerPoint",
+        "ShowAudio: loads the audio form",
+        "ShowBubbleMessageLog (sbml): shows all bubble messages displayed",
+        "ShowWindowHandles (swh): shows debug screen of window handles",
+        "SowProcessList (spl): shows debug screen of running processes",
+    };
+    ASSERT_GE(lines.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        const std::string& line = lines[expected.size() - 1 - i];  // newest first
+        EXPECT_EQ(line.substr(line.find(" - XX - ") + 8), expected[i]);
+    }
+}
+
+TEST_F(CommandChannel, SimulationButtonsStartAndEndATestVote) {
+    MainForm& m = w.main();
+    m.cmd_start_Click();
+    EXPECT_EQ(m.txt_command, "PCAOPTIONS=\r\nOPTIONS=11\r\nSTARTVOTE");
+    EXPECT_TRUE(m.tmr_simulateVotes.enabled());
+    EXPECT_TRUE(w.logged("Simulating Votes"));
+    w.glo().textVoteOptions = "9,";
+    w.scheduler.advance(50);
+    EXPECT_EQ(w.glo().optionCount, 11);
+    EXPECT_EQ(w.glo().textVoteOptions, "");
+    EXPECT_EQ(count("voteStart"), 1);
+
+    m.cmd_Stop_Click();
+    EXPECT_EQ(m.txt_command, "ENDVOTE");
+    EXPECT_FALSE(m.tmr_simulateVotes.enabled());
+    w.scheduler.advance(50);
+    EXPECT_EQ(count("voteEnd"), 1);
+}

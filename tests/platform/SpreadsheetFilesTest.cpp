@@ -1,0 +1,140 @@
+// Workbook files: ".xlsx" written and read back, the ".xls" fixture, and files that are not
+// what their names say.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <tuple>
+
+#include "platform/files/FileSpreadsheet.h"
+#include "ports/AppError.h"
+#include "support/TestWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Sheet = std::vector<std::vector<std::string>>;
+
+fs::path sourceDir() {
+    if (const char* dir = std::getenv("TLX_SOURCE_DIR")) return dir;
+    return fs::path(__FILE__).parent_path().parent_path().parent_path();
+}
+
+fs::path xlsFixture() { return sourceDir() / "tests" / "data" / "names" / "tallix Participant list.xls"; }
+
+// The error number a read or write failed with; 0 when it did not fail.
+template <class F>
+int failure(F&& f) {
+    try {
+        f();
+    } catch (const AppError& e) {
+        return e.number();
+    }
+    return 0;
+}
+
+const std::vector<SheetRow> kRows = {
+    {std::string("Keypad"), std::string("Name"), std::string("Weighting")},
+    {5.0, std::string("Ann <&> \"Example\""), 2.0},
+    {12.0, std::string("  Zoë Ω  "), 0.5},
+    {},
+    {7.0, std::string(), -3.0},
+};
+
+const Sheet kExpected = {
+    {"Keypad", "Name", "Weighting"},
+    {"5", "Ann <&> \"Example\"", "2"},
+    {"12", "  Zoë Ω  ", "0.5"},
+    {},
+    {"7", "", "-3"},
+};
+
+}  // namespace
+
+TEST(SpreadsheetFiles, XlsxWrittenIsReadBackWithSharedOrInlineStrings) {
+    TempDir dir;
+    FileSpreadsheet sheets;
+    sheets.writeWorkbook(dir / "shared.xlsx", kRows);
+    EXPECT_EQ(sheets.readFirstSheet(dir / "shared.xlsx"), kExpected);
+    writeXlsxWorkbook(dir / "inline.XLSX", kRows, true);
+    EXPECT_EQ(sheets.readFirstSheet(dir / "inline.XLSX"), kExpected);
+    EXPECT_FALSE(fs::exists(dir / "shared.xlsx.part"));
+
+    // Writing again replaces the file.
+    sheets.writeWorkbook(dir / "shared.xlsx", {{std::string("only")}});
+    EXPECT_EQ(sheets.readFirstSheet(dir / "shared.xlsx"), (Sheet{{"only"}}));
+}
+
+TEST(SpreadsheetFiles, XlsFixtureIsReadWithFreexl) {
+    FileSpreadsheet sheets;
+    const Sheet rows = sheets.readFirstSheet(xlsFixture());
+    const Sheet expected = {
+        {"Name", "Weighting", "Keypad"}, {"Ann Example", "2", "3"},   {"Bob", "1", "7"},
+        {"\"Quoted Carol\"", "1", "12"}, {"Dup Dave", "4", "3"},      {"Zoë Ünïcode Ω", "5", "20"},
+        {"No Keypad", "1"},              {"After The Gap", "1", "30"},
+    };
+    EXPECT_EQ(rows, expected);
+}
+
+TEST(SpreadsheetFiles, FilesThatAreNotWorkbooksFailWithAnError) {
+    TempDir dir;
+    FileSpreadsheet sheets;
+    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "missing.xlsx"); }), err::kFileNotFound);
+    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "missing.xls"); }), err::kFileNotFound);
+
+    writeFile(dir / "text.xlsx", "Keypad,Name\r\n1,Ann\r\n");
+    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "text.xlsx"); }), kWorkbookError);
+    writeFile(dir / "text.xls", "Keypad,Name\r\n1,Ann\r\n");
+    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "text.xls"); }), kWorkbookError);
+    writeFile(dir / "list.csv", "Keypad\r\n1\r\n");
+    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "list.csv"); }), kWorkbookError);
+
+    // A zip that is not a workbook, and a workbook cut short.
+    sheets.writeWorkbook(dir / "good.xlsx", kRows);
+    const std::string good = readFile(dir / "good.xlsx");
+    writeFile(dir / "cut.xlsx", good.substr(0, good.size() / 2));
+    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "cut.xlsx"); }), kWorkbookError);
+    const std::string xls = readFile(xlsFixture());
+    writeFile(dir / "cut.xls", xls.substr(0, 1500));
+    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "cut.xls"); }), kWorkbookError);
+}
+
+TEST(SpreadsheetFiles, WritingFailsCleanly) {
+    TempDir dir;
+    FileSpreadsheet sheets;
+    EXPECT_EQ(failure([&] { sheets.writeWorkbook(dir / "no" / "such" / "folder.xlsx", kRows); }), kWorkbookError);
+    EXPECT_FALSE(fs::exists(dir / "no"));
+    EXPECT_EQ(failure([&] { sheets.writeWorkbook(dir / "old.xls", kRows); }), kWorkbookError);
+    // A cell longer than a workbook allows: nothing half-written is left, the old file stays.
+    sheets.writeWorkbook(dir / "keep.xlsx", kRows);
+    EXPECT_EQ(failure([&] { sheets.writeWorkbook(dir / "keep.xlsx", {{std::string(40000, 'x')}}); }),
+              kWorkbookError);
+    EXPECT_EQ(sheets.readFirstSheet(dir / "keep.xlsx"), kExpected);
+    EXPECT_FALSE(fs::exists(dir / "keep.xlsx.part"));
+}
+
+TEST(SpreadsheetFiles, DamagedWorkbooksNeverCrashTheReaders) {
+    TempDir dir;
+    FileSpreadsheet sheets;
+    sheets.writeWorkbook(dir / "good.xlsx", kRows);
+    std::mt19937 rng(7);
+    for (const auto& [good, name, rounds] : {std::tuple{readFile(dir / "good.xlsx"), "bad.xlsx", 300},
+                                            std::tuple{readFile(xlsFixture()), "bad.xls", 200}}) {
+        int failed = 0;
+        for (int i = 0; i < rounds; ++i) {
+            std::string bad = good;
+            const int flips = 1 + static_cast<int>(rng() % 8);
+            for (int f = 0; f < flips; ++f) bad[rng() % bad.size()] = static_cast<char>(rng());
+            writeFile(dir / name, bad);
+            try {
+                (void)sheets.readFirstSheet(dir / name);
+            } catch (const AppError&) {
+                ++failed;
+            }
+        }
+        EXPECT_GT(failed, 0) << name;
+    }
+}
