@@ -194,6 +194,17 @@ TEST(PptxSave, SettingSingleParagraphs) {
     EXPECT_THROW(box->setParagraph(0, "no"), PptxError);
     Deck saved = Deck::fromBytes(deck.toBytes());
     EXPECT_EQ(saved.slide(1).shape("TextBox 2")->text(), "x\ry\rKeypad 7 - Active\r\rfour");
+
+    // A shape without a text body gets one on the first write.
+    std::string bytes = deckBytes("test.pptx");
+    std::string slide = entriesOf(bytes)["ppt/slides/slide1.xml"];
+    auto from = slide.rfind("<p:txBody>");
+    slide.erase(from, slide.find("</p:txBody>", from) + 11 - from);
+    Deck bare = Deck::fromBytes(withEntry(bytes, "ppt/slides/slide1.xml", slide));
+    EXPECT_EQ(bare.slide(1).shape("Subtitle 2")->paragraphCount(), 0);
+    bare.slide(1).shape("Subtitle 2")->setParagraph(2, "second");
+    Deck filled = Deck::fromBytes(bare.toBytes());
+    EXPECT_EQ(filled.slide(1).shape("Subtitle 2")->paragraphs(), (std::vector<std::string>{"", "second"}));
 }
 
 TEST(PptxSave, VisibilityDeletionOrderAndNewTextBoxes) {
