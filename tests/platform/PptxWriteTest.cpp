@@ -49,6 +49,22 @@ TEST(PptxSave, TagsRoundTripTheWayThePresentationProgramStoresThem) {
     EXPECT_EQ(reopened.tags().value(2), "3,7");
     EXPECT_THROW(reopened.tags().name(3), PptxError);
 
+    // Control characters cannot be written in XML: tag values keep them through the "_xHHHH_"
+    // escape (a literal escape text survives too), text and names drop them.
+    const std::string odd = std::string("a\vb\x01" "c _x000B_ \xC3\xA9");
+    reopened.slide(1).tags().add("ODD", odd);
+    reopened.slide(1).shape("TextBox 2")->setText("x\x01" "y\tz");
+    reopened.slide(1).shape("TextBox 2")->setName("Box\x02");
+    Deck odder = Deck::fromBytes(reopened.toBytes());
+    EXPECT_EQ(odder.slide(1).tags().item("odd"), odd);
+    EXPECT_EQ(odder.slide(1).shape("Box")->text(), "xy\tz");
+    for (const std::string& part : odder.package().partNames())
+        for (const char* ref : {"&#01;", "&#11;", "&#02;"}) EXPECT_EQ(odder.package().partData(part).find(ref), std::string::npos) << part;
+    const Relationship* oddRel = odder.package().relationships("/ppt/slides/slide1.xml").firstOfType(rel::kTags);
+    ASSERT_NE(oddRel, nullptr);
+    std::string oddXml = odder.package().partData(odder.package().targetPart("/ppt/slides/slide1.xml", *oddRel));
+    EXPECT_NE(oddXml.find("a_x000B_b_x0001_c _x005F_x000B_"), std::string::npos) << oddXml;
+
     // The package: tags parts with their content type, a tags relationship from the owner,
     // and the reference in custDataLst at the place the schema gives it.
     Package& pkg = reopened.package();

@@ -103,7 +103,7 @@ void setParagraphNode(xml_node p, std::string_view text, const xml::Names& ns) {
         if (lines[i].empty()) continue;
         xml_node r = insert(ns.a("r"));
         props(r);
-        r.append_child(ns.a("t").c_str()).text().set(lines[i].c_str());
+        r.append_child(ns.a("t").c_str()).text().set(xml::xmlSafe(lines[i]).c_str());
     }
     for (xml_node o : old) p.remove_child(o);
 }
@@ -188,7 +188,7 @@ void DeckShape::setName(std::string_view name) {
     if (!c) return;
     pugi::xml_attribute a = xml::plainAttr(c, "name");
     if (!a) a = c.append_attribute("name");
-    a.set_value(std::string(name).c_str());
+    a.set_value(xml::xmlSafe(name).c_str());
     changed();
 }
 
@@ -455,7 +455,7 @@ DeckShape& DeckSlide::addTextBox(std::string_view name, std::string_view text, B
     xml_node nv = sp.append_child(ns.p("nvSpPr").c_str());
     xml_node c = nv.append_child(ns.p("cNvPr").c_str());
     c.append_attribute("id") = nextShapeId();
-    c.append_attribute("name") = std::string(name).c_str();
+    c.append_attribute("name") = xml::xmlSafe(name).c_str();
     nv.append_child(ns.p("cNvSpPr").c_str()).append_attribute("txBox") = "1";
     nv.append_child(ns.p("nvPr").c_str());
     xml_node spPr = sp.append_child(ns.p("spPr").c_str());
@@ -493,7 +493,7 @@ DeckShape& DeckSlide::addTitle(std::string_view name, std::string_view text) {
     xml_node nv = sp.append_child(ns.p("nvSpPr").c_str());
     xml_node c = nv.append_child(ns.p("cNvPr").c_str());
     c.append_attribute("id") = nextShapeId();
-    c.append_attribute("name") = std::string(name).c_str();
+    c.append_attribute("name") = xml::xmlSafe(name).c_str();
     nv.append_child(ns.p("cNvSpPr").c_str()).append_child(ns.a("spLocks").c_str()).append_attribute("noGrp") = "1";
     nv.append_child(ns.p("nvPr").c_str()).append_child(ns.p("ph").c_str()).append_attribute("type") = "title";
     sp.append_child(ns.p("spPr").c_str());
@@ -635,7 +635,8 @@ void Deck::readTags(TagList& tags, const std::string& owner, bool slide) {
         throw PptxError(Fault::MissingPart, "'" + pkg.label() + "': the tags of " + owner + " are in the missing part " +
                                                 (part.empty() ? r->target : part));
     for (xml_node t : childrenNamed(pkg.xml(part).document_element(), "tag"))
-        tags.tags_.emplace_back(xml::plainAttr(t, "name").value(), xml::plainAttr(t, "val").value());
+        tags.tags_.emplace_back(xml::decodeXstring(xml::plainAttr(t, "name").value()),
+                                xml::decodeXstring(xml::plainAttr(t, "val").value()));
     tags.part_ = part;
     tags.relId_ = r->id;
 }
@@ -700,8 +701,8 @@ void Deck::writeTags(TagList& tags, bool slide) {
     list.append_attribute("xmlns:p") = xml::kNsP;
     for (const auto& [name, value] : tags.tags_) {
         pugi::xml_node t = list.append_child("p:tag");
-        t.append_attribute("name") = name.c_str();
-        t.append_attribute("val") = value.c_str();
+        t.append_attribute("name") = xml::encodeXstring(name).c_str();
+        t.append_attribute("val") = xml::encodeXstring(value).c_str();
     }
     pkg.putPart(tags.part_, kDeclaration + xml::serialize(out), ct::kTags);
     tags.changed_ = false;

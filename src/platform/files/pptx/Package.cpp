@@ -59,6 +59,20 @@ std::vector<std::string> folderOf(std::string_view part) {
     return segs;
 }
 
+std::string serializeRelationships(const std::vector<Relationship>& items) {
+    pugi::xml_document doc;
+    pugi::xml_node root = doc.append_child("Relationships");
+    root.append_attribute("xmlns") = kNsRelationships;
+    for (const Relationship& r : items) {
+        pugi::xml_node n = root.append_child("Relationship");
+        n.append_attribute("Id") = r.id.c_str();
+        n.append_attribute("Type") = r.type.c_str();
+        n.append_attribute("Target") = r.target.c_str();
+        if (r.external) n.append_attribute("TargetMode") = "External";
+    }
+    return kDeclaration + xml::serialize(doc);
+}
+
 }  // namespace
 
 bool rel::sameType(std::string_view type, std::string_view wanted) {
@@ -190,6 +204,8 @@ std::vector<std::string> Package::partNames() const {
 std::string Package::partData(std::string_view part) const {
     auto x = d_->xmlParts.find(lower(part));
     if (x != d_->xmlParts.end() && x->second->changed) return xml::serialize(x->second->doc);
+    for (const auto& [key, rs] : d_->rels)
+        if (rs.changed_ && iequals(relsPartOf(rs.source_), part)) return serializeRelationships(rs.items_);
     const Impl::Entry* e = d_->find(part);
     if (!e) throw PptxError(Fault::MissingPart, "'" + label_ + "' has no part " + std::string(part));
     return e->data;
@@ -370,22 +386,11 @@ bool Package::modified() const {
 }
 
 std::string Package::toBytes() {
-    Package& self = *this;
     Impl& d = *d_;
     // Relationships first: writing a new relationships part may add a content type.
     for (auto& [key, rs] : d.rels) {
         if (!rs.changed_) continue;
-        pugi::xml_document doc;
-        pugi::xml_node root = doc.append_child("Relationships");
-        root.append_attribute("xmlns") = kNsRelationships;
-        for (const Relationship& r : rs.items_) {
-            pugi::xml_node n = root.append_child("Relationship");
-            n.append_attribute("Id") = r.id.c_str();
-            n.append_attribute("Type") = r.type.c_str();
-            n.append_attribute("Target") = r.target.c_str();
-            if (r.external) n.append_attribute("TargetMode") = "External";
-        }
-        self.putPart(relsPartOf(rs.source_), kDeclaration + xml::serialize(doc), ct::kRelationships);
+        putPart(relsPartOf(rs.source_), serializeRelationships(rs.items_), ct::kRelationships);
         rs.changed_ = false;
     }
     for (auto& [key, x] : d.xmlParts) {

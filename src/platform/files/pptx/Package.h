@@ -66,7 +66,7 @@ public:
     // Part names are absolute ("/ppt/slides/slide1.xml") and compare without regard to case.
     bool hasPart(std::string_view part) const;
     std::vector<std::string> partNames() const;
-    // The bytes of a part as they will be saved (changed XML is serialised first).
+    // The bytes of a part as they will be saved (changed XML and relationships included).
     std::string partData(std::string_view part) const;
     // Adds a part, or replaces the bytes of an existing one, and makes its content type
     // resolve to `contentType`.

@@ -93,6 +93,75 @@ std::string Names::q(const std::string& prefix, std::string_view local) {
     return s;
 }
 
+namespace {
+
+bool forbidden(char c) {
+    auto u = static_cast<unsigned char>(c);
+    return u < 0x20 && c != '\t' && c != '\n' && c != '\r';
+}
+
+bool isHex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+
+// "_xHHHH_" at position i.
+bool escapeAt(std::string_view s, std::size_t i) {
+    if (i + 7 > s.size() || s[i] != '_' || s[i + 1] != 'x' || s[i + 6] != '_') return false;
+    for (std::size_t k = i + 2; k < i + 6; ++k)
+        if (!isHex(s[k])) return false;
+    return true;
+}
+
+}  // namespace
+
+std::string encodeXstring(std::string_view s) {
+    static const char* digits = "0123456789ABCDEF";
+    std::string out;
+    for (std::size_t i = 0; i < s.size(); ++i) {
+        auto u = static_cast<unsigned char>(s[i]);
+        if (forbidden(s[i]) || escapeAt(s, i)) {
+            out += "_x00";
+            out += digits[u >> 4];
+            out += digits[u & 15];
+            out += '_';
+        } else {
+            out += s[i];
+        }
+    }
+    return out;
+}
+
+std::string decodeXstring(std::string_view s) {
+    std::string out;
+    for (std::size_t i = 0; i < s.size(); ++i) {
+        if (escapeAt(s, i)) {
+            unsigned value = static_cast<unsigned>(std::stoul(std::string(s.substr(i + 2, 4)), nullptr, 16));
+            if (value < 0x80) {
+                out += static_cast<char>(value);
+            } else if (value < 0x800) {
+                out += static_cast<char>(0xC0 | (value >> 6));
+                out += static_cast<char>(0x80 | (value & 0x3F));
+            } else if (value < 0xD800 || value > 0xDFFF) {
+                out += static_cast<char>(0xE0 | (value >> 12));
+                out += static_cast<char>(0x80 | ((value >> 6) & 0x3F));
+                out += static_cast<char>(0x80 | (value & 0x3F));
+            } else {
+                out += s[i];  // half of a surrogate pair: keep the text as it is
+                continue;
+            }
+            i += 6;
+            continue;
+        }
+        out += s[i];
+    }
+    return out;
+}
+
+std::string xmlSafe(std::string_view s) {
+    std::string out;
+    for (char c : s)
+        if (!forbidden(c)) out += c;
+    return out;
+}
+
 std::string serialize(const pugi::xml_document& doc) {
     std::ostringstream out;
     doc.save(out, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);

@@ -40,6 +40,14 @@ private:
     std::string p_, a_, r_;
 };
 
+// Control characters other than tab, line feed and carriage return cannot appear in XML 1.0,
+// even as character references. In values that must keep them (tag values) they travel as
+// "_xHHHH_", the escape Office documents use; a literal "_xHHHH_" is itself escaped as "_x005F_".
+std::string encodeXstring(std::string_view s);
+std::string decodeXstring(std::string_view s);
+// Drops the characters XML cannot carry (for text and names, where they have no meaning).
+std::string xmlSafe(std::string_view s);
+
 // Serialises without reformatting; the declaration node kept by kParse is written as it was.
 std::string serialize(const pugi::xml_document& doc);
 
