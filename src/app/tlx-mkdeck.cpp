@@ -73,13 +73,13 @@ int main(int argc, char** argv) {
         }
         std::ostringstream text;
         text << in.rdbuf();
-        tlx::pptx::DeckSpec spec;
+        tlx::pptx::DeckPlan plan;
         try {
-            spec = tlx::pptx::parseDeckDescription(text.str());
+            plan = tlx::pptx::parseDeckDescription(text.str());
         } catch (const tlx::pptx::PptxError& e) {
             throw tlx::pptx::PptxError(e.fault(), description + ": " + e.what());
         }
-        tlx::pptx::Deck deck = tlx::pptx::buildDeck(spec);
+        tlx::pptx::Deck deck = tlx::pptx::buildDeck(plan);
         deck.saveAs(output);
         std::cout << "Wrote " << output << " (" << deck.slideCount() << " slides)\n";
         return 0;

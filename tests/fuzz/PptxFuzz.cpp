@@ -17,9 +17,9 @@ namespace {
 using namespace tlx::pptx;
 
 std::vector<ZipEntry> baseEntries() {
-    DeckSpec spec;
-    spec.slides.push_back({"Title", "Question", {"One", "Two"}, {}, {{"TLXVOTE", "x"}}});
-    return readZip(buildDeck(spec).toBytes(), "base");
+    DeckPlan plan;
+    plan.slides.push_back({"Title", "Question", {"One", "Two"}, {}, {{"TLXVOTE", "x"}}});
+    return readZip(buildDeck(plan).toBytes(), "base");
 }
 
 std::string withPart(const std::string& name, std::string_view xml) {

@@ -20,13 +20,13 @@ TEST(PptxBuild, EmptyDeckHasEveryPartAPresentationProgramNeeds) {
 }
 
 TEST(PptxBuild, SlidesWithTitlesQuestionsAnswersAndTags) {
-    DeckSpec spec;
-    spec.tags = {{"ActiveKeypads", ""}, {"tlx_DefaultGroup", "A & B"}};
-    spec.slides.push_back({"Welcome", "", {}, {{"Subtitle", "Line one\rLine two"}}, {}});
-    spec.slides.push_back({"Colours", "Which colour do you like best?", {"Red", "Green", "Blue"}, {},
+    DeckPlan plan;
+    plan.tags = {{"ActiveKeypads", ""}, {"tlx_DefaultGroup", "A & B"}};
+    plan.slides.push_back({"Welcome", "", {}, {{"Subtitle", "Line one\rLine two"}}, {}});
+    plan.slides.push_back({"Colours", "Which colour do you like best?", {"Red", "Green", "Blue"}, {},
                            {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>3</Options>"}}});
-    spec.slides.push_back({"", "", {}, {}, {}});
-    Deck built = buildDeck(spec);
+    plan.slides.push_back({"", "", {}, {}, {}});
+    Deck built = buildDeck(plan);
     Deck deck = Deck::fromBytes(built.toBytes(), "built");
     ASSERT_EQ(deck.slideCount(), 3);
 
@@ -64,7 +64,7 @@ TEST(PptxBuild, SlidesWithTitlesQuestionsAnswersAndTags) {
 }
 
 TEST(PptxBuild, DescriptionsAreReadLineByLine) {
-    DeckSpec spec = parseDeckDescription(
+    DeckPlan plan = parseDeckDescription(
         "# comment\r\n"
         "[presentation]\n"
         "title = Demo\n"
@@ -79,11 +79,11 @@ TEST(PptxBuild, DescriptionsAreReadLineByLine) {
         "box = Notes | one\\rtwo \\\\ three\n"
         "tag TLXVOTE = <Options>2</Options>\\r\\n<VoteType>SINGLEDIGIT</VoteType>\n"
         "[Slide]\n");
-    EXPECT_EQ(spec.title, "Demo");
-    EXPECT_FALSE(spec.wide);
-    EXPECT_EQ(spec.tags, (TagPairs{{"ActiveKeypads", ""}}));
-    ASSERT_EQ(spec.slides.size(), 2u);
-    const SlideSpec& s = spec.slides[0];
+    EXPECT_EQ(plan.title, "Demo");
+    EXPECT_FALSE(plan.wide);
+    EXPECT_EQ(plan.tags, (TagPairs{{"ActiveKeypads", ""}}));
+    ASSERT_EQ(plan.slides.size(), 2u);
+    const SlidePlan& s = plan.slides[0];
     EXPECT_EQ(s.title, "First\vline");
     EXPECT_EQ(s.question, "Pick one");
     EXPECT_EQ(s.answers, (std::vector<std::string>{"A", "B"}));

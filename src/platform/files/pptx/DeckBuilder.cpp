@@ -253,12 +253,12 @@ Deck newDeck(const std::string& title, bool wide) {
     return Deck::fromBytes(writeZip(parts), title);
 }
 
-Deck buildDeck(const DeckSpec& spec) {
-    Deck deck = newDeck(spec.title, spec.wide);
+Deck buildDeck(const DeckPlan& plan) {
+    Deck deck = newDeck(plan.title, plan.wide);
     const Box size = deck.slideSize();
     const std::int64_t x = size.cx * 11 / 160;
     const std::int64_t w = size.cx - 2 * x;
-    for (const SlideSpec& s : spec.slides) {
+    for (const SlidePlan& s : plan.slides) {
         DeckSlide& slide = deck.addSlide();
         if (!s.title.empty()) slide.addTitle(kTitleShape, s.title);
         std::int64_t y = 1825625;
@@ -271,19 +271,19 @@ Deck buildDeck(const DeckSpec& spec) {
             slide.addTextBox(kAnswersShape, join(s.answers, "\r"), {x, y, w, h}, 24);
             y += h + 228600;
         }
-        for (const TextBoxSpec& b : s.boxes) {
+        for (const TextBoxPlan& b : s.boxes) {
             slide.addTextBox(b.name, b.text, {x, y, w, 646331}, 20);
             y += 700000;
         }
         for (const auto& [name, value] : s.tags) slide.tags().add(name, value);
     }
-    for (const auto& [name, value] : spec.tags) deck.tags().add(name, value);
-    deck.package().putPart("/docProps/app.xml", appProperties(deck.slideCount(), spec.wide), kAppCt);
+    for (const auto& [name, value] : plan.tags) deck.tags().add(name, value);
+    deck.package().putPart("/docProps/app.xml", appProperties(deck.slideCount(), plan.wide), kAppCt);
     return deck;
 }
 
-DeckSpec parseDeckDescription(std::string_view text) {
-    DeckSpec spec;
+DeckPlan parseDeckDescription(std::string_view text) {
+    DeckPlan plan;
     enum class Section { None, Presentation, Slide } section = Section::None;
     int lineNo = 0;
     for (const std::string& raw : split(replaceAll(std::string(text), "\r\n", "\n"), "\n")) {
@@ -300,7 +300,7 @@ DeckSpec parseDeckDescription(std::string_view text) {
                 section = Section::Presentation;
             } else if (name == "slide") {
                 section = Section::Slide;
-                spec.slides.emplace_back();
+                plan.slides.emplace_back();
             } else {
                 throw fail("unknown section [" + name + "]");
             }
@@ -315,16 +315,16 @@ DeckSpec parseDeckDescription(std::string_view text) {
         if (lowerKey.starts_with("tag ") || lowerKey.starts_with("tag\t")) {
             std::string name = trim(key.substr(4));
             if (name.empty()) throw fail("a tag needs a name");
-            (section == Section::Slide ? spec.slides.back().tags : spec.tags).emplace_back(name, value);
+            (section == Section::Slide ? plan.slides.back().tags : plan.tags).emplace_back(name, value);
             continue;
         }
         if (section == Section::Presentation) {
-            if (lowerKey == "title") spec.title = value;
-            else if (lowerKey == "wide") spec.wide = !(iequals(value, "no") || value == "0" || iequals(value, "false"));
+            if (lowerKey == "title") plan.title = value;
+            else if (lowerKey == "wide") plan.wide = !(iequals(value, "no") || value == "0" || iequals(value, "false"));
             else throw fail("unknown key \"" + key + "\" in [presentation]");
             continue;
         }
-        SlideSpec& slide = spec.slides.back();
+        SlidePlan& slide = plan.slides.back();
         if (lowerKey == "title") {
             slide.title = value;
         } else if (lowerKey == "question") {
@@ -340,7 +340,7 @@ DeckSpec parseDeckDescription(std::string_view text) {
             throw fail("unknown key \"" + key + "\" in [slide]");
         }
     }
-    return spec;
+    return plan;
 }
 
 }  // namespace tlx::pptx

@@ -20,30 +20,30 @@ inline constexpr const char* kAnswersShape = "tlx_Answers";
 
 using TagPairs = std::vector<std::pair<std::string, std::string>>;
 
-struct TextBoxSpec {
+struct TextBoxPlan {
     std::string name;
     std::string text;  // "\r" between paragraphs
 };
 
-struct SlideSpec {
+struct SlidePlan {
     std::string title;                 // the "Title 1" placeholder; none when empty
     std::string question;              // the "tlx_Question" text box; none when empty
     std::vector<std::string> answers;  // one paragraph each in the "tlx_Answers" text box
-    std::vector<TextBoxSpec> boxes;    // further text boxes, below the others
+    std::vector<TextBoxPlan> boxes;    // further text boxes, below the others
     TagPairs tags;
 };
 
-struct DeckSpec {
+struct DeckPlan {
     std::string title = "tallix deck";  // the document title in the document properties
     bool wide = true;                   // 16:9; false gives 4:3
     TagPairs tags;                      // presentation tags
-    std::vector<SlideSpec> slides;
+    std::vector<SlidePlan> slides;
 };
 
 // An empty deck (no slides) with every part a presentation program needs.
 Deck newDeck(const std::string& title = "tallix deck", bool wide = true);
 // A deck made from the description, ready to save.
-Deck buildDeck(const DeckSpec& spec);
+Deck buildDeck(const DeckPlan& plan);
 
 // Reads a deck description:
 //   # comment
@@ -53,6 +53,6 @@ Deck buildDeck(const DeckSpec& spec);
 // Values may use the escapes \r, \n, \v, \t and \\: in a text \r or \n starts a new paragraph
 // and \v breaks a line; a tag keeps them as they are ("\r\n" between items). Throws PptxError
 // (Usage) naming the line for a line it cannot read.
-DeckSpec parseDeckDescription(std::string_view text);
+DeckPlan parseDeckDescription(std::string_view text);
 
 }  // namespace tlx::pptx
