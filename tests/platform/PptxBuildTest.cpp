@@ -1,0 +1,135 @@
+// New decks from scratch: the builder's package must be complete and consistent, read back by
+// the reader, and the committed example decks must match their descriptions.
+#include "PptxTestSupport.h"
+#include "platform/files/pptx/DeckBuilder.h"
+
+namespace tlx::test::pptx {
+namespace {
+
+TEST(PptxBuild, EmptyDeckHasEveryPartAPresentationProgramNeeds) {
+    Deck deck = newDeck("Empty", false);
+    EXPECT_EQ(deck.slideCount(), 0);
+    EXPECT_EQ(deck.slideSize().cx, 9144000);
+    Package& pkg = deck.package();
+    for (const char* part : {"/ppt/presentation.xml", "/ppt/slideMasters/slideMaster1.xml", "/ppt/slideLayouts/slideLayout1.xml",
+                             "/ppt/theme/theme1.xml", "/ppt/presProps.xml", "/ppt/viewProps.xml", "/ppt/tableStyles.xml",
+                             "/docProps/core.xml", "/docProps/app.xml"})
+        EXPECT_TRUE(pkg.hasPart(part)) << part;
+    EXPECT_NE(pkg.contentType("/ppt/presentation.xml").find("presentation.main+xml"), std::string::npos);
+    expectSoundPackage(pkg);
+}
+
+TEST(PptxBuild, SlidesWithTitlesQuestionsAnswersAndTags) {
+    DeckPlan plan;
+    plan.tags = {{"ActiveKeypads", ""}, {"tlx_DefaultGroup", "A & B"}};
+    plan.slides.push_back({"Welcome", "", {}, {{"Subtitle", "Line one\rLine two"}}, {}});
+    plan.slides.push_back({"Colours", "Which colour do you like best?", {"Red", "Green", "Blue"}, {},
+                           {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>3</Options>"}}});
+    plan.slides.push_back({"", "", {}, {}, {}});
+    Deck built = buildDeck(plan);
+    Deck deck = Deck::fromBytes(built.toBytes(), "built");
+    ASSERT_EQ(deck.slideCount(), 3);
+
+    DeckSlide& welcome = deck.slide(1);
+    EXPECT_EQ(shapeNames(welcome.shapes()), (std::vector<std::string>{"Title 1", "Subtitle"}));
+    EXPECT_EQ(welcome.shape("Title 1")->placeholderType(), "title");
+    EXPECT_EQ(welcome.title(), "Welcome");
+    EXPECT_EQ(welcome.shape("Subtitle")->paragraphs(), (std::vector<std::string>{"Line one", "Line two"}));
+    EXPECT_EQ(welcome.tags().count(), 0);
+
+    DeckSlide& vote = deck.slide(2);
+    EXPECT_EQ(shapeNames(vote.shapes()), (std::vector<std::string>{"Title 1", "tlx_Question", "tlx_Answers"}));
+    EXPECT_EQ(vote.shape("tlx_Question")->text(), "Which colour do you like best?");
+    EXPECT_EQ(vote.shape("tlx_Answers")->paragraphs(), (std::vector<std::string>{"Red", "Green", "Blue"}));
+    EXPECT_EQ(vote.tags().item("TLXVOTE"), "<VoteType>SINGLEDIGIT</VoteType><Options>3</Options>");
+    // Shape ids are unique on a slide.
+    std::set<unsigned> ids;
+    for (DeckShape* s : vote.allShapes()) EXPECT_TRUE(ids.insert(s->id()).second);
+
+    EXPECT_TRUE(deck.slide(3).shapes().empty());
+    EXPECT_TRUE(deck.tags().has("activekeypads"));
+    EXPECT_EQ(deck.tags().item("ActiveKeypads"), "");
+    EXPECT_EQ(deck.tags().item("TLX_DEFAULTGROUP"), "A & B");
+    EXPECT_NE(deck.package().partData("/docProps/app.xml").find("<Slides>3</Slides>"), std::string::npos);
+
+    Package& pkg = deck.package();
+    expectSoundPackage(pkg);
+    // Every slide is listed once, with its own id, and uses the layout.
+    std::set<unsigned> slideIds;
+    for (DeckSlide* s : deck.slides()) {
+        EXPECT_TRUE(slideIds.insert(s->id()).second);
+        EXPECT_NE(pkg.relationships(s->partName()).firstOfType(rel::kSlideLayout), nullptr);
+        EXPECT_EQ(pkg.contentType(s->partName()), ct::kSlide);
+    }
+}
+
+TEST(PptxBuild, DescriptionsAreReadLineByLine) {
+    DeckPlan plan = parseDeckDescription(
+        "# comment\r\n"
+        "[presentation]\n"
+        "title = Demo\n"
+        "wide = no\n"
+        "tag ActiveKeypads =\n"
+        "\n"
+        "[slide]\n"
+        "title = First\\vline\n"
+        "question = Pick one\n"
+        "answer = A\n"
+        "answer = B\n"
+        "box = Notes | one\\rtwo \\\\ three\n"
+        "tag TLXVOTE = <Options>2</Options>\\r\\n<VoteType>SINGLEDIGIT</VoteType>\n"
+        "[Slide]\n");
+    EXPECT_EQ(plan.title, "Demo");
+    EXPECT_FALSE(plan.wide);
+    EXPECT_EQ(plan.tags, (TagPairs{{"ActiveKeypads", ""}}));
+    ASSERT_EQ(plan.slides.size(), 2u);
+    const SlidePlan& s = plan.slides[0];
+    EXPECT_EQ(s.title, "First\vline");
+    EXPECT_EQ(s.question, "Pick one");
+    EXPECT_EQ(s.answers, (std::vector<std::string>{"A", "B"}));
+    ASSERT_EQ(s.boxes.size(), 1u);
+    EXPECT_EQ(s.boxes[0].name, "Notes");
+    EXPECT_EQ(s.boxes[0].text, "one\rtwo \\ three");
+    EXPECT_EQ(s.tags, (TagPairs{{"TLXVOTE", "<Options>2</Options>\r\n<VoteType>SINGLEDIGIT</VoteType>"}}));
+
+    auto error = [](const std::string& text) {
+        try {
+            parseDeckDescription(text);
+        } catch (const PptxError& e) {
+            return std::string(e.what());
+        }
+        return std::string("no error");
+    };
+    EXPECT_EQ(error("title = x"), "Line 1: \"title\" comes before any [presentation] or [slide]");
+    EXPECT_EQ(error("[slide]\ncolour = red"), "Line 2: unknown key \"colour\" in [slide]");
+    EXPECT_EQ(error("[slides]"), "Line 1: unknown section [slides]");
+    EXPECT_EQ(error("[slide]\njust text"), "Line 2: expected key = value");
+    EXPECT_EQ(error("[slide]\nbox = no bar"), "Line 2: a box is written as: box = NAME | text");
+    EXPECT_EQ(error("[slide]\ntitle = a\\qb"), "Line 2: unknown escape \"\\q\"");
+    EXPECT_EQ(error("[slide]\ntag = x"), "Line 2: unknown key \"tag\" in [slide]");
+}
+
+TEST(PptxBuild, ExampleDecksMatchTheirDescriptions) {
+    for (const char* name : {"demo", "votes"}) {
+        SCOPED_TRACE(name);
+        std::filesystem::path dir = sourceDir() / "examples/decks";
+        Deck rebuilt = buildDeck(parseDeckDescription(readBytes(dir / (std::string(name) + ".ini"))));
+        std::string committed = readBytes(dir / (std::string(name) + ".pptx"));
+        EXPECT_EQ(rebuilt.toBytes(), committed) << "run scripts/make-example-decks";
+    }
+    Deck demo = Deck::open(sourceDir() / "examples/decks/demo.pptx");
+    ASSERT_EQ(demo.slideCount(), 5);
+    EXPECT_TRUE(demo.tags().has("ActiveKeypads"));
+    EXPECT_EQ(demo.slide(1).shape("Title 1")->text(), "Welcome to tallix");
+    EXPECT_EQ(demo.slide(2).tags().item("TLXVOTE"), "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>");
+    ASSERT_NE(demo.slide(2).shape("tlx_Question"), nullptr);
+    EXPECT_EQ(demo.slide(2).shape("tlx_Answers")->paragraphCount(), 4);
+    EXPECT_NE(demo.slide(3).tags().item("MURMELO"), "");
+    EXPECT_EQ(demo.slide(3).shape("tlx_Answers")->paragraph(2), "Keypad 2");
+    EXPECT_EQ(demo.slide(4).tags().count(), 0);
+    EXPECT_EQ(demo.slide(5).title(), "Thank you");
+    expectSoundPackage(demo.package());
+}
+
+}  // namespace
+}  // namespace tlx::test::pptx
