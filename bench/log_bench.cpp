@@ -34,7 +34,7 @@ void BM_LogEvent(benchmark::State& state) {
     desktop.setEnvironment("APPDATA", "/tmp/tlx-bench/appdata");
     desktop.setEnvironment("PROGRAMDATA", "/tmp/tlx-bench/programdata");
     desktop.setEnvironment("TEMP", "/tmp/tlx-bench/temp");
-    tlx::SimPresentationApp presentation(desktop);
+    tlx::SimPresentationApp presentation(scheduler, desktop);
     std::ostringstream sink;
     tlx::ConsoleDialogs dialogs(sink, false);
     tlx::ConsoleTray tray(sink);

@@ -18,6 +18,7 @@
 #include "ports/Scheduler.h"
 #include "ports/Tray.h"
 #include "presentation/HotKeys.h"
+#include "presentation/PresentationTargets.h"
 #include "presentation/PresentationWatcher.h"
 #include "presentation/VoteIntake.h"
 #include "presentation/VoteRun.h"
@@ -75,7 +76,7 @@ Controller::Controller(Ports p)
       voteRun(std::make_unique<VoteRun>(*this)),
       intake(std::make_unique<VoteIntakeModule>(*this)),
       hotKeys(std::make_unique<KeyboardHook>(*this)),
-      targets(std::make_unique<DefaultCommandTargets>(*this)),
+      targets(std::make_unique<PresentationTargets>(*this)),
       dispatcher(std::make_unique<CommandDispatcher>(*this)) {
     glo.installFolder = p.desktop.installFolder();
     voteIntake = intake.get();

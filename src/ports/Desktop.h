@@ -42,6 +42,8 @@ public:
     // Typed text as key strokes, "{ENTER}" standing for the Enter key.
     virtual void sendKeys(const std::string& keys) = 0;
     virtual void clipCursor(bool clip) = 0;
+    // Enables or disables every top-level window of a program (by process name).
+    virtual void enableProcessWindows(const std::string& process, bool enabled) = 0;
 };
 
 // True when a process of that name runs (compared without regard to case).

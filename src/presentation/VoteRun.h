@@ -29,6 +29,8 @@ public:
 
     // Set while a vote started by command runs (read by the vote intake).
     bool voteStarted = false;
+    // What a display program added to the vote name after "@@".
+    std::string voteNameDetail;
     const std::string& startedPorts() const { return startedPorts_; }
 
 private:

@@ -83,10 +83,10 @@ public:
     TempDir dir;
     VirtualScheduler scheduler;
     SimDesktop desktop;
-    SimPresentationApp presentation{desktop};
+    SimKeyboard keyboard;
+    SimPresentationApp presentation{scheduler, desktop, &keyboard};
     FakeDialogs dialogs;
     FakeTray tray;
-    SimKeyboard keyboard;
     std::unique_ptr<Controller> controller;
 
     Controller& c() { return *controller; }

@@ -75,7 +75,7 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     QtScheduler scheduler;
     SimDesktop desktop;
     desktop.onEndProcess = [](int code) { QCoreApplication::exit(code); };
-    SimPresentationApp presentation(desktop);
+    SimPresentationApp presentation(scheduler, desktop);
     const SimSetup sim = readSimSetup(options.simFile);
     if (sim.presentationRunning) presentation.start();
 

@@ -125,3 +125,16 @@ void SimDesktop::removeProcess(const std::string& name) {
 }
 
 }  // namespace tlx
+
+namespace tlx {
+
+void SimDesktop::enableProcessWindows(const std::string& process, bool enabled) {
+    windowsEnabled_[upper(process)] = enabled;
+}
+
+bool SimDesktop::processWindowsEnabled(const std::string& process) const {
+    auto it = windowsEnabled_.find(upper(process));
+    return it == windowsEnabled_.end() || it->second;
+}
+
+}  // namespace tlx

@@ -34,6 +34,8 @@ public:
     void sendKey(int virtualKey) override;
     void sendKeys(const std::string& keys) override;
     void clipCursor(bool clip) override { cursorClipped_ = clip; }
+    void enableProcessWindows(const std::string& process, bool enabled) override;
+    bool processWindowsEnabled(const std::string& process) const;
 
     // Simulation controls.
     void setEnvironment(const std::string& name, const std::string& value) { env_[name] = value; }
@@ -72,6 +74,7 @@ private:
     bool othersMinimized_ = false;
     bool cursorClipped_ = false;
     std::vector<Started> started_;
+    std::map<std::string, bool> windowsEnabled_;
     std::vector<int> keysSent_;
     bool ended_ = false;
     int exitCode_ = 0;
