@@ -82,15 +82,26 @@ struct GlobalState {
     std::string voteName;
     int optionCount = 10;
     int startFrom = 1;
+    // Keypad display mode; 1 shows letters (A, B, C ...) for the answers of a single-digit vote.
     int kelvarinDisplay = 0;
     std::string keypadsActive;
     std::string prevoteText, voteText, answerText, questionTextShort;
-    std::string voteType;
+    std::string voteEndedText;
+    // The answers a single-digit vote allows, comma-separated; empty means the option range.
+    std::string validAnswers;
+    std::string voteType;  // a type name ("SINGLEDIGIT") or its code as text ("9")
     int allocation = 0, limits = 0, points = 0;
     int kvpOptions = 0;
     std::vector<float> optionValues;
     std::string textVoteOptions;
     std::string savedBaseType;  // first base type saved by KBOARD
+
+    // Keypad drivers.
+    bool Voting = false;                   // a vote is running
+    bool extendedVoteData = false;         // votes carry ";" + their two numeric attributes
+    bool registryVersionOverride = false;  // read registries whatever the base version
+    bool winningKeypadShown = false;
+    bool waitingForBase = false;           // cleared by the oldest base's code 20
 };
 
 }  // namespace tlx
