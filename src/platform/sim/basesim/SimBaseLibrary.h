@@ -86,6 +86,8 @@ public:
     std::string registryText() const;
     // How often an operation was called.
     int callCount(const std::string& operation) const;
+    // Base objects connected to this base now.
+    std::size_t attachedObjects() const { return handles_.size(); }
 
 private:
     friend class SimBaseLibrary;
