@@ -174,3 +174,13 @@ TEST(KelvarinDrivers, SetUpScanClosePortsAndReopen) {
     EXPECT_EQ(d.drivers.corehubG2(), static_cast<KeypadDriver*>(&d.g2()));
     EXPECT_NE(d.drivers.black3(), nullptr);
 }
+
+TEST(ListDevices, MalformedListEntriesAreSkipped) {
+    DriverWorld d;
+    d.glo().options.set(section::kCoreHubOptions, "ETHERNET ENABLED", "1");
+    d.sim().addListEntries("| |abc|;|100100100999", "100100100700|;|100100100800;|x;10.9.9.9;extra");
+    EXPECT_EQ(d.g2().ListDevices(), 0);
+    ASSERT_EQ(d.g2().baseTable().size(), 1u);
+    EXPECT_EQ(d.g2().baseTable()[0].identifier, "100100100100");
+    EXPECT_TRUE(d.g2().baseTable()[0].connected);
+}

@@ -83,3 +83,38 @@ TEST(SimFaults, EventsArriveAfterTheOperationNotInsideIt) {
     d.settle();
     EXPECT_EQ(d.intake.records.size(), 1u);
 }
+
+TEST(SimSurvey, TheOlderDriverPassesSurveyRepliesOn) {
+    TestWorld w;
+    auto& drivers = w.useSimBases();
+    w.addSimBase("100100100200", 6, "KELVARIN COREHUB G1");
+    w.writePortFile({{"100100100200", "KELVARIN COREHUB G1", 1, 6}});
+    w.start();
+    auto* g1 = drivers.oKVv4();
+    std::vector<KelvarinSurveyReply> replies;
+    g1->KeypadSurveyReply.connect([&](const KelvarinSurveyReply& r) { replies.push_back(r); });
+    KelvarinSurveyOptions o;
+    o.Channels = {5, 9};
+    o.VotesPerChannel = 20;
+    EXPECT_EQ(g1->PrepareKeypadSurveyScan("1", {"300100001", "300100999"}, o), 16);
+    EXPECT_EQ(g1->PrepareKeypadSurveyScan("1", {"300100001", "300100002"}, o), 0);
+    EXPECT_EQ(g1->BeginKeypadSurveyScan("1"), 0);
+    w.scheduler.advance(1000);
+    ASSERT_EQ(replies.size(), 5u);
+    EXPECT_EQ(replies[0].HID, "300100001");
+    EXPECT_EQ(replies[0].ChannelIndex, 5);
+    EXPECT_EQ(replies[3].ChannelIndex, 9);
+    EXPECT_LE(replies[3].Acks, 20);
+    EXPECT_GE(replies[3].Acks, 10);
+    EXPECT_TRUE(replies[4].EndOfScan);
+    EXPECT_TRUE(g1->logged("1 - KeypadSurveyReply Event - HID:300100001, Channel:5, Votes:20"));
+
+    // Ending a scan early stops the replies still to come.
+    g1->PrepareKeypadSurveyScan("1", {"300100001"}, o);
+    g1->BeginKeypadSurveyScan("1");
+    w.scheduler.advance(60);
+    EXPECT_EQ(g1->EndKeypadSurveyScan("1"), 0);
+    w.scheduler.advance(1000);
+    EXPECT_EQ(replies.size(), 6u);
+    EXPECT_TRUE(g1->logged("1 - Corehub:   EndKeypadSurveyScan = 0"));
+}

@@ -120,6 +120,7 @@ public:
         std::vector<std::string> ids;
         for (auto& s : lib_.stations_)
             if (s->spec.connection == SimConnection::Usb && s->linkUp) ids.push_back(s->spec.id);
+        if (!lib_.extraUsb_.empty()) ids.push_back(lib_.extraUsb_);
         list = join(ids, "|");
         return BaseErrorCode::Success;
     }
@@ -128,6 +129,7 @@ public:
         for (auto& s : lib_.stations_)
             if (s->spec.connection == SimConnection::Ethernet && s->linkUp)
                 items.push_back(s->spec.id + ";" + s->spec.address);
+        if (!lib_.extraEthernet_.empty()) items.push_back(lib_.extraEthernet_);
         list = join(items, "|");
         return BaseErrorCode::Success;
     }

@@ -158,6 +158,11 @@ public:
     SimResult presenterKey(const std::string& port, const std::string& keyName);
     // Stops crowds that have not finished.
     void stopCrowds() { ++crowdRun_; }
+    // Raw entries the device lists report besides the bases (malformed ones, say).
+    void addListEntries(const std::string& usb, const std::string& ethernet) {
+        extraUsb_ = usb;
+        extraEthernet_ = ethernet;
+    }
 
 private:
     friend class SimKelvarinBase;
@@ -178,6 +183,8 @@ private:
     std::map<std::uint64_t, std::uint64_t> pending_;  // our key -> scheduler id
     std::uint64_t nextKey_ = 0;
     int crowdRun_ = 0;
+    std::string extraUsb_;
+    std::string extraEthernet_;
 };
 
 // Reads the base section of a simulation set-up file into the library:
