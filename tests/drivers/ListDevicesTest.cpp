@@ -2,6 +2,7 @@
 
 #include "DriverWorld.h"
 #include "core/Text.h"
+#include "ports/AppError.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -183,4 +184,29 @@ TEST(ListDevices, MalformedListEntriesAreSkipped) {
     ASSERT_EQ(d.g2().baseTable().size(), 1u);
     EXPECT_EQ(d.g2().baseTable()[0].identifier, "100100100100");
     EXPECT_TRUE(d.g2().baseTable()[0].connected);
+}
+
+namespace {
+// A library whose component cannot be created.
+struct MissingLibrary : BaseLibrary {
+    std::unique_ptr<KelvarinBase> createBase(LibraryGeneration) override {
+        throw AppError(429, "ActiveX component can't create object");
+    }
+    std::unique_ptr<KelvarinVPanel> createVPanel() override { return nullptr; }
+};
+}  // namespace
+
+TEST(ListDevices, ALibraryThatThrowsIsLoggedNotRaised) {
+    MissingLibrary lib;
+    TestWorld w;
+    auto drivers = std::make_unique<KelvarinDrivers>(w.c(), lib);
+    KelvarinDrivers& d = *drivers;
+    w.c().drivers = std::move(drivers);
+    w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40}, {"3", "KELVARIN BASE V3", 1, 10}});
+    w.start();
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+    EXPECT_TRUE(d.oKVv5()->logged(" - ListDevices FAILED - 429: ActiveX component can't create object"));
+    EXPECT_EQ(d.oKVv5()->ListDevices(), 2);
+    EXPECT_TRUE(w.dialogs.any("Unable to initialise Kelvarin Base 100 100 100 100"));
+    EXPECT_TRUE(d.scanForBases().empty());
 }

@@ -194,3 +194,22 @@ TEST(ChannelScan, ARefusedChannelEndsTheScan) {
     EXPECT_EQ(d.g2().ScanForBestChannel("1"), 23);
     EXPECT_EQ(d.station().callCount("ChannelScan"), 1);
 }
+
+TEST(Registry, BasesBelowTheRegistryVersionHaveNone) {
+    TestWorld w;
+    auto& drivers = w.useSimBases();
+    w.addSimBase("100100100200", 5, "KELVARIN COREHUB G1").spec.firmware = "1.0.1.0108.0000";
+    w.writePortFile({{"100100100200", "KELVARIN COREHUB G1", 1, 5}});
+    w.start();
+    auto* g1 = drivers.oKVv4();
+    ASSERT_EQ(g1->connectedCount(), 1);
+    EXPECT_EQ(g1->localRegistry(0).size(), 0u);  // start-up did not read it
+    EXPECT_EQ(w.baseLibrary.station(0).callCount("GetRegistry"), 0);
+    EXPECT_EQ(g1->GetRegistry("1", true), 14);
+    EXPECT_EQ(w.dialogs.shown.back().title, "tallix");
+    EXPECT_EQ(w.dialogs.shown.back().text,
+              "Registry is not available for this version of the base station\r\nBase Version: 1.0.1.0108.0000");
+    w.glo().registryVersionOverride = true;
+    EXPECT_EQ(g1->GetRegistry("1", true), 0);
+    EXPECT_EQ(g1->localRegistry(0).size(), 5u);
+}
