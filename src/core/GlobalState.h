@@ -88,9 +88,13 @@ struct GlobalState {
     std::string voteName;
     std::int16_t optionCount = 10;
     std::int16_t startFrom = 1;
+    // Keypad display mode; 1 shows letters (A, B, C ...) for the answers of a single-digit vote.
     std::int16_t kelvarinDisplay = 0;
     std::string keypadsActive;
     std::string prevoteText, voteText, answerText, questionTextShort;
+    std::string voteEndedText;
+    // The answers a single-digit vote allows, comma-separated; empty means the option range.
+    std::string validAnswers;
     // A type name ("SINGLEDIGIT") or its numeric code as decimal text; the drivers accept both.
     std::string voteType;
     std::int32_t allocation = 0, limits = 0, points = 0;
@@ -118,6 +122,11 @@ struct GlobalState {
         std::int32_t weighting = 1;
     };
     std::vector<Participant> participants;
+    // Keypad drivers.
+    bool extendedVoteData = false;         // votes carry ";" + their two numeric attributes
+    bool registryVersionOverride = false;  // read registries whatever the base version
+    bool winningKeypadShown = false;
+    bool waitingForBase = false;           // cleared by the oldest base's code 20
 };
 
 }  // namespace tlx

@@ -6,8 +6,10 @@
 #include <sstream>
 
 #include "core/MainForm.h"
+#include "core/PortFile.h"
 #include "core/Settings.h"
 #include "core/Text.h"
+#include "drivers/KelvarinDrivers.h"
 #include "presentation/Tallix.h"
 
 namespace tlx::test {
@@ -113,6 +115,34 @@ std::vector<std::string> TestWorld::traceLines() {
 
 void TestWorld::writeSettings(const std::string& section, const std::string& key, const std::string& value) {
     WriteProfileString(appData() / "tallix" / "tlx.ini", section, key, value);
+}
+
+KelvarinDrivers& TestWorld::useSimBases() {
+    auto drivers = std::make_unique<KelvarinDrivers>(*controller, baseLibrary);
+    KelvarinDrivers& ref = *drivers;
+    controller->drivers = std::move(drivers);
+    return ref;
+}
+
+SimBaseStation& TestWorld::addSimBase(const std::string& id, int keypads, const std::string& type,
+                                      long long hidStart) {
+    SimBaseSpec spec;
+    spec.type = type;
+    spec.id = id;
+    if (type == "KELVARIN COREHUB G1") spec.firmware = "1.01.00.1607.1819";
+    for (int k = 1; k <= keypads; ++k) {
+        SimKeypad kp;
+        kp.hid = std::to_string(hidStart + k - 1);
+        kp.sid = k;
+        spec.keypads.push_back(kp);
+    }
+    return baseLibrary.addBase(std::move(spec));
+}
+
+void TestWorld::writePortFile(const std::vector<PortEntry>& bases) {
+    PortFileData data;
+    data.bases = bases;
+    tlx::writePortFile(appData() / "tallix" / "port.tlc", data);
 }
 
 std::string readFile(const fs::path& p) {

@@ -12,8 +12,13 @@
 #include "platform/sim/SimKeyboard.h"
 #include "platform/sim/SimPresentation.h"
 #include "platform/sim/VirtualScheduler.h"
+#include "platform/sim/basesim/SimBaseLibrary.h"
 #include "ports/Dialogs.h"
 #include "ports/Tray.h"
+
+namespace tlx {
+class KelvarinDrivers;
+}
 
 namespace tlx::test {
 
@@ -87,6 +92,8 @@ public:
     SimPresentationApp presentation{scheduler, desktop, &keyboard};
     FakeDialogs dialogs;
     FakeTray tray;
+    // Simulated base stations; they serve the controller once useSimBases() is called.
+    SimBaseLibrary baseLibrary{scheduler};
     std::unique_ptr<Controller> controller;
 
     Controller& c() { return *controller; }
@@ -104,6 +111,13 @@ public:
     // Lines of the trace file of the current day ("" lines not included).
     std::vector<std::string> traceLines();
     void writeSettings(const std::string& section, const std::string& key, const std::string& value);
+    // The keypad drivers over the simulated bases take the controller's drivers' place.
+    KelvarinDrivers& useSimBases();
+    // A simulated USB base with keypads 1..keypads (HIDs counting up from hidStart).
+    SimBaseStation& addSimBase(const std::string& id, int keypads, const std::string& type = "KELVARIN COREHUB G2",
+                               long long hidStart = 300100001);
+    // Writes the port file listing these bases, as the keypad set-up would.
+    void writePortFile(const std::vector<PortEntry>& bases);
 };
 
 std::string readFile(const std::filesystem::path& p);

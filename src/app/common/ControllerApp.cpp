@@ -11,11 +11,13 @@
 #include "core/Settings.h"
 #include "core/Text.h"
 #include "platform/files/FileSpreadsheet.h"
+#include "drivers/KelvarinDrivers.h"
 #include "platform/headless/ConsoleAdapters.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScheduler.h"
 #include "platform/sim/SimDesktop.h"
 #include "platform/sim/SimPresentation.h"
+#include "platform/sim/basesim/SimBaseLibrary.h"
 #include "presentation/Tallix.h"
 #include "ui/Views.h"
 
@@ -93,8 +95,13 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     }
 
     FileSpreadsheet spreadsheet;
+    // The simulated base stations and keypads of the set-up file serve the keypad drivers.
+    SimBaseLibrary baseLibrary(scheduler);
+    if (!options.simFile.empty()) loadSimBases(baseLibrary, options.simFile);
+
     Controller controller(Ports{scheduler, desktop, *dialogs, *tray, presentation});
     controller.spreadsheet = &spreadsheet;
+    controller.drivers = std::make_unique<KelvarinDrivers>(controller, baseLibrary);
 
     if (!options.configureBases.empty()) return configureBases(controller, options.configureBases, out);
 

@@ -1,0 +1,154 @@
+#include "drivers/DisplayTexts.h"
+
+#include <cmath>
+
+#include "core/Options.h"
+#include "core/Settings.h"
+#include "core/Text.h"
+
+namespace tlx {
+
+namespace {
+
+// Defaults live in the settings table; the records start from them.
+std::string def(const char* key) {
+    for (const auto& d : savedSettingDefs())
+        if (iequals(d.key, key)) return d.defaultValue;
+    return {};
+}
+
+int toInt(std::string_view s) {
+    const double v = ParseNumber(s);
+    return std::fabs(v) < 2e9 ? static_cast<int>(std::lround(v)) : 0;
+}
+
+struct TextField {
+    const char* key;
+    std::string KeypadDisplayTexts::*field;
+};
+struct IntField {
+    const char* key;
+    int KeypadDisplayTexts::*field;
+};
+
+const TextField kTextFields[] = {
+    {"REVOTED TEXT", &KeypadDisplayTexts::RevotedText},
+    {"PREVOTE TEXT", &KeypadDisplayTexts::PrevoteText},
+    {"VOTED TEXT", &KeypadDisplayTexts::VotedText},
+    {"VOTE END TEXT", &KeypadDisplayTexts::VoteEndText},
+    {"VOTE FAILED TEXT", &KeypadDisplayTexts::VoteFailedText},
+    {"VOTE SUCCESS TEXT", &KeypadDisplayTexts::VoteSuccessText},
+    {"SIGNAL LOST DURING VOTE TEXT", &KeypadDisplayTexts::SignalLostDuringVoteText},
+    {"SIGNAL LOST DURING TRANSMIT TEXT", &KeypadDisplayTexts::SignalLostDuringTransmitText},
+    {"WINNING KEYPAD LOAD MESSAGE", &KeypadDisplayTexts::WinningKeypadLoadMessage},
+    {"WINNING KEYPAD MAIN MESSAGE", &KeypadDisplayTexts::WinningKeypadMainMessage},
+    {"KEYPAD PROMPT 01", &KeypadDisplayTexts::KeypadPrompt01},
+    {"KEYPAD PROMPT 02", &KeypadDisplayTexts::KeypadPrompt02},
+};
+const IntField kIntFields[] = {
+    {"PREVOTE TEXT TIME", &KeypadDisplayTexts::PrevoteTextTime},
+    {"TEXT VOTE FONT SIZE", &KeypadDisplayTexts::TextVoteFontSize},
+    {"LIST VOTE FONT SIZE", &KeypadDisplayTexts::ListVoteFontSize},
+    {"VOTE END TEXT TIME", &KeypadDisplayTexts::VoteEndTextTime},
+    {"VOTE FAILED TEXT TIME", &KeypadDisplayTexts::VoteFailedTextTime},
+    {"VOTE SUCCESS TEXT TIME", &KeypadDisplayTexts::VoteSuccessTextTime},
+    {"SIGNAL LOST DURING VOTE TEXT TIME", &KeypadDisplayTexts::SignalLostDuringVoteTextTime},
+    {"SIGNAL LOST DURING TRANSMIT TEXT TIME", &KeypadDisplayTexts::SignalLostDuringTransmitTextTime},
+    {"WINNING KEYPAD MAIN MESSAGE FONT", &KeypadDisplayTexts::WinningKeypadMainMessageFont},
+    {"WINNING KEYPAD LED EFFECT", &KeypadDisplayTexts::WinningKeypadLedEffect},
+};
+constexpr const char* kPauseKey = "TEXT VOTE PAUSE ENABLED";
+
+// Index, label default and setting key of the presenter menu.
+struct MenuItem {
+    const char* label;
+    const char* key;
+};
+const MenuItem kMenu[PresenterMenu::kCount] = {
+    {"   Next", "NEXT SLIDE"},
+    {"   Back", "PREVIOUS SLIDE"},
+    {"    Up", "SCROLL UP"},
+    {"   Down", "SCROLL DOWN"},
+    {"   Home", "HOME"},
+    {"   End", "END"},
+    {" GoTo [x]", "GOTO SLIDE X"},
+    {"Start Vote", "START VOTE"},
+    {"  Revote", "REVOTE"},
+    {"Pause Vote", "PAUSE VOTE"},
+    {"  Resume", ""},
+    {" Vol Up", "VOLUME UP"},
+    {" Vol Down", "VOLUME DOWN"},
+    {" Vol Mute", "VOLUME MUTE"},
+    {"Show Audio", "AUDIO DIALOG SHOW"},
+    {"Hide Audio", "AUDIO DIALOG HIDE"},
+    {"Mic Active", ""},
+    {"Kpads Off", "KEYPADS TURN ALL OFF"},
+    {"FindMe On", "KEYPADS FIND ME ON"},
+    {"FindMe Off", "KEYPADS FIND ME OFF"},
+    {"Search", "KEYPADS STRONGEST SIG SEARCH SESSION"},
+    {"Search All", "KEYPADS STRONGEST SIG SEARCH ALL"},
+};
+
+}  // namespace
+
+KeypadDisplayTexts::KeypadDisplayTexts() {
+    for (const auto& f : kTextFields) this->*f.field = def(f.key);
+    for (const auto& f : kIntFields) this->*f.field = toInt(def(f.key));
+    TextVotePauseEnabled = ParseNumber(def(kPauseKey)) != 0;
+}
+
+int KeypadDisplayTexts::apply(const std::vector<std::pair<std::string, std::string>>& settings) {
+    int taken = 0;
+    for (const auto& [key, value] : settings) {
+        const std::string k = toUpper(trim(key));
+        for (const auto& f : kTextFields)
+            if (k == f.key) {
+                this->*f.field = value;
+                ++taken;
+            }
+        for (const auto& f : kIntFields)
+            if (k == f.key) {
+                this->*f.field = toInt(value);
+                ++taken;
+            }
+        if (k == kPauseKey) {
+            TextVotePauseEnabled = ParseNumber(value) != 0;
+            ++taken;
+        }
+    }
+    return taken;
+}
+
+void KeypadDisplayTexts::load(const std::filesystem::path& settingsFile) {
+    apply(readSettingsFileInFull(settingsFile));
+}
+
+std::vector<std::string> displayLines(std::string_view text) { return split(text, "|"); }
+
+PresenterMenu::PresenterMenu() {
+    for (std::size_t i = 0; i < kCount; ++i) labels[i] = kMenu[i].label;
+}
+
+const char* PresenterMenu::settingKey(std::size_t index) { return index < kCount ? kMenu[index].key : ""; }
+
+int PresenterMenu::apply(const std::vector<std::pair<std::string, std::string>>& settings) {
+    int taken = 0;
+    for (const auto& [key, value] : settings) {
+        const std::string k = toUpper(trim(key));
+        if (k.empty()) continue;
+        for (std::size_t i = 0; i < kCount; ++i)
+            if (k == kMenu[i].key) {
+                labels[i] = value;
+                ++taken;
+            }
+    }
+    return taken;
+}
+
+void PresenterMenu::load(const std::filesystem::path& settingsFile) { apply(readSettingsFileInFull(settingsFile)); }
+
+std::string PresenterMenu::menuText() const {
+    return join(std::vector<std::string>(labels.begin(), labels.end()), "|");
+}
+
+}  // namespace tlx

@@ -1,0 +1,61 @@
+#pragma once
+// The keypad drivers as the controller sees them: the three driver forms over one base
+// library, opening the configured bases through the driver for their type, and the main
+// form's side of the drivers' events (received votes, base errors).
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/BaseDrivers.h"
+
+namespace tlx {
+
+class Controller;
+class BaseLibrary;
+class KelvarinPrioritizerDriver;
+class kpdriver_KELVARIN_Prioritizer_g2;
+class kpdriver_KELVARIN_Prioritizer;
+class kpdriver_KELVARIN_BLACK_3;
+
+class KelvarinDrivers : public BaseDrivers {
+public:
+    static constexpr double kAlternateBaseQuietSeconds = 30.0;
+
+    KelvarinDrivers(Controller& controller, BaseLibrary& library);
+    ~KelvarinDrivers() override;
+
+    void loadDriverForms() override;
+    bool openBase(const PortEntry& base) override;
+    std::vector<FoundBase> scanForBases() override;
+    void closePorts() override;
+    KeypadDriver* corehubG1() override;
+    KeypadDriver* corehubG2() override;
+    Black3Driver* black3() override;
+
+    // The driver forms themselves (nullptr before loadDriverForms).
+    kpdriver_KELVARIN_Prioritizer_g2* oKVv5() { return g2_.get(); }
+    kpdriver_KELVARIN_Prioritizer* oKVv4() { return g1_.get(); }
+    kpdriver_KELVARIN_BLACK_3* v3() { return v3_.get(); }
+
+    // The main form's handlers of the Corehub drivers' events.
+    void VoteReceived(int keypad, const std::string& data, const std::string& field3, const std::string& field4,
+                      const std::string& base, const std::string& hid);
+    void BaseError(const std::string& base, int code, const std::string& extra);
+
+private:
+    void connectEvents(KelvarinPrioritizerDriver& driver);
+    bool listed(KelvarinPrioritizerDriver& driver, bool& done);
+
+    Controller& c_;
+    BaseLibrary& lib_;
+    std::unique_ptr<kpdriver_KELVARIN_Prioritizer_g2> g2_;
+    std::unique_ptr<kpdriver_KELVARIN_Prioritizer> g1_;
+    std::unique_ptr<kpdriver_KELVARIN_BLACK_3> v3_;
+    bool g2Listed_ = false;
+    bool g1Listed_ = false;
+    // Last time "Alternate base on same channel" was shown, per "K:" + base.
+    std::map<std::string, double> alternateBaseShown_;
+};
+
+}  // namespace tlx

@@ -1,0 +1,278 @@
+// Votes on the Corehub driver: building the vote object, pre-loading, starting, pausing,
+// resuming and ending it on every base, microphone requests, and the votes that come back.
+#include "core/Controller.h"
+#include "core/FrmInit.h"
+#include "core/MainForm.h"
+#include "drivers/BaseStatus.h"
+#include "drivers/PrioritizerDriver.h"
+#include "drivers/PrioritizerDriverInl.h"
+#include "drivers/VoteConfig.h"
+
+namespace tlx {
+
+namespace {
+std::string status(int rc) { return numText(rc) + ": " + GetCPPErrorString(rc); }
+}  // namespace
+
+bool KelvarinPrioritizerDriver::UpdateVoteObjectFromGlobalVariables(KelvarinVote& oVote) {
+    return guard("UpdateVoteObjectFromGlobalVariables",
+                 [&] { return tlx::UpdateVoteObjectFromGlobalVariables(c_.glo, texts_, oVote); });
+}
+
+void KelvarinPrioritizerDriver::SilentLoadVoteConfig(int slideNum) {
+    guard("SilentLoadVoteConfig", [&] {
+        if (m_AudioRequestsOn) {
+            log("Silent Loading Vote Quit: m_AudioRequestsOn = True", "SilentLoadVoteConfig");
+            return;
+        }
+        if (m_SilentVoteLoadedSlideNumber == slideNum) {
+            log("Silent Loading Vote Quit: m_SilentVoteLoadedSlideNumber = " + numText(slideNum),
+                "SilentLoadVoteConfig");
+            return;
+        }
+        KelvarinVote oVote;
+        if (!UpdateVoteObjectFromGlobalVariables(oVote)) {
+            log("Silent Loading Vote Quit: UpdateVoteObjectFromGlobalVariables(oVote) = False", "SilentLoadVoteConfig");
+            return;
+        }
+        forEachBase([&](int, const std::string& base, KelvarinBase& b) {
+            const int rc = b.PrepareVote(oVote);
+            if (rc != BaseErrorCode::Success)
+                log(base + " - Start Vote FAILED - " + status(rc), "SilentLoadVoteConfig");
+            else
+                log(base + " - Prepare Vote - " + describeVote(oVote), "SilentLoadVoteConfig");
+        });
+        m_SilentVoteLoadedSlideNumber = slideNum;
+        log("Silent Loading Vote Commpleted: slideNum = " + numText(slideNum), "SilentLoadVoteConfig");
+    });
+}
+
+int KelvarinPrioritizerDriver::StartVote() {
+    return guard("StartVote", [&]() -> int {
+        if (m_AudioRequestsOn) EndAudioRequests();
+        KelvarinVote oVote;
+        if (!UpdateVoteObjectFromGlobalVariables(oVote)) {
+            log(" - Start Vote - UpdateVoteObjectFromGlobalVariables(oVote) = False", "StartVote");
+            return BaseErrorCode::UnknownError;
+        }
+        int result = BaseErrorCode::Success;
+        forEachBase([&](int, const std::string& base, KelvarinBase& b) {
+            if (m_SilentVoteLoadedSlideNumber != -1) {
+                // Only the first base opens the pre-loaded configuration; the rest get it whole.
+                const int rc = b.BeginLiveVote();
+                if (rc != BaseErrorCode::Success) {
+                    log(base + " - Begin Live Vote FAILED - " + status(rc), "StartVote");
+                    c_.LogEvent(base + " - Begin Live Vote FAILED - " + status(rc), LOG_XX);
+                    result = rc;
+                } else {
+                    log(base + " - Begin Live Vote - m_SilentVoteLoadedSlideNumber:" +
+                            numText(m_SilentVoteLoadedSlideNumber),
+                        "StartVote");
+                }
+                m_SilentVoteLoadedSlideNumber = -1;
+                return;
+            }
+            const int rc = b.StartVote(oVote);
+            if (rc != BaseErrorCode::Success) {
+                log(base + " - Start Vote FAILED - " + status(rc), "StartVote");
+                c_.LogEvent(base + " - Start Vote FAILED - " + status(rc), LOG_XX);
+                result = rc;
+            } else {
+                log(base + " - Start Live Vote - " + describeVote(oVote), "StartVote");
+            }
+        });
+        m_VoteRunning = true;
+        return result;
+    });
+}
+
+void KelvarinPrioritizerDriver::PauseVote() {
+    guard("PauseVote", [&] {
+        if (!texts_.TextVotePauseEnabled) return;
+        forEachBase([&](int slot, const std::string& base, KelvarinBase& b) {
+            KelvarinSessionConfig session;
+            int rc = b.GetSessionConfig(session);
+            if (rc != BaseErrorCode::Success) {
+                log(base + " - Pause Live Vote (GetSessionConfig) FAILED - " + status(rc), "PauseVote");
+                return;
+            }
+            session.VoteAccepting = false;
+            rc = b.SetSessionConfig(session);
+            if (rc != BaseErrorCode::Success) {
+                log(base + " - Pause Live Vote FAILED - " + status(rc), "PauseVote");
+                return;
+            }
+            bases_[static_cast<std::size_t>(slot - 1)].session = session;
+            log(base + " - Pause Live Vote", "PauseVote");
+        });
+    });
+}
+
+void KelvarinPrioritizerDriver::ResumeVote() {
+    guard("ResumeVote", [&] {
+        if (!texts_.TextVotePauseEnabled) return;
+        forEachBase([&](int slot, const std::string& base, KelvarinBase& b) {
+            KelvarinSessionConfig session;
+            int rc = b.GetSessionConfig(session);
+            if (rc != BaseErrorCode::Success) {
+                log(base + " - Resume Live Vote (GetSessionConfig) FAILED - " + status(rc), "ResumeVote");
+                return;
+            }
+            session.VoteAccepting = true;
+            rc = b.SetSessionConfig(session);
+            if (rc != BaseErrorCode::Success) {
+                log(base + " - Resume Live Vote FAILED - " + status(rc), "ResumeVote");
+                return;
+            }
+            bases_[static_cast<std::size_t>(slot - 1)].session = session;
+            log(base + " - Resume Live Vote", "ResumeVote");
+        });
+    });
+}
+
+void KelvarinPrioritizerDriver::EndVote(bool noAudio, bool clearSettings) {
+    guard("EndVote", [&] {
+        m_SilentVoteLoadedSlideNumber = -1;
+        // Ending a vote that never started is sent a single blank as its ended text.
+        const std::string endedText = m_VoteRunning ? "" : " ";
+        forEachBase([&](int, const std::string& base, KelvarinBase& b) {
+            const int rc = b.EndVote(endedText);
+            if (rc != BaseErrorCode::Success)
+                log(base + " - End Vote FAILED - " + status(rc), "EndVote");
+            else
+                log(base + " - End Vote", "EndVote");
+        });
+        m_VoteRunning = false;
+        // Requests ran as the bases' open vote, so they ended with it.
+        m_AudioRequestsOn = false;
+        if (clearSettings) {
+            GlobalState& g = c_.glo;
+            g.voteType.clear();
+            g.questionTextShort.clear();
+            g.voteText.clear();
+            g.voteEndedText.clear();
+            g.prevoteText.clear();
+            g.answerText.clear();
+            g.validAnswers.clear();
+            g.allocation = 0;
+            g.limits = 0;
+            g.points = 0;
+            g.kvpOptions = 0;
+        }
+        if (!m_AudioRequestsOn && c_.glo.options.flag(section::kAudioOptions, "AUDIO AUTO REQUESTS") && !noAudio &&
+            !c_.forms.isLoaded(FrmInit::kName))
+            StartAudioRequests("0,11");
+    });
+}
+
+void KelvarinPrioritizerDriver::StartAudioRequests(const std::string& keys) {
+    guard("StartAudioRequests", [&] {
+        const auto mask = keyMaskOfList(keys);
+        if (!mask) {
+            failed("StartAudioRequests", BaseErrorCode::InvalidVoteCharacter, "request keys " + keys);
+            return;
+        }
+        // Requests are a single-digit vote on the request keys, prompting on the keypads.
+        KelvarinVote oVote;
+        oVote.VoteType = kVoteTypeSingleDigit;
+        oVote.ItemCount = 2;
+        oVote.KeyMask = *mask;
+        oVote.VoteQuestionText = texts_.KeypadPrompt01;
+        oVote.VoteText = texts_.KeypadPrompt02;
+        forEachBase([&](int, const std::string& base, KelvarinBase& b) {
+            const int rc = b.StartVote(oVote);
+            if (rc != BaseErrorCode::Success)
+                log(base + " - Start Audio Requests FAILED - " + status(rc), "StartAudioRequests");
+            else
+                log(base + " - Start Audio Requests - Keys:" + keys, "StartAudioRequests");
+        });
+        m_AudioRequestsOn = true;
+    });
+}
+
+void KelvarinPrioritizerDriver::EndAudioRequests() {
+    guard("EndAudioRequests", [&] {
+        forEachBase([&](int, const std::string& base, KelvarinBase& b) {
+            const int rc = b.EndVote(" ");
+            if (rc != BaseErrorCode::Success)
+                log(base + " - End Audio Requests FAILED - " + status(rc), "EndAudioRequests");
+            else
+                log(base + " - End Audio Requests", "EndAudioRequests");
+        });
+        m_AudioRequestsOn = false;
+    });
+}
+
+bool KelvarinPrioritizerDriver::isDuplicate(const KelvarinVote& v) const {
+    if (m_AllowDuplicateVotes) return false;
+    auto it = m_LastVotes.find(registryKey(v.HID));
+    if (it == m_LastVotes.end()) return false;
+    const KelvarinVote& last = it->second;
+    return last.VoteReplyData == v.VoteReplyData && last.VoteQuestionText == v.VoteQuestionText &&
+           last.VoteReplyID == v.VoteReplyID;
+}
+
+void KelvarinPrioritizerDriver::rememberVote(const KelvarinVote& v) {
+    const std::string key = registryKey(v.HID);
+    auto it = m_LastVotes.find(key);
+    if (it == m_LastVotes.end()) {
+        m_LastVotes.emplace(key, v);
+    } else {
+        KelvarinVote merged = it->second;
+        auto text = [](std::string& to, const std::string& from) {
+            if (!trim(from).empty()) to = from;
+        };
+        auto number = [](auto& to, auto from) {
+            if (from != 0) to = from;
+        };
+        text(merged.HID, v.HID);
+        text(merged.VoteReplyData, v.VoteReplyData);
+        text(merged.VoteQuestionText, v.VoteQuestionText);
+        text(merged.VoteText, v.VoteText);
+        text(merged.VoteEndedText, v.VoteEndedText);
+        number(merged.SID, v.SID);
+        number(merged.BatteryStrength, v.BatteryStrength);
+        number(merged.SignalStrength, v.SignalStrength);
+        number(merged.PollGroupID, v.PollGroupID);
+        number(merged.PollSlotID, v.PollSlotID);
+        number(merged.KeyPressTimeStamp, v.KeyPressTimeStamp);
+        number(merged.VoteReplyID, v.VoteReplyID);
+        number(merged.VoteType, v.VoteType);
+        m_LastVotes.erase(it);
+        m_LastVotes.emplace(key, merged);
+    }
+    for (auto& reg : localReg_)
+        if (RegistryEntry* e = reg.find(key)) {
+            if (v.BatteryStrength != 0) e->battery = v.BatteryStrength;
+            if (v.SignalStrength != 0) e->signal = v.SignalStrength;
+        }
+}
+
+void KelvarinPrioritizerDriver::onVote(int slot, const KelvarinVote& v) {
+    guard("VoteReceived", [&] {
+        const std::string base = numText(slot);
+        log(base + " - VoteReceived Event - HID:" + v.HID + ", VoteData:" + v.VoteReplyData, "VoteReceived");
+        if (isDuplicate(v)) {
+            log("Duplicate Vote Received " + v.HID + ": " + v.VoteReplyData, "VoteReceived");
+            return;
+        }
+        rememberVote(v);
+        // The keypad number as the base's registry holds it.
+        int keypad = v.SID;
+        if (const RegistryEntry* e = localReg_[static_cast<std::size_t>(slot - 1)].find(registryKey(v.HID));
+            e && e->SID > 0)
+            keypad = e->SID;
+        VoteReceived(keypad, trim(v.VoteReplyData), numText(v.BatteryStrength), numText(v.SignalStrength), base,
+                     v.HID);
+        VoteReceivedObject(v, base);
+        if (m_AudioRequestsOn) {
+            const std::string presenter = GetFirstPresentersHID();
+            if (!presenter.empty() && registryKey(presenter) == registryKey(v.HID))
+                PresenterMicRequest(v, base, false);
+            else
+                MicRequest(v, base, false);
+        }
+    });
+}
+
+}  // namespace tlx

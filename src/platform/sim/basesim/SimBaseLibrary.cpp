@@ -1,0 +1,816 @@
+#include "platform/sim/basesim/SimBaseLibrary.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+
+#include "core/Text.h"
+#include "ports/Scheduler.h"
+
+namespace tlx {
+
+namespace {
+
+bool allDigits(const std::string& s) {
+    return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); });
+}
+
+std::string digitsOf(const std::string& s) {
+    std::string d;
+    for (char c : s)
+        if (std::isdigit(static_cast<unsigned char>(c))) d += c;
+    const auto nz = d.find_first_not_of('0');
+    return nz == std::string::npos ? (d.empty() ? "" : "0") : d.substr(nz);
+}
+
+// Key bits of a single-digit vote, as the keypads know them.
+int keyBitOf(int key) {
+    static const int bits[14] = {1024, 1, 2, 4, 8, 16, 32, 64, 128, 256, 2048, 512, 0, 0};
+    return key >= 0 && key < 14 ? bits[key] : 0;
+}
+
+constexpr int kWithdrawKey = 11;
+
+// Whether a keypad lets these keys through for the open vote.
+bool accepts(const KelvarinVote& v, const std::string& keys, bool isText) {
+    if (keys.empty()) return false;
+    switch (v.VoteType) {
+        case 9: {  // single digit
+            if (isText) return false;
+            int key = -1;
+            if (v.DisplayLetters && keys.size() == 1 && keys[0] >= 'A' && keys[0] <= 'I')
+                key = keys[0] - 'A' + 1;
+            else if (allDigits(keys) && keys.size() <= 2)
+                key = std::stoi(keys);
+            if (key < 0 || key > 13) return false;
+            return v.KeyMask == 0 || (v.KeyMask & keyBitOf(key)) != 0;
+        }
+        case 14:  // single item
+            return !isText && allDigits(keys) && keys.size() <= 2 && std::stoi(keys) <= 13;
+        case 11: {  // numeric or fractional
+            if (isText) return false;
+            int dots = 0;
+            for (char c : keys) {
+                if (c == '.')
+                    ++dots;
+                else if (!std::isdigit(static_cast<unsigned char>(c)))
+                    return false;
+            }
+            return dots == 0 || (dots == 1 && v.AllowFraction && keys.size() > 1);
+        }
+        case 2:
+        case 7:
+        case 8:
+        case 12:
+            return true;
+        default:
+            return !isText;
+    }
+}
+
+}  // namespace
+
+// ---- the station ----
+
+std::string SimBaseStation::port() const {
+    return oldest() ? numText(spec.serialPort) : spec.id;
+}
+
+bool SimBaseStation::oldest() const { return spec.connection == SimConnection::Serial; }
+
+SimKeypad* SimBaseStation::keypadBySid(int sid) {
+    for (auto& k : spec.keypads)
+        if (k.sid == sid) return &k;
+    return nullptr;
+}
+
+SimKeypad* SimBaseStation::keypadByHid(const std::string& hid) {
+    const std::string d = digitsOf(hid);
+    for (auto& k : spec.keypads)
+        if (digitsOf(k.hid) == d) return &k;
+    return nullptr;
+}
+
+std::string SimBaseStation::registryText() const {
+    std::vector<std::string> items;
+    for (const auto& k : spec.keypads) items.push_back(k.hid + ";" + numText(k.sid));
+    return join(items, "|");
+}
+
+int SimBaseStation::callCount(const std::string& operation) const {
+    auto it = calls_.find(operation);
+    return it == calls_.end() ? 0 : it->second;
+}
+
+// ---- base objects ----
+
+class SimKelvarinBase : public KelvarinBase {
+public:
+    explicit SimKelvarinBase(SimBaseLibrary& lib) : lib_(lib) {}
+    ~SimKelvarinBase() override { detach(); }
+
+    void detach() {
+        if (!st_) return;
+        auto& h = st_->handles_;
+        h.erase(std::remove(h.begin(), h.end(), this), h.end());
+        st_ = nullptr;
+    }
+
+    int GetUSBDevices(std::string& list) override {
+        std::vector<std::string> ids;
+        for (auto& s : lib_.stations_)
+            if (s->spec.connection == SimConnection::Usb && s->linkUp) ids.push_back(s->spec.id);
+        if (!lib_.extraUsb_.empty()) ids.push_back(lib_.extraUsb_);
+        list = join(ids, "|");
+        return BaseErrorCode::Success;
+    }
+    int GetEthernetDevices(std::string& list) override {
+        std::vector<std::string> items;
+        for (auto& s : lib_.stations_)
+            if (s->spec.connection == SimConnection::Ethernet && s->linkUp)
+                items.push_back(s->spec.id + ";" + s->spec.address);
+        if (!lib_.extraEthernet_.empty()) items.push_back(lib_.extraEthernet_);
+        list = join(items, "|");
+        return BaseErrorCode::Success;
+    }
+    int Connect(const std::string& connection) override {
+        SimBaseStation* found = nullptr;
+        if (contains(connection, "|")) {
+            const std::string address = trim(split(connection, "|")[0]);
+            for (auto& s : lib_.stations_)
+                if (s->spec.connection == SimConnection::Ethernet && s->spec.address == address) found = s.get();
+        } else {
+            const std::string id = digitsOf(connection);
+            for (auto& s : lib_.stations_)
+                if (s->spec.connection == SimConnection::Usb && digitsOf(s->spec.id) == id) found = s.get();
+        }
+        if (!found || !found->linkUp) return BaseErrorCode::BaseNotFound;
+        if (const int rc = lib_.enter(found, "Connect")) return rc;
+        detach();
+        st_ = found;
+        st_->handles_.push_back(this);
+        return BaseErrorCode::Success;
+    }
+    int Disconnect() override {
+        detach();
+        return BaseErrorCode::Success;
+    }
+
+    int GetBaseConfig(KelvarinBaseConfig& c) override {
+        return run("GetBaseConfig", [&](SimBaseStation& s) {
+            c.BaseName = s.spec.type;
+            c.BaseID = s.spec.id;
+            c.FirmwareVersion = s.spec.firmware;
+            c.RadioChannel = s.spec.session.PrimaryChannel;
+            if (s.staticLowSid >= 0) {
+                c.RegistryLowSID = s.staticLowSid;
+                c.RegistryHighSID = s.staticHighSid;
+            } else {
+                int lo = 0, hi = 0;
+                for (const auto& k : s.spec.keypads) {
+                    if (k.sid <= 0) continue;
+                    lo = lo == 0 ? k.sid : std::min(lo, k.sid);
+                    hi = std::max(hi, k.sid);
+                }
+                c.RegistryLowSID = lo;
+                c.RegistryHighSID = hi;
+            }
+            return 0;
+        });
+    }
+    int SetBaseConfig(const KelvarinBaseConfig& c) override {
+        return run("SetBaseConfig", [&](SimBaseStation& s) {
+            s.staticLowSid = c.RegistryLowSID;
+            s.staticHighSid = c.RegistryHighSID;
+            s.spec.session.PrimaryChannel = c.RadioChannel;
+            return 0;
+        });
+    }
+    int GetSessionConfig(KelvarinSessionConfig& c) override {
+        return run("GetSessionConfig", [&](SimBaseStation& s) {
+            c = s.spec.session;
+            return 0;
+        });
+    }
+    int SetSessionConfig(const KelvarinSessionConfig& c) override {
+        return run("SetSessionConfig", [&](SimBaseStation& s) {
+            const bool opening = c.RegistrationOpen && !s.spec.session.RegistrationOpen;
+            s.spec.session = c;
+            if (opening)  // keypads in the registry answer the programming
+                for (const auto& k : s.spec.keypads) {
+                    const std::string hid = k.hid;
+                    const int kind = k.kind;
+                    lib_.toHandles(s, lib_.eventDelayMs,
+                                   [hid, kind](SimKelvarinBase& h) { h.KeypadRegister(hid, kind, 0); });
+                }
+            return 0;
+        });
+    }
+    int RadioEnable(bool enable) override {
+        return run("RadioEnable", [&](SimBaseStation& s) {
+            const bool was = s.radioOn;
+            s.radioOn = enable;
+            if (enable && !was)  // presenter and scanner devices announce themselves
+                for (const auto& k : s.spec.keypads) {
+                    if (k.kind == DeviceKind::Keypad) continue;
+                    const std::string hid = k.hid;
+                    const int kind = k.kind;
+                    lib_.toHandles(s, lib_.eventDelayMs,
+                                   [hid, kind](SimKelvarinBase& h) { h.KeypadRegister(hid, kind, 0); });
+                }
+            return 0;
+        });
+    }
+    int RadioStatus(int& status) override {
+        return run("RadioStatus", [&](SimBaseStation& s) {
+            status = s.radioOn ? 1 : 0;
+            return 0;
+        });
+    }
+    int ResetBase() override {
+        return run("ResetBase", [&](SimBaseStation& s) {
+            s.spec.session = KelvarinSessionConfig{};
+            s.voteOpen = s.votePrepared = false;
+            return 0;
+        });
+    }
+    int RebootRadio() override { return run("RebootRadio", [](SimBaseStation&) { return 0; }); }
+
+    int GetKeypadConfig(const std::string& hid, KelvarinKeypadConfig& c) override {
+        return run("GetKeypadConfig", [&](SimBaseStation& s) {
+            SimKeypad* k = s.keypadByHid(hid);
+            if (!k) return BaseErrorCode::RegistryDeviceNotFound;
+            c = config(*k);
+            const KelvarinKeypadConfig copy = c;
+            lib_.toHandles(s, lib_.eventDelayMs, [copy](SimKelvarinBase& h) { h.KeypadConfig(copy); });
+            return 0;
+        });
+    }
+    int SetKeypadConfig(const KelvarinKeypadConfig& c) override {
+        return run("SetKeypadConfig", [&](SimBaseStation& s) {
+            SimKeypad* k = s.keypadByHid(c.HID);
+            if (!k) return BaseErrorCode::RegistryDeviceNotFound;
+            if (c.SID > 0) k->sid = c.SID;
+            return 0;
+        });
+    }
+    int GetRegistry(std::string& registry) override {
+        return run("GetRegistry", [&](SimBaseStation& s) {
+            registry = s.registryText();
+            return 0;
+        });
+    }
+    int GetKeypadFromRegistry(int sid, KelvarinKeypadConfig& c) override {
+        return run("GetKeypadFromRegistry", [&](SimBaseStation& s) {
+            SimKeypad* k = s.keypadBySid(sid);
+            if (!k) return BaseErrorCode::RegistryDeviceNotFound;
+            c = config(*k);
+            return 0;
+        });
+    }
+    int AddKeypadToRegistry(const std::string& hid, int sid) override {
+        return run("AddKeypadToRegistry", [&](SimBaseStation& s) {
+            if (s.spec.session.RegistryMode == 0) return BaseErrorCode::RegistryModeFixed;
+            if (SimKeypad* k = s.keypadByHid(hid)) {
+                k->sid = sid;
+                return 0;
+            }
+            SimKeypad k;
+            k.hid = digitsOf(hid);
+            k.sid = sid;
+            s.spec.keypads.push_back(k);
+            return 0;
+        });
+    }
+    int DeleteKeypadFromRegistry(const std::string& hid) override {
+        return run("DeleteKeypadFromRegistry", [&](SimBaseStation& s) {
+            if (s.spec.session.RegistryMode == 0) return BaseErrorCode::RegistryModeFixed;
+            auto& ks = s.spec.keypads;
+            const std::string d = digitsOf(hid);
+            const auto it = std::find_if(ks.begin(), ks.end(), [&](const SimKeypad& k) { return digitsOf(k.hid) == d; });
+            if (it == ks.end()) return BaseErrorCode::RegistryDeviceNotFound;
+            ks.erase(it);
+            return 0;
+        });
+    }
+    int DeleteRegistry() override {
+        return run("DeleteRegistry", [&](SimBaseStation& s) {
+            if (s.spec.session.RegistryMode == 0) return BaseErrorCode::RegistryModeFixed;
+            s.spec.keypads.clear();
+            return 0;
+        });
+    }
+    int UpdateRegistryFlashRIT(const std::string& hid, int) override {
+        return run("UpdateRegistryFlashRIT", [&](SimBaseStation& s) {
+            return s.keypadByHid(hid) ? 0 : BaseErrorCode::RegistryDeviceNotFound;
+        });
+    }
+
+    int StartAudio(const std::string& hid, const KelvarinAudioOptions&) override {
+        return run("StartAudio", [&](SimBaseStation& s) {
+            SimKeypad* k = s.keypadByHid(hid);
+            if (!k) return BaseErrorCode::RegistryDeviceNotFound;
+            s.audioHid = k->hid;
+            KelvarinAudioStatus status{true, k->signal, 200};
+            lib_.toHandles(s, lib_.eventDelayMs, [status](SimKelvarinBase& h) { h.AudioStatus(status); });
+            return 0;
+        });
+    }
+    int StopAudio() override {
+        return run("StopAudio", [&](SimBaseStation& s) {
+            s.audioHid.clear();
+            lib_.toHandles(s, lib_.eventDelayMs, [](SimKelvarinBase& h) { h.AudioStatus(KelvarinAudioStatus{}); });
+            return 0;
+        });
+    }
+
+    int PrepareKeypadSurveyScan(const std::vector<std::string>& hids, const KelvarinSurveyOptions& o) override {
+        return run("PrepareKeypadSurveyScan", [&](SimBaseStation& s) {
+            if (hids.empty()) return BaseErrorCode::RegistryNoDataFound;
+            for (const auto& h : hids)
+                if (!s.keypadByHid(h)) return BaseErrorCode::RegistryDeviceNotFound;
+            s.surveyHids_ = hids;
+            s.surveyOptions_ = o;
+            s.surveyPrepared_ = true;
+            return 0;
+        });
+    }
+    int BeginKeypadSurveyScan() override {
+        return run("BeginKeypadSurveyScan", [&](SimBaseStation& s) {
+            if (!s.surveyPrepared_) return BaseErrorCode::UnknownError;
+            s.surveyPrepared_ = false;
+            const int runId = ++s.surveyRun_;
+            if (s.silent_.count("BeginKeypadSurveyScan")) return 0;
+            std::vector<int> channels = s.surveyOptions_.Channels;
+            if (channels.empty()) {
+                const int step = std::max(1, s.surveyOptions_.ChannelStep);
+                for (int c = s.surveyOptions_.StartChannel; c <= s.surveyOptions_.EndChannel && c <= 255; c += step)
+                    channels.push_back(c);
+            }
+            const int votes = std::max(0, s.surveyOptions_.VotesPerChannel);
+            int at = 0;
+            for (int channel : channels) {
+                at += 50;
+                for (const auto& hid : s.surveyHids_) {
+                    KelvarinSurveyReply r;
+                    r.HID = hid;
+                    r.ChannelIndex = channel;
+                    r.VotesSent = votes;
+                    r.Acks = votes - static_cast<int>(lib_.rng_() % static_cast<unsigned>(votes / 2 + 1));
+                    SimBaseStation* st = &s;
+                    lib_.toHandles(s, at, [r, st, runId](SimKelvarinBase& h) {
+                        if (st->surveyRun_ == runId) h.KeypadSurveyReply(r);
+                    });
+                }
+            }
+            KelvarinSurveyReply end;
+            end.EndOfScan = true;
+            SimBaseStation* st = &s;
+            lib_.toHandles(s, at + 50, [end, st, runId](SimKelvarinBase& h) {
+                if (st->surveyRun_ == runId) h.KeypadSurveyReply(end);
+            });
+            return 0;
+        });
+    }
+    int EndKeypadSurveyScan() override {
+        return run("EndKeypadSurveyScan", [&](SimBaseStation& s) {
+            ++s.surveyRun_;
+            s.surveyPrepared_ = false;
+            return 0;
+        });
+    }
+
+    int StartVote(const KelvarinVote& v) override {
+        return run("StartVote", [&](SimBaseStation& s) {
+            lib_.openVote(s, v);
+            return 0;
+        });
+    }
+    int PrepareVote(const KelvarinVote& v) override {
+        return run("PrepareVote", [&](SimBaseStation& s) {
+            s.preparedVote = v;
+            s.votePrepared = true;
+            return 0;
+        });
+    }
+    int BeginLiveVote() override {
+        return run("BeginLiveVote", [&](SimBaseStation& s) {
+            if (!s.votePrepared) return BaseErrorCode::UnknownError;
+            s.votePrepared = false;
+            lib_.openVote(s, s.preparedVote);
+            return 0;
+        });
+    }
+    int PauseVote() override {
+        return run("PauseVote", [&](SimBaseStation& s) {
+            s.spec.session.VoteAccepting = false;
+            return 0;
+        });
+    }
+    int ResumeVote() override {
+        return run("ResumeVote", [&](SimBaseStation& s) {
+            s.spec.session.VoteAccepting = true;
+            return 0;
+        });
+    }
+    int EndVote(const std::string& endedText) override {
+        return run("EndVote", [&](SimBaseStation& s) {
+            if (s.voteOpen)
+                for (auto& k : s.spec.keypads) k.display = s.vote.VoteEndedText;
+            s.voteOpen = false;
+            s.lastEndedText = endedText;
+            return 0;
+        });
+    }
+
+    int GetChannelList(KelvarinChannelList& list) override {
+        return run("GetChannelList", [&](SimBaseStation& s) {
+            list.Channel = s.spec.session.AltChannels;
+            return 0;
+        });
+    }
+    int ChannelScan(int fromChannel, int toChannel, int, int) override {
+        return run("ChannelScan", [&](SimBaseStation& s) {
+            if (s.silent_.count("ChannelScan")) return 0;
+            for (int c = fromChannel; c <= toChannel; ++c) {
+                KelvarinChannelScanReply r{c, 40 + static_cast<int>(lib_.rng_() % 61)};
+                lib_.toHandles(s, lib_.scanReplyDelayMs, [r](SimKelvarinBase& h) { h.KeypadChannelScanReply(r); });
+            }
+            return 0;
+        });
+    }
+
+    int ShowWinningKeypad(const std::string& hid, const KelvarinWinnerMessage& m) override {
+        return run("ShowWinningKeypad", [&](SimBaseStation& s) {
+            SimKeypad* k = s.keypadByHid(hid);
+            if (!k) return BaseErrorCode::RegistryDeviceNotFound;
+            k->display = m.LoadMessage + "|" + m.MainMessage;
+            return 0;
+        });
+    }
+    int SetPresenterEchoMessage(const std::string& hid, const std::string& text) override {
+        return run("SetPresenterEchoMessage", [&](SimBaseStation& s) {
+            SimKeypad* k = s.keypadByHid(hid);
+            if (!k) return BaseErrorCode::RegistryDeviceNotFound;
+            k->display = text;
+            s.presenterEcho = text;
+            return 0;
+        });
+    }
+    int SetPresenterGotoMenu(const std::string& hid, const std::string& menu) override {
+        return run("SetPresenterGotoMenu", [&](SimBaseStation& s) {
+            if (!s.keypadByHid(hid)) return BaseErrorCode::RegistryDeviceNotFound;
+            s.presenterMenu = menu;
+            return 0;
+        });
+    }
+
+private:
+    template <class F>
+    int run(const char* operation, F&& fn) {
+        if (const int rc = lib_.enter(st_, operation)) return rc;
+        return fn(*st_);
+    }
+    static KelvarinKeypadConfig config(const SimKeypad& k) {
+        KelvarinKeypadConfig c;
+        c.HID = k.hid;
+        c.SID = k.sid;
+        c.Kind = k.kind;
+        c.FirmwareVersion = k.firmware;
+        c.BatteryStrength = k.battery;
+        c.SignalStrength = k.signal;
+        return c;
+    }
+
+    SimBaseLibrary& lib_;
+    SimBaseStation* st_ = nullptr;
+};
+
+// ---- the oldest bases' control ----
+
+class SimVPanel : public KelvarinVPanel {
+public:
+    explicit SimVPanel(SimBaseLibrary& lib) : lib_(lib) { lib_.panels_.push_back(this); }
+    ~SimVPanel() override {
+        auto& p = lib_.panels_;
+        p.erase(std::remove(p.begin(), p.end(), this), p.end());
+    }
+    bool hasOpen(int port) const { return std::find(open_.begin(), open_.end(), port) != open_.end(); }
+
+    std::vector<int> AvailablePorts() override {
+        std::vector<int> ports;
+        for (auto& s : lib_.stations_)
+            if (s->oldest() && s->linkUp) ports.push_back(s->spec.serialPort);
+        return ports;
+    }
+    int OpenPort(int port) override {
+        SimBaseStation* s = station(port);
+        if (!s || !s->linkUp) return BaseErrorCode::BaseNotFound;
+        if (const int rc = lib_.enter(s, "OpenPort")) return rc;
+        if (!hasOpen(port)) open_.push_back(port);
+        return 0;
+    }
+    int ClosePort(int port) override {
+        open_.erase(std::remove(open_.begin(), open_.end(), port), open_.end());
+        return 0;
+    }
+    int StartVote(int port, const KelvarinVote& vote) override {
+        SimBaseStation* s = hasOpen(port) ? station(port) : nullptr;
+        if (const int rc = lib_.enter(s, "StartVote")) return rc;
+        lib_.openVote(*s, vote);
+        return 0;
+    }
+    int EndVote(int port) override {
+        SimBaseStation* s = hasOpen(port) ? station(port) : nullptr;
+        if (const int rc = lib_.enter(s, "EndVote")) return rc;
+        s->voteOpen = false;
+        return 0;
+    }
+    int SetDetectMode(int mode) override {
+        for (auto& s : lib_.stations_)
+            if (s->oldest()) s->detectMode = mode;
+        return 0;
+    }
+
+private:
+    SimBaseStation* station(int port) {
+        for (auto& s : lib_.stations_)
+            if (s->oldest() && s->spec.serialPort == port) return s.get();
+        return nullptr;
+    }
+    SimBaseLibrary& lib_;
+    std::vector<int> open_;
+};
+
+// ---- the library ----
+
+SimBaseLibrary::SimBaseLibrary(Scheduler& scheduler, unsigned seed) : scheduler_(scheduler), rng_(seed) {}
+
+SimBaseLibrary::~SimBaseLibrary() {
+    for (const auto& [key, id] : pending_) scheduler_.cancel(id);
+}
+
+std::unique_ptr<KelvarinBase> SimBaseLibrary::createBase(LibraryGeneration) {
+    return std::make_unique<SimKelvarinBase>(*this);
+}
+
+std::unique_ptr<KelvarinVPanel> SimBaseLibrary::createVPanel() { return std::make_unique<SimVPanel>(*this); }
+
+SimBaseStation& SimBaseLibrary::addBase(SimBaseSpec spec) {
+    if (spec.connection != SimConnection::Serial) spec.id = digitsOf(spec.id);
+    stations_.push_back(std::make_unique<SimBaseStation>(std::move(spec)));
+    return *stations_.back();
+}
+
+SimBaseStation* SimBaseLibrary::find(const std::string& base) {
+    const std::string b = trim(base);
+    for (auto& s : stations_)
+        if (s->port() == b) return s.get();
+    const std::string d = digitsOf(b);
+    if (d.empty()) return nullptr;
+    for (auto& s : stations_)
+        if (digitsOf(s->port()) == d) return s.get();
+    return nullptr;
+}
+
+long long SimBaseLibrary::nowMs() const {
+    return static_cast<long long>(std::llround(scheduler_.monotonicSeconds() * 1000.0));
+}
+
+void SimBaseLibrary::later(int delayMs, std::function<void()> fn) {
+    const std::uint64_t key = ++nextKey_;
+    const std::uint64_t id = scheduler_.post(delayMs, [this, key, fn = std::move(fn)] {
+        pending_.erase(key);
+        fn();
+    });
+    pending_[key] = id;
+}
+
+void SimBaseLibrary::toHandles(SimBaseStation& st, int delayMs, std::function<void(SimKelvarinBase&)> fn) {
+    SimBaseStation* s = &st;
+    later(delayMs, [s, fn = std::move(fn)] {
+        const auto handles = s->handles_;
+        for (SimKelvarinBase* h : handles)
+            if (std::find(s->handles_.begin(), s->handles_.end(), h) != s->handles_.end()) fn(*h);
+    });
+}
+
+void SimBaseLibrary::toPanels(SimBaseStation& st, int delayMs, std::function<void(SimVPanel&)> fn) {
+    const int port = st.spec.serialPort;
+    later(delayMs, [this, port, fn = std::move(fn)] {
+        const auto panels = panels_;
+        for (SimVPanel* p : panels)
+            if (std::find(panels_.begin(), panels_.end(), p) != panels_.end() && p->hasOpen(port)) fn(*p);
+    });
+}
+
+int SimBaseLibrary::enter(SimBaseStation* st, const char* operation) {
+    if (!st) return BaseErrorCode::BaseNotFound;
+    ++st->calls_[operation];
+    if (auto it = st->failures_.find(operation); it != st->failures_.end()) {
+        const int code = it->second.code;
+        if (it->second.times > 0 && --it->second.times == 0) st->failures_.erase(it);
+        return code;
+    }
+    if (!st->linkUp) return BaseErrorCode::BaseDisconnected;
+    return BaseErrorCode::Success;
+}
+
+void SimBaseLibrary::openVote(SimBaseStation& st, const KelvarinVote& vote) {
+    st.vote = vote;
+    st.voteOpen = true;
+    st.spec.session.VoteAccepting = true;
+    ++st.voteId;
+    st.voteOpenedMs_ = nowMs();
+    for (auto& k : st.spec.keypads) k.display = vote.VoteQuestionText;
+}
+
+std::vector<std::string> SimBaseLibrary::bases() const {
+    std::vector<std::string> v;
+    for (const auto& s : stations_) v.push_back(s->spec.type + ";" + s->port());
+    return v;
+}
+
+SimOutcome SimBaseLibrary::keyPress(SimBaseStation& st, int keypad, const std::string& keys, bool isText,
+                                   bool withdraw) {
+    SimKeypad* kp = st.keypadBySid(keypad);
+    if (!kp) return {false, "Keypad " + numText(keypad) + " is not registered on base " + st.port()};
+    if (!st.linkUp) return {false, "Base " + st.port() + " is disconnected"};
+    if (!st.voteOpen) return {false, "No vote open on base " + st.port()};
+    if (st.oldest()) {
+        const int port = st.spec.serialPort;
+        const int sid = kp->sid;
+        toPanels(st, eventDelayMs, [port, sid, keys](SimVPanel& p) { p.VoteReceived(port, sid, keys); });
+        return {};
+    }
+    if (!st.spec.session.VoteAccepting) return {false, "Voting is paused on base " + st.port()};
+    std::string data = keys;
+    if (withdraw) {
+        if (st.vote.KeyMask != 0 && !(st.vote.KeyMask & keyBitOf(kWithdrawKey)))
+            return {false, "The open vote takes no withdrawals"};
+        data = "*";
+    } else if (!accepts(st.vote, keys, isText)) {
+        return {false, "Keys " + keys + " not accepted by vote type " + numText(st.vote.VoteType)};
+    }
+    KelvarinVote v = st.vote;
+    v.HID = kp->hid;
+    v.SID = kp->sid;
+    v.VoteReplyData = data;
+    v.BatteryStrength = kp->battery;
+    v.SignalStrength = kp->signal;
+    v.PollGroupID = 1;
+    v.PollSlotID = kp->sid;
+    v.KeyPressTimeStamp = nowMs() - st.voteOpenedMs_;
+    v.VoteReplyID = st.voteId;
+    kp->display = v.VoteText;
+    toHandles(st, eventDelayMs, [v](SimKelvarinBase& h) { h.VoteReceived(v); });
+    return {};
+}
+
+SimOutcome SimBaseLibrary::press(const std::string& base, int keypad, const std::string& keys) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    return keyPress(*st, keypad, trim(keys), false, false);
+}
+
+SimOutcome SimBaseLibrary::text(const std::string& base, int keypad, const std::string& text) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    return keyPress(*st, keypad, text, true, false);
+}
+
+SimOutcome SimBaseLibrary::micRequest(const std::string& base, int keypad, bool withdraw) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    return keyPress(*st, keypad, "0", false, withdraw);
+}
+
+SimOutcome SimBaseLibrary::crowd(const std::string& base, int keypads, const std::string& answers, int perSecond) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    std::vector<std::string> choices;
+    const std::string a = trim(answers);
+    if (contains(a, ",")) {
+        for (const auto& c : split(a, ","))
+            if (!trim(c).empty()) choices.push_back(trim(c));
+    } else {
+        for (char c : a)
+            if (c != ' ') choices.emplace_back(1, c);
+    }
+    if (choices.empty()) return {false, "No answers given"};
+    std::vector<int> sids;
+    for (const auto& k : st->spec.keypads)
+        if (k.kind == DeviceKind::Keypad && static_cast<int>(sids.size()) < keypads) sids.push_back(k.sid);
+    const double interval = perSecond > 0 ? 1000.0 / perSecond : 0.0;
+    const int run = crowdRun_;
+    for (std::size_t i = 0; i < sids.size(); ++i) {
+        const std::string answer = choices[rng_() % choices.size()];
+        const int sid = sids[i];
+        later(static_cast<int>(std::lround(static_cast<double>(i) * interval)), [this, st, sid, answer, run] {
+            if (run == crowdRun_) keyPress(*st, sid, answer, false, false);
+        });
+    }
+    return {true, numText(static_cast<long long>(sids.size())) + " keypads"};
+}
+
+SimOutcome SimBaseLibrary::fail(const std::string& base, const std::string& operation, int code, int times) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    if (code == 0 || times == 0)
+        st->failures_.erase(operation);
+    else
+        st->failures_[operation] = {code, times};
+    return {};
+}
+
+SimOutcome SimBaseLibrary::neverReply(const std::string& base, const std::string& operation, bool on) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    if (on)
+        st->silent_.insert(operation);
+    else
+        st->silent_.erase(operation);
+    return {};
+}
+
+SimOutcome SimBaseLibrary::error(const std::string& base, int code, const std::string& extra) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    if (st->oldest()) {
+        const int port = st->spec.serialPort;
+        toPanels(*st, eventDelayMs, [port, code](SimVPanel& p) { p.ErrorMessage(port, code); });
+    } else {
+        toHandles(*st, eventDelayMs, [code, extra](SimKelvarinBase& h) { h.Error(code, extra); });
+    }
+    return {};
+}
+
+SimOutcome SimBaseLibrary::disconnect(const std::string& base, int reconnectAfterMs) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    if (!st->linkUp) return {false, "Base " + base + " is already disconnected"};
+    st->linkUp = false;
+    error(base, st->oldest() ? 1 : BaseErrorCode::BaseDisconnectedReconnecting);
+    if (reconnectAfterMs >= 0) {
+        const std::string port = st->port();
+        later(reconnectAfterMs, [this, port] { reconnect(port); });
+    }
+    return {};
+}
+
+SimOutcome SimBaseLibrary::reconnect(const std::string& base) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    if (st->linkUp) return {false, "Base " + base + " is connected"};
+    st->linkUp = true;
+    if (!st->oldest()) error(base, BaseErrorCode::AutoReconnectSuccess);
+    return {};
+}
+
+SimOutcome SimBaseLibrary::presenterCommand(const std::string& base, int command, int source, int value) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    std::string hid;
+    for (const auto& k : st->spec.keypads)
+        if (k.kind == DeviceKind::Presenter) {
+            hid = k.hid;
+            break;
+        }
+    if (hid.empty()) return {false, "No presenter keypad on base " + base};
+    if (!st->linkUp) return {false, "Base " + base + " is disconnected"};
+    toHandles(*st, eventDelayMs, [hid, command, source, value](SimKelvarinBase& h) {
+        h.PresenterCommandReceived(hid, command, source, value);
+    });
+    return {};
+}
+
+SimOutcome SimBaseLibrary::scannerCommand(const std::string& base, const std::string& data) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    std::string hid;
+    for (const auto& k : st->spec.keypads)
+        if (k.kind == DeviceKind::Scanner) {
+            hid = k.hid;
+            break;
+        }
+    if (hid.empty()) return {false, "No scanner on base " + base};
+    toHandles(*st, eventDelayMs, [hid, data](SimKelvarinBase& h) { h.ScannerCommandReceived(hid, data); });
+    return {};
+}
+
+SimOutcome SimBaseLibrary::reportConfig(const std::string& port, const VPanelBaseConfig& config) {
+    SimBaseStation* st = find(port);
+    if (!st || !st->oldest()) return {false, "Unknown base " + port};
+    toPanels(*st, eventDelayMs, [config](SimVPanel& p) { p.BaseConfigReport(config); });
+    return {};
+}
+
+SimOutcome SimBaseLibrary::presenterKey(const std::string& port, const std::string& keyName) {
+    SimBaseStation* st = find(port);
+    if (!st || !st->oldest()) return {false, "Unknown base " + port};
+    const int p = st->spec.serialPort;
+    toPanels(*st, eventDelayMs, [p, keyName](SimVPanel& panel) { panel.PresenterKey(p, keyName); });
+    return {};
+}
+
+}  // namespace tlx

@@ -1,0 +1,99 @@
+// The base section of a simulation set-up file.
+#include <cmath>
+
+#include "core/Settings.h"
+#include "core/Text.h"
+#include "platform/sim/basesim/SimBaseLibrary.h"
+
+namespace tlx {
+
+namespace {
+
+long long toLong(const std::string& s) {
+    const double v = ParseNumber(s);
+    return std::fabs(v) < 1e15 ? static_cast<long long>(v) : 0;
+}
+
+}  // namespace
+
+std::vector<int> parseKeypadList(const std::string& list) {
+    std::vector<int> out;
+    for (const auto& part : split(list, ",")) {
+        const std::string p = trim(part);
+        if (p.empty()) continue;
+        const auto [a, b] = splitOnce(p, "-");
+        if (!isNumeric(a) || (contains(p, "-") && !isNumeric(b))) continue;
+        const long long from = toLong(a);
+        const long long to = contains(p, "-") ? toLong(b) : from;
+        if (from < 1 || to < from || to > 4095) continue;
+        for (long long k = from; k <= to; ++k) out.push_back(static_cast<int>(k));
+    }
+    return out;
+}
+
+int loadSimBases(SimBaseLibrary& library, const std::string& file) {
+    auto get = [&](const std::string& section, const std::string& key, const std::string& def = "") {
+        return trim(GetProfileString(file, section, key, def));
+    };
+    const std::string seed = get("bases", "seed");
+    if (!seed.empty()) library.setSeed(static_cast<unsigned>(toLong(seed)));
+    const long long count = toLong(get("bases", "count", "0"));
+    int added = 0;
+    for (long long n = 1; n <= count && n <= 64; ++n) {
+        const std::string sec = "base" + numText(n);
+        SimBaseSpec spec;
+        spec.type = toUpper(get(sec, "type", "KELVARIN COREHUB G2"));
+        const std::string connection = toLower(get(sec, "connection", "usb"));
+        spec.connection = connection == "ethernet" ? SimConnection::Ethernet
+                          : connection == "serial" || spec.type == "KELVARIN BASE V3" ? SimConnection::Serial
+                                                                                     : SimConnection::Usb;
+        spec.id = get(sec, "id", numText(100100100100LL + n - 1));
+        spec.address = get(sec, "address", "192.168.1." + numText(100 + n));
+        spec.serialPort = static_cast<int>(toLong(get(sec, "port", numText(n))));
+        spec.firmware = get(sec, "firmware", spec.type == "KELVARIN COREHUB G1" ? "1.01.00.1607.1819"
+                                                                               : "2.00.01.1801.1545");
+        spec.session.PrimaryChannel = static_cast<int>(toLong(get(sec, "channel", "69")));
+        spec.session.SessionID = static_cast<int>(toLong(get(sec, "session", "1")));
+        const int battery = static_cast<int>(toLong(get(sec, "battery", "385")));
+        const int signal = static_cast<int>(toLong(get(sec, "signal", "-45")));
+
+        const std::string registry = get(sec, "registry");
+        if (!registry.empty()) {
+            for (const auto& item : split(registry, "|")) {
+                const auto f = split(item, ";");
+                if (f.size() != 2 || !isNumeric(f[1])) continue;
+                SimKeypad k;
+                k.hid = trim(f[0]);
+                k.sid = static_cast<int>(toLong(f[1]));
+                k.battery = battery;
+                k.signal = signal;
+                spec.keypads.push_back(k);
+            }
+        } else {
+            const auto sids = parseKeypadList(get(sec, "keypads", "1-20"));
+            long long hid = toLong(get(sec, "hidstart", numText(300100001LL + (n - 1) * 10000)));
+            for (int sid : sids) {
+                SimKeypad k;
+                k.hid = numText(hid++);
+                k.sid = sid;
+                k.battery = battery;
+                k.signal = signal;
+                spec.keypads.push_back(k);
+            }
+        }
+        for (const auto& [key, kind] : {std::pair{"presenter", DeviceKind::Presenter},
+                                        std::pair{"scanner", DeviceKind::Scanner}}) {
+            const std::string hid = get(sec, key);
+            if (hid.empty()) continue;
+            SimKeypad k;
+            k.hid = hid;
+            k.kind = kind;
+            spec.keypads.push_back(k);
+        }
+        library.addBase(std::move(spec));
+        ++added;
+    }
+    return added;
+}
+
+}  // namespace tlx

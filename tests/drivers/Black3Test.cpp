@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include "DriverWorld.h"
+#include "core/FrmInit.h"
+#include "drivers/Black3Driver.h"
+#include "drivers/PresenterKeys.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+const std::string kCommsMessage =
+    "Communication Error - Base Station 3\r\nIt may be necessary to remove and reconnect the base station before "
+    "continuing";
+const std::string kRecovery =
+    "Base station 7 has recovered from a configuration error and been reset to the following factory "
+    "defaults\r\n\r\n\tRadio Channel = 75\r\n\tSession ID = 0\r\n\r\nPlease ensure these settings match your "
+    "keypad system before attempting to vote";
+
+struct OldBaseWorld {
+    OldBaseWorld() : drivers(w.useSimBases()) {
+        SimBaseSpec spec;
+        spec.type = "KELVARIN BASE V3";
+        spec.connection = SimConnection::Serial;
+        spec.serialPort = 3;
+        for (int k = 1; k <= 10; ++k) {
+            SimKeypad kp;
+            kp.hid = std::to_string(k);
+            kp.sid = k;
+            spec.keypads.push_back(kp);
+        }
+        w.baseLibrary.addBase(spec);
+        w.writePortFile({{"3", "KELVARIN BASE V3", 1, 10}});
+        w.start();
+        w.c().voteIntake = &intake;
+    }
+    kpdriver_KELVARIN_BLACK_3& v3() { return *drivers.v3(); }
+    void settle() { w.scheduler.advance(100); }
+    std::size_t messages(const std::string& text) {
+        std::size_t n = 0;
+        for (const auto& s : w.dialogs.shown) n += s.text == text ? 1 : 0;
+        return n;
+    }
+    void report(int channel, int session = 1, int third = 32, bool reset = false) {
+        VPanelBaseConfig c;
+        c.Port = 3;
+        c.BaseNumber = 7;
+        c.RadioChannel = channel;
+        c.SessionID = session;
+        c.Third = third;
+        c.ResetFlag = reset;
+        w.baseLibrary.reportConfig("3", c);
+        settle();
+    }
+    TestWorld w;
+    KelvarinDrivers& drivers;
+    RecordingIntake intake;
+};
+}  // namespace
+
+TEST(Black3, ConfigurationRecoveryCheck) {
+    OldBaseWorld o;
+    EXPECT_FALSE(o.w.dialogs.any("Unable to initialise"));
+    o.report(6);
+    o.report(77);
+    EXPECT_EQ(o.messages(kRecovery), 0u);
+    EXPECT_EQ(o.v3().speedText, "256 kbps");
+    o.report(5);
+    EXPECT_EQ(o.messages(kRecovery), 1u);
+    EXPECT_EQ(o.w.dialogs.shown.back().title, "Kelvarin Base Station Error Recovery");
+    o.report(78);
+    o.report(40, 256);
+    o.report(40, 1, 31);
+    o.report(40, 1, 32, true);
+    EXPECT_EQ(o.messages(kRecovery), 5u);
+    o.report(40, 255);
+    o.report(40, 0);
+    EXPECT_EQ(o.messages(kRecovery), 5u);
+}
+
+TEST(Black3, EveryCommsErrorDuringAVoteEndsItWithTheMessage) {
+    OldBaseWorld o;
+    o.w.glo().Voting = true;
+    o.w.baseLibrary.error("3", 1);
+    o.settle();
+    EXPECT_EQ(o.v3().CommsErrorCounter("3"), 0);
+    o.w.baseLibrary.error("3", 1);
+    o.settle();
+    EXPECT_EQ(o.v3().CommsErrorCounter("3"), 0);
+    EXPECT_EQ(o.messages(kCommsMessage), 2u);
+    EXPECT_EQ(o.w.dialogs.shown.back().title, "tallix");
+    EXPECT_TRUE(o.v3().logged("glo.Voting = TRUE, CommsErrorCounter = 0"));
+    EXPECT_TRUE(o.v3().logged("Auto Restart Vote Failed"));
+    EXPECT_FALSE(o.v3().logged("Controller.StartVote"));
+    EXPECT_TRUE(o.w.logged("Base Station Failure - Port 3"));
+    EXPECT_TRUE(o.v3().logged(" Base Station ERROR: 3, 1"));
+}
+
+TEST(Black3, CommsErrorOutsideAVoteOrDuringSetUp) {
+    OldBaseWorld o;
+    o.w.baseLibrary.error("3", 1);
+    o.settle();
+    EXPECT_EQ(o.messages(kCommsMessage), 1u);
+    EXPECT_FALSE(o.w.logged("Base Station Failure"));
+    o.w.c().forms.load<FrmInit>(o.w.c());
+    o.w.glo().Voting = true;
+    o.w.baseLibrary.error("3", 1);
+    o.settle();
+    EXPECT_EQ(o.messages(kCommsMessage), 1u);
+
+    o.w.glo().waitingForBase = true;
+    o.w.baseLibrary.error("3", 20);
+    o.w.baseLibrary.error("3", 9);  // only logged
+    o.settle();
+    EXPECT_FALSE(o.w.glo().waitingForBase);
+    EXPECT_EQ(o.messages(kCommsMessage), 1u);
+}
+
+TEST(Black3, PresenterKeysAndVotes) {
+    OldBaseWorld o;
+    o.w.baseLibrary.presenterKey("3", "GOTO12");
+    o.w.baseLibrary.presenterKey("3", "V");
+    o.w.baseLibrary.presenterKey("3", "GOTOx");
+    o.w.desktop.addProcess("CHARTIST.EXE");
+    o.w.baseLibrary.presenterKey("3", "PageDown");
+    o.settle();
+    EXPECT_EQ(o.w.desktop.keysSent(), (std::vector<int>{'1', '2', vk::Enter, vk::V, vk::Space}));
+
+    o.w.glo().voteType = "UNKNOWN";
+    o.v3().StartVote("3");
+    EXPECT_EQ(o.w.baseLibrary.station(0).callCount("StartVote"), 0);
+    o.w.glo().voteType = "SINGLEDIGIT";
+    o.v3().StartVote("3");
+    EXPECT_TRUE(o.w.baseLibrary.press("3", 4, "2"));
+    o.settle();
+    ASSERT_EQ(o.intake.records.size(), 1u);
+    EXPECT_EQ(o.intake.records[0].votes[0], "2");
+    EXPECT_EQ(o.intake.records[0].keypads[0], 4.0f);
+    EXPECT_EQ(o.intake.records[0].base, 3);
+    o.v3().EndVote("3");
+    EXPECT_FALSE(o.w.baseLibrary.press("3", 4, "2"));
+    EXPECT_TRUE(o.v3().SetDetectMode(2));
+    EXPECT_FALSE(o.v3().SetDetectMode(5));
+}

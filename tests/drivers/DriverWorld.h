@@ -1,0 +1,76 @@
+#pragma once
+// A started controller whose keypad drivers run over simulated bases, with a vote intake
+// that records what the drivers hand on.
+#include <string>
+#include <vector>
+
+#include "core/BaseDrivers.h"
+#include "core/MainForm.h"
+#include "drivers/KelvarinDrivers.h"
+#include "drivers/PrioritizerDriver.h"
+#include "support/TestWorld.h"
+
+namespace tlx::test {
+
+struct IntakeRecord {
+    std::vector<float> keypads;
+    std::vector<std::string> votes;
+    int base;
+};
+
+class RecordingIntake : public VoteIntake {
+public:
+    void SendVotes(std::vector<float>& keypads, std::vector<std::string>& votes, double, int baseIndex) override {
+        records.push_back({keypads, votes, baseIndex});
+    }
+    std::vector<IntakeRecord> records;
+    std::vector<std::string> votes() const {
+        std::vector<std::string> v;
+        for (const auto& r : records) v.insert(v.end(), r.votes.begin(), r.votes.end());
+        return v;
+    }
+};
+
+// HIDs of base n (1-based) start at 300100001 + (n - 1) * 10000.
+inline long long hidStart(int base) { return 300100001LL + (base - 1) * 10000LL; }
+
+class DriverWorld {
+public:
+    // Corehub G2 bases with these serial numbers, each with `keypads` keypads, configured in
+    // the port file and connected at start-up.
+    explicit DriverWorld(std::vector<std::string> ids = {"100100100100"}, int keypads = 40,
+                         bool start = true)
+        : drivers(w.useSimBases()) {
+        std::vector<PortEntry> entries;
+        int n = 0;
+        for (const auto& id : ids) {
+            ++n;
+            w.addSimBase(id, keypads, "KELVARIN COREHUB G2", hidStart(n));
+            entries.push_back({id, "KELVARIN COREHUB G2", 1, keypads});
+        }
+        w.writePortFile(entries);
+        if (start) this->start();
+    }
+    void start() {
+        w.start();
+        w.c().voteIntake = &intake;
+        settle();
+    }
+    void settle(int ms = 100) { w.scheduler.advance(ms); }
+
+    TestWorld w;
+    KelvarinDrivers& drivers;
+    RecordingIntake intake;
+    SimBaseLibrary& sim() { return w.baseLibrary; }
+    SimBaseStation& station(std::size_t i = 0) { return w.baseLibrary.station(i); }
+    kpdriver_KELVARIN_Prioritizer_g2& g2() { return *drivers.oKVv5(); }
+    GlobalState& glo() { return w.glo(); }
+    // A single-digit vote with answers 1..n.
+    void singleDigit(int options = 4) {
+        glo().voteType = "SINGLEDIGIT";
+        glo().startFrom = 1;
+        glo().optionCount = options;
+    }
+};
+
+}  // namespace tlx::test

@@ -1,0 +1,212 @@
+#include <gtest/gtest.h>
+
+#include "DriverWorld.h"
+#include "core/Text.h"
+#include "ports/AppError.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+TEST(ListDevices, StartUpConnectsTheConfiguredBase) {
+    DriverWorld d;
+    ASSERT_EQ(d.glo().InitialisedState, INIT_STATE_INITIALISED);
+    ASSERT_EQ(d.g2().baseTable().size(), 1u);
+    const auto& r = d.g2().baseTable()[0];
+    EXPECT_TRUE(r.connected);
+    EXPECT_EQ(r.identifier, "100100100100");
+    EXPECT_EQ(r.typeName, "Kelvarin Corehub g2");
+    EXPECT_EQ(r.lowestKeypad, 1);
+    EXPECT_EQ(r.highestKeypad, 40);
+    EXPECT_FALSE(d.w.dialogs.any("Unable to initialise Kelvarin Base"));
+    EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: GetUSBDevices - 0"));
+    EXPECT_TRUE(d.g2().logged("1 - Corehub g2: ListDevices: RadioEnable - 0"));
+    EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: OverallTime - 0"));
+    EXPECT_TRUE(d.station().radioOn);
+}
+
+namespace {
+int countLogged(const KelvarinPrioritizerDriver& d, const std::string& part) {
+    int n = 0;
+    for (std::size_t i = 0; i < d.txtDebug.lineCount(); ++i) n += contains(d.txtDebug.line(i), part) ? 1 : 0;
+    return n;
+}
+
+SimBaseSpec usbBase(const std::string& id, const std::string& firmware, int keypads = 5) {
+    SimBaseSpec s;
+    s.id = id;
+    s.firmware = firmware;
+    for (int k = 1; k <= keypads; ++k) {
+        SimKeypad kp;
+        kp.hid = std::to_string(400000000 + k);
+        kp.sid = k;
+        s.keypads.push_back(kp);
+    }
+    return s;
+}
+}  // namespace
+
+TEST(ListDevices, AnEmptyDeviceListLeavesAnEmptyTable) {
+    TestWorld w;
+    auto& drivers = w.useSimBases();
+    w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40}});
+    w.start();
+    EXPECT_EQ(drivers.oKVv5()->baseTable().size(), 0u);
+    EXPECT_EQ(drivers.oKVv5()->ListDevices(), 0);
+    EXPECT_TRUE(w.dialogs.any("Unable to initialise Kelvarin Base 100 100 100 100\r\n\r\nPlease ensure"));
+}
+
+TEST(ListDevices, EachDriverListsOnceHoweverManyOfItsBasesAreConfigured) {
+    DriverWorld d({"100100100100", "100100100200", "100100100300"});
+    EXPECT_EQ(countLogged(d.g2(), "ListDevices: OverallTime"), 1);
+    EXPECT_EQ(d.g2().connectedCount(), 3);
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(d.station(i).callCount("RadioEnable"), 1);
+    EXPECT_TRUE(d.g2().logged("3 - Corehub g2: ListDevices: GetSessionConfig - 0"));
+}
+
+TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSetting) {
+    DriverWorld d;
+    SimBaseSpec net = usbBase("100100100500", "2.00.01.1801.1545");
+    net.connection = SimConnection::Ethernet;
+    net.address = "10.0.0.5";
+    d.sim().addBase(net);
+    net.id = "100100100600";
+    net.address = "";  // listed as "100100100600;" with nothing to connect to
+    d.sim().addBase(net);
+
+    d.g2().ListDevices();
+    EXPECT_EQ(d.g2().baseTable().size(), 1u);
+    d.glo().options.set(section::kCoreHubOptions, "ETHERNET ENABLED", "1");
+    d.g2().ListDevices();
+    ASSERT_EQ(d.g2().baseTable().size(), 2u);
+    const auto& r = d.g2().baseTable()[1];
+    EXPECT_EQ(r.isEthernet, 1);
+    EXPECT_EQ(r.identifier, "100100100500");
+    EXPECT_EQ(r.address, "10.0.0.5");
+    EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: GetEthernetDevices - 0"));
+}
+
+TEST(ListDevices, FirmwareDecidesWhichDriverTakesABase) {
+    TestWorld w;
+    auto& drivers = w.useSimBases();
+    w.baseLibrary.addBase(usbBase("100100100100", "2.00.01.1801.1545"));
+    w.baseLibrary.addBase(usbBase("100100100200", "1.01.00.1607.1819"));
+    w.baseLibrary.addBase(usbBase("100100100300", "1.00.05.0101.0001"));
+    w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 5},
+                     {"100100100200", "KELVARIN COREHUB G1", 1, 5},
+                     {"100100100300", "KELVARIN COREHUB G1", 1, 5}});
+    w.start();
+    auto* g2 = drivers.oKVv5();
+    auto* g1 = drivers.oKVv4();
+    ASSERT_EQ(g2->baseTable().size(), 1u);
+    ASSERT_EQ(g1->baseTable().size(), 2u);
+    EXPECT_EQ(g1->baseTable()[0].typeName, "Kelvarin Corehub g1");
+    EXPECT_TRUE(g1->baseTable()[1].connected);  // too old, reported, and still set up
+    EXPECT_TRUE(g1->logged(" - Corehub: ListDevices: OverallTime"));
+    ASSERT_FALSE(w.tray.balloons.empty());
+    EXPECT_EQ(w.tray.balloons.back().text,
+              "Kelvarin Corehub Error\r\nBase station 2 is incompatible with this version of tallix and must be "
+              "upgraded\r\nYour Version: 1.00.05.0101.0001\r\nMinimum Allowed Version: 1.01.00");
+    EXPECT_EQ(w.tray.balloons.back().iconKind, 3);
+    EXPECT_FALSE(w.dialogs.any("Unable to initialise"));
+}
+
+TEST(ListDevices, KeypadLimitsCarryOverByIdentifier) {
+    TestWorld w;
+    auto& drivers = w.useSimBases();
+    // Below 1.01.00.1607.1819 the base does not report its limits itself.
+    w.baseLibrary.addBase(usbBase("100100100200", "1.01.00.1506.0000", 40));
+    w.writePortFile({{"100100100200", "KELVARIN COREHUB G1", 1, 40}});
+    w.start();
+    auto* g1 = drivers.oKVv4();
+    ASSERT_EQ(g1->baseTable().size(), 1u);
+    EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);
+    g1->PauseAutoUpdateOfSessionConfig(true);
+    w.baseLibrary.station(0).spec.keypads.resize(3);
+    g1->ListDevices();
+    EXPECT_EQ(g1->baseTable()[0].lowestKeypad, 1);
+    EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);
+    EXPECT_EQ(g1->localRegistry(0).size(), 3u);
+}
+
+TEST(ListDevices, SkipsWhatCannotBeConnectedAndStopsWhenShuttingDown) {
+    DriverWorld d({"100100100100", "100100100200"});
+    d.sim().fail("100100100100", "Connect", 3);
+    d.g2().ListDevices();
+    ASSERT_EQ(d.g2().baseTable().size(), 1u);
+    EXPECT_EQ(d.g2().baseTable()[0].identifier, "100100100200");
+
+    for (int i = 3; i <= 11; ++i) d.sim().addBase(usbBase("1001001003" + std::to_string(10 + i), "2.00.01.1801.1545"));
+    d.g2().ListDevices();
+    EXPECT_EQ(d.g2().baseTable().size(), 10u);
+    EXPECT_TRUE(d.g2().logged("more than 10 bases"));
+
+    const int radio = d.station(1).callCount("RadioEnable");
+    d.glo().ShuttingDown = true;
+    d.g2().ListDevices();
+    EXPECT_EQ(d.station(1).callCount("RadioEnable"), radio);
+}
+
+TEST(KelvarinDrivers, SetUpScanClosePortsAndReopen) {
+    DriverWorld d({"100100100100", "100100100200"});
+    SimBaseSpec v3;
+    v3.type = "KELVARIN BASE V3";
+    v3.connection = SimConnection::Serial;
+    v3.serialPort = 3;
+    d.sim().addBase(v3);
+    const auto found = d.drivers.scanForBases();
+    ASSERT_EQ(found.size(), 3u);
+    EXPECT_EQ(found[0].baseType, "KELVARIN COREHUB G2");
+    EXPECT_EQ(found[1].port, "100100100200");
+    EXPECT_EQ(found[2].baseType, "KELVARIN BASE V3");
+    EXPECT_EQ(found[2].port, "3");
+    EXPECT_EQ(d.sim().bases(), (std::vector<std::string>{"KELVARIN COREHUB G2;100100100100",
+                                                         "KELVARIN COREHUB G2;100100100200",
+                                                         "KELVARIN BASE V3;3"}));
+
+    d.drivers.closePorts();
+    EXPECT_EQ(d.g2().connectedCount(), 0);
+    EXPECT_EQ(d.station(0).attachedObjects(), 0u);
+    EXPECT_TRUE(d.drivers.openBase({"100100100200", "KELVARIN COREHUB G2", 1, 40}));
+    EXPECT_EQ(d.g2().connectedCount(), 2);
+    EXPECT_TRUE(d.drivers.openBase({"3", "KELVARIN BASE V3", 1, 40}));
+    EXPECT_FALSE(d.drivers.openBase({"4", "KELVARIN BASE V3", 1, 40}));
+    EXPECT_FALSE(d.drivers.openBase({"1", "SOME SERIAL BASE", 1, 40}));
+    EXPECT_FALSE(d.drivers.openBase({"100100100999", "KELVARIN COREHUB G2", 1, 40}));
+    EXPECT_EQ(d.drivers.corehubG2(), static_cast<KeypadDriver*>(&d.g2()));
+    EXPECT_NE(d.drivers.black3(), nullptr);
+}
+
+TEST(ListDevices, MalformedListEntriesAreSkipped) {
+    DriverWorld d;
+    d.glo().options.set(section::kCoreHubOptions, "ETHERNET ENABLED", "1");
+    d.sim().addListEntries("| |abc|;|100100100999", "100100100700|;|100100100800;|x;10.9.9.9;extra");
+    EXPECT_EQ(d.g2().ListDevices(), 0);
+    ASSERT_EQ(d.g2().baseTable().size(), 1u);
+    EXPECT_EQ(d.g2().baseTable()[0].identifier, "100100100100");
+    EXPECT_TRUE(d.g2().baseTable()[0].connected);
+}
+
+namespace {
+// A library whose component cannot be created.
+struct MissingLibrary : BaseLibrary {
+    std::unique_ptr<KelvarinBase> createBase(LibraryGeneration) override {
+        throw AppError(429, "ActiveX component can't create object");
+    }
+    std::unique_ptr<KelvarinVPanel> createVPanel() override { return nullptr; }
+};
+}  // namespace
+
+TEST(ListDevices, ALibraryThatThrowsIsLoggedNotRaised) {
+    MissingLibrary lib;
+    TestWorld w;
+    auto drivers = std::make_unique<KelvarinDrivers>(w.c(), lib);
+    KelvarinDrivers& d = *drivers;
+    w.c().drivers = std::move(drivers);
+    w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40}, {"3", "KELVARIN BASE V3", 1, 10}});
+    w.start();
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+    EXPECT_TRUE(d.oKVv5()->logged(" - ListDevices FAILED - 429: ActiveX component can't create object"));
+    EXPECT_EQ(d.oKVv5()->ListDevices(), 2);
+    EXPECT_TRUE(w.dialogs.any("Unable to initialise Kelvarin Base 100 100 100 100"));
+    EXPECT_TRUE(d.scanForBases().empty());
+}

@@ -1,0 +1,179 @@
+#include <gtest/gtest.h>
+
+#include "DriverWorld.h"
+#include "core/Text.h"
+#include "drivers/DisplayTexts.h"
+#include "drivers/PresenterKeys.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+const std::string kBase1 = "100100100100";
+const std::string kPresenter = "300199901";
+
+// A started world whose base 1 has a presenter keypad.
+struct PresenterWorld : DriverWorld {
+    PresenterWorld() : DriverWorld({kBase1}, 20, false) {
+        SimKeypad p;
+        p.hid = kPresenter;
+        p.kind = DeviceKind::Presenter;
+        station().spec.keypads.push_back(p);
+        start();
+    }
+    std::vector<int> command(int command, int source = 0, int value = 0) {
+        const auto before = w.desktop.keysSent().size();
+        sim().presenterCommand(kBase1, command, source, value);
+        settle();
+        const auto& keys = w.desktop.keysSent();
+        return std::vector<int>(keys.begin() + static_cast<std::ptrdiff_t>(before), keys.end());
+    }
+    const std::string& echo() { return station().presenterEcho; }
+};
+}  // namespace
+
+TEST(DisplayTexts, DefaultsAsTheKeypadsShowThem) {
+    const KeypadDisplayTexts t;
+    EXPECT_EQ(t.PrevoteText, "UNUSED");
+    EXPECT_EQ(t.PrevoteTextTime, 30);
+    EXPECT_FALSE(t.TextVotePauseEnabled);
+    EXPECT_EQ(t.VoteEndText, "   Vote Ended");
+    EXPECT_EQ(t.SignalLostDuringVoteText, t.SignalLostDuringTransmitText);
+    EXPECT_EQ(t.SignalLostDuringTransmitTextTime, 50);
+    EXPECT_EQ(t.WinningKeypadLedEffect, 1);
+    EXPECT_EQ(t.KeypadPrompt02, "    Request||   Submitted");
+    EXPECT_EQ(displayLines(t.VoteSuccessText),
+              (std::vector<std::string>{"Vote Submitted", "", "", "   Press 10", "  to  revote"}));
+    EXPECT_EQ(displayLines(t.VoteFailedText), (std::vector<std::string>{"**Vote Failed**", "", "Please try again"}));
+    EXPECT_STREQ(singleline::kVoteSuccess, "Vote Submitted                Change vote?");
+    EXPECT_STREQ(singleline::kSignalLostDuringVote, singleline::kSignalLostDuringTransmit);
+}
+
+TEST(DisplayTexts, SettingsOverrideTheDefaultsInEitherFileForm) {
+    TempDir dir;
+    writeFile(dir / "new.ini",
+              "[KELVARIN CORE HUB OPTIONS]\r\nVOTE SUCCESS TEXT=Thanks!\r\nVOTE END TEXT TIME=15\r\n"
+              "TEXT VOTE PAUSE ENABLED=1\r\n[KELVARIN AUDIO OPTIONS]\r\nKEYPAD PROMPT 01=Mic?\r\n"
+              "[KELVARIN CORE HUB PRESENTER TEXT]\r\nNEXT SLIDE=Forward\r\nEND=Last\r\n");
+    KeypadDisplayTexts t;
+    t.load(dir / "new.ini");
+    EXPECT_EQ(t.VoteSuccessText, "Thanks!");
+    EXPECT_EQ(t.VoteEndTextTime, 15);
+    EXPECT_TRUE(t.TextVotePauseEnabled);
+    EXPECT_EQ(t.KeypadPrompt01, "Mic?");
+    EXPECT_EQ(t.PrevoteText, "UNUSED");
+    PresenterMenu m;
+    m.load(dir / "new.ini");
+    EXPECT_EQ(m.labels[0], "Forward");
+    EXPECT_EQ(m.labels[5], "Last");
+    EXPECT_EQ(m.labels[10], "  Resume");
+    EXPECT_EQ(m.labels[16], "Mic Active");
+    EXPECT_EQ(m.value1, 20);
+
+    writeFile(dir / "old.ini", "DETECTOR STATUS,0\r\nVOTE END TEXT,Done\r\nVOTE FAILED TEXT TIME,x\r\n");
+    KeypadDisplayTexts o;
+    o.load(dir / "old.ini");
+    EXPECT_EQ(o.VoteEndText, "Done");
+    EXPECT_EQ(o.VoteFailedTextTime, 0);  // unreadable numbers read as 0
+    KeypadDisplayTexts missing;
+    missing.load(dir / "none.ini");
+    EXPECT_EQ(missing.VoteEndText, "   Vote Ended");
+}
+
+TEST(DisplayTexts, PresenterMenuLabelsAndKeys) {
+    const PresenterMenu m;
+    EXPECT_EQ(m.labels.size(), 22u);
+    EXPECT_EQ(m.labels[6], " GoTo [x]");
+    EXPECT_EQ(m.labels[21], "Search All");
+    EXPECT_STREQ(PresenterMenu::settingKey(6), "GOTO SLIDE X");
+    EXPECT_STREQ(PresenterMenu::settingKey(10), "");
+    EXPECT_STREQ(PresenterMenu::settingKey(20), "KEYPADS STRONGEST SIG SEARCH SESSION");
+    EXPECT_TRUE(startsWith(m.menuText(), "   Next|   Back|    Up|"));
+}
+
+TEST(DisplayTexts, TheDriverReadsTheSettingsFileAtLoad) {
+    DriverWorld d({kBase1}, 5, false);
+    d.w.writeSettings("KELVARIN CORE HUB OPTIONS", "WINNING KEYPAD MAIN MESSAGE", "** CHAMPION **");
+    d.start();
+    EXPECT_EQ(d.g2().displayTexts().WinningKeypadMainMessage, "** CHAMPION **");
+}
+
+TEST(WinningKeypad, ShownThroughEveryBaseOrReportedWhenUnknown) {
+    DriverWorld d;
+    d.g2().ShowWinningKeypad(99, true);
+    EXPECT_TRUE(d.w.logged(" - XX - Winning Keypad Not Loaded - KpadHID NULL"));
+    EXPECT_FALSE(d.glo().winningKeypadShown);
+    d.g2().ShowWinningKeypad(7, true);
+    EXPECT_TRUE(d.g2().logged("Winning Keypad Loaded - 7"));
+    EXPECT_TRUE(d.g2().logged("1 - Show Winning Keypad - Keypad: 7"));
+    EXPECT_EQ(d.station().keypadBySid(7)->display, "You're a...|* WINNER *");
+    EXPECT_TRUE(d.glo().winningKeypadShown);
+    d.sim().fail(kBase1, "ShowWinningKeypad", 11);
+    d.g2().ShowWinningKeypad(7, false);
+    EXPECT_TRUE(d.g2().logged("1 - Show Winning Keypad FAILED - 11: ACK time out"));
+}
+
+TEST(PresenterKeypad, KeysBecomeKeyStrokesAndEchoes) {
+    PresenterWorld p;
+    ASSERT_EQ(p.g2().GetFirstPresentersHID(), kPresenter);
+    EXPECT_EQ(p.command(3), std::vector<int>{vk::V});
+    EXPECT_EQ(p.echo(), "Start Vote");
+    EXPECT_TRUE(p.g2().logged("Presneter Cmd Rx: command=3,commandSource=0"));
+    EXPECT_EQ(p.command(1), std::vector<int>{vk::PageDown});
+    EXPECT_EQ(p.echo(), "Next");
+    EXPECT_EQ(p.command(2), std::vector<int>{vk::PageUp});
+    EXPECT_EQ(p.echo(), "Back");
+    EXPECT_EQ(p.command(5), std::vector<int>{vk::End});
+    EXPECT_EQ(p.echo(), "    End");
+    EXPECT_EQ(p.command(10), std::vector<int>{vk::VolumeDown});
+    EXPECT_EQ(p.echo(), "Volume Down");
+    EXPECT_TRUE(p.command(77).empty());  // not in the key map
+    EXPECT_EQ(p.echo(), "Volume Down");
+}
+
+TEST(PresenterKeypad, DisplayProgramsChangeTheirKeys) {
+    PresenterWorld p;
+    p.w.desktop.addProcess("chartist.exe");
+    EXPECT_EQ(p.command(1), std::vector<int>{vk::Space});
+    EXPECT_EQ(p.echo(), "Close Vote");
+    p.w.desktop.addProcess("GRIDDER.EXE");  // the matrix program is tested first
+    EXPECT_EQ(p.command(1), std::vector<int>{vk::Enter});
+    EXPECT_EQ(p.echo(), "Close Vote");  // no echo this time
+    EXPECT_EQ(p.command(3), std::vector<int>{vk::Clear});
+    EXPECT_EQ(p.echo(), "Start Vote");
+}
+
+TEST(PresenterKeypad, MenuGoToAndDirectCommands) {
+    PresenterWorld p;
+    EXPECT_EQ(p.command(0, kPresenterGotoSource, 12), (std::vector<int>{'1', '2', vk::Enter}));
+    EXPECT_EQ(p.echo(), "GoTo 12");
+    EXPECT_EQ(p.command(0, kPresenterMenuSource), std::vector<int>{vk::F5});
+    EXPECT_EQ(p.echo(), "Start Show");
+    EXPECT_EQ(p.command(2, kPresenterMenuSource), std::vector<int>{vk::B});
+    EXPECT_EQ(p.echo(), "Blank");
+    EXPECT_EQ(p.command(3, kPresenterMenuSource), std::vector<int>{vk::V});
+    EXPECT_EQ(p.echo(), "Revote");
+    EXPECT_TRUE(p.command(9, kPresenterMenuSource).empty());
+
+    int toggles = 0;
+    p.g2().ToggleAudioDialog.connect([&] { ++toggles; });
+    EXPECT_TRUE(p.command(133).empty());
+    EXPECT_EQ(toggles, 1);
+    const int reads = p.station().callCount("GetKeypadConfig");
+    p.command(139);
+    EXPECT_EQ(p.station().callCount("GetKeypadConfig"), reads + 1);
+
+    p.g2().SetPresenterGotoMenu("");
+    EXPECT_EQ(split(p.station().presenterMenu, "|").size(), 22u);
+    EXPECT_EQ(p.g2().SetPresenterEchoMessage("Hello"), 0);
+    EXPECT_EQ(p.echo(), "Hello");
+}
+
+TEST(PresenterKeypad, WithoutAPresenterNothingIsEchoed) {
+    DriverWorld d;
+    EXPECT_EQ(d.g2().GetFirstPresentersHID(), "");
+    EXPECT_EQ(d.g2().SetPresenterEchoMessage("Hi"), 16);
+    EXPECT_FALSE(d.sim().presenterCommand(kBase1, 3));
+    d.g2().DecodePresenterCommand(3, 0);
+    EXPECT_EQ(d.w.desktop.keysSent(), std::vector<int>{vk::V});
+}

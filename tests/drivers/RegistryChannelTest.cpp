@@ -1,0 +1,215 @@
+#include <gtest/gtest.h>
+
+#include "DriverWorld.h"
+#include "core/Text.h"
+#include "drivers/LocalRegistry.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+const std::string kBase1 = "100100100100";
+
+void setRegistry(SimBaseStation& st, std::vector<std::pair<std::string, int>> entries) {
+    st.spec.keypads.clear();
+    for (const auto& [hid, sid] : entries) {
+        SimKeypad k;
+        k.hid = hid;
+        k.sid = sid;
+        st.spec.keypads.push_back(k);
+    }
+}
+}  // namespace
+
+TEST(RegistryText, MalformedEntriesAreSkipped) {
+    const LocalRegistry r = parseRegistryText("100;1|101;2|102|103;4;5||;6| 104 ; 7 ");
+    ASSERT_EQ(r.size(), 3u);
+    EXPECT_EQ(r.keyAt(0), "K:100");
+    EXPECT_EQ(r.keyAt(1), "K:101");
+    EXPECT_EQ(r.find("K:104")->SID, 7);
+    EXPECT_EQ(r.findSID(2)->HID, "101");
+    EXPECT_EQ(parseRegistryText("").size(), 0u);
+    EXPECT_EQ(registryKey("300 100 007"), "K:300100007");
+}
+
+TEST(Registry, AReadFillsTheLocalCopyAndTheKeypadLimits) {
+    DriverWorld d;
+    setRegistry(d.station(), {{"100", 1}, {"101", 2}, {"102;9", 3}});  // the last reads "102;9;3"
+    d.g2().ResetBaseGetRegistryLog();
+    EXPECT_EQ(d.g2().GetRegistry("1", false), 0);
+    const auto& reg = d.g2().localRegistry(0);
+    ASSERT_EQ(reg.size(), 2u);
+    EXPECT_EQ(reg.keyAt(0), "K:100");
+    EXPECT_EQ(reg.keyAt(1), "K:101");
+    EXPECT_EQ(d.g2().baseTable()[0].lowestKeypad, 1);
+    EXPECT_EQ(d.g2().baseTable()[0].highestKeypad, 2);
+    EXPECT_TRUE(d.g2().logged("1 - GetRegistry = 0"));
+    EXPECT_TRUE(d.g2().logged(" - GetKeypadRegistry:1 secs - 0"));
+
+    setRegistry(d.station(), {});
+    EXPECT_EQ(d.g2().GetRegistry("1", true), 0);
+    EXPECT_EQ(d.g2().localRegistry(0).size(), 0u);
+    EXPECT_EQ(d.g2().baseTable()[0].lowestKeypad, 0);
+    EXPECT_EQ(d.g2().baseTable()[0].highestKeypad, 0);
+}
+
+TEST(Registry, TheReadLogSavesASecondReadUntilItIsReset) {
+    DriverWorld d;
+    EXPECT_EQ(d.g2().registryReadLog(), "|1");
+    const int reads = d.station().callCount("GetRegistry");
+    d.g2().GetRegistry("1", false);
+    EXPECT_EQ(d.station().callCount("GetRegistry"), reads);
+    d.g2().GetRegistry("1", true);
+    EXPECT_EQ(d.station().callCount("GetRegistry"), reads + 1);
+    d.g2().ResetBaseGetRegistryLog();
+    EXPECT_EQ(d.g2().registryReadLog(), "");
+    d.g2().GetRegistry(kBase1, false);  // the serial number names the base too
+    EXPECT_EQ(d.station().callCount("GetRegistry"), reads + 2);
+    EXPECT_EQ(d.g2().registryReadLog(), "|1");
+    EXPECT_FALSE(d.g2().registryReading());
+}
+
+TEST(Registry, AFailedReadKeepsTheCopyAndSaysSo) {
+    DriverWorld d;
+    d.sim().fail(kBase1, "GetRegistry", 18);
+    EXPECT_EQ(d.g2().GetRegistry("1", true), 18);
+    EXPECT_EQ(d.g2().localRegistry(0).size(), 40u);
+    EXPECT_TRUE(d.g2().logged("1 - GetKeypadRegister FAILED - 18: Dataflash read error"));
+    ASSERT_FALSE(d.w.dialogs.shown.empty());
+    EXPECT_EQ(d.w.dialogs.shown.back().title, "Kelvarin Corehub Error");
+    EXPECT_EQ(d.w.dialogs.shown.back().text,
+              "Base Station 1\r\nGet Registry Error\r\nCode: 18\r\nDescription: Dataflash read error");
+    d.sim().fail(kBase1, "GetBaseConfig", 4);
+    d.g2().GetRegistry("1", true);
+    EXPECT_EQ(d.w.dialogs.shown.back().title, "USB Comms Error");
+    EXPECT_EQ(d.w.dialogs.shown.back().text, "Unable to connect to base station 1");
+}
+
+TEST(Registry, StaticLimitsAreWrittenBackWhenTheyDiffer) {
+    DriverWorld d;
+    EXPECT_EQ(d.station().callCount("SetBaseConfig"), 0);  // the base already reports 1..40
+    d.station().staticLowSid = 5;
+    d.station().staticHighSid = 10;
+    d.g2().GetRegistry("1", true);
+    EXPECT_EQ(d.station().staticLowSid, 1);
+    EXPECT_EQ(d.station().staticHighSid, 40);
+
+    d.station().staticLowSid = 5;
+    d.sim().fail(kBase1, "SetBaseConfig", 19);
+    d.g2().GetRegistry("1", true);
+    EXPECT_TRUE(d.g2().logged("1 - UpdateStaticRegistryLimits - Error:19, Dataflash write error"));
+    EXPECT_EQ(d.w.dialogs.shown.back().text,
+              "Base Station 1\r\nUpdate Static Registry Limits Error\r\nCode: 19\r\nDescription: Dataflash write error");
+
+    const int writes = d.station().callCount("SetBaseConfig");
+    d.g2().PauseAutoUpdateOfSessionConfig(true);
+    d.station().staticLowSid = 7;
+    EXPECT_EQ(d.g2().UpdateStaticRegistryLimits(-1), 0);
+    EXPECT_EQ(d.station().callCount("SetBaseConfig"), writes + 0);
+}
+
+TEST(Registry, RegistryOperationsKeepTheLocalCopyInStep) {
+    DriverWorld d;
+    EXPECT_EQ(d.g2().GetHIDFromSID(7), "300100007");
+    EXPECT_EQ(d.g2().GetHIDFromSID(41), "");
+    EXPECT_EQ(d.g2().GetHIDFromSID(0), "");
+    EXPECT_EQ(d.g2().AddKeypadToRegistry("1", "300100999", 41), 0);
+    EXPECT_EQ(d.g2().GetHIDFromSID(41), "300100999");
+    EXPECT_TRUE(d.g2().logged("1 - Corehub g2:   AddKeypadToRegistry = 0"));
+    EXPECT_EQ(d.g2().DeleteKeypadFromRegistry("1", "300 100 999"), 0);
+    EXPECT_EQ(d.g2().GetHIDFromSID(41), "");
+    EXPECT_EQ(d.g2().DeleteKeypadFromRegistry("1", "1"), 16);
+    EXPECT_EQ(d.w.dialogs.shown.back().text,
+              "Base Station 1\r\nDelete Keypad From Registry Error\r\nCode: 16\r\nDescription: Registry: device not found");
+    d.sim().fail(kBase1, "DeleteRegistry", 21);
+    EXPECT_EQ(d.g2().DeleteRegistry("1"), 21);
+    EXPECT_TRUE(contains(d.w.dialogs.shown.back().text, "Delete Registry Error"));
+    EXPECT_EQ(d.g2().DeleteRegistry("1"), 0);
+    EXPECT_EQ(d.g2().localRegistry(0).size(), 0u);
+    EXPECT_EQ(d.g2().UpdateFlagOnBaseStations("300100001", 1), 16);
+    EXPECT_TRUE(contains(d.w.dialogs.shown.back().text, "Update Flag On Base Station"));
+    EXPECT_FALSE(d.g2().CheckIfMirroredReg());
+    EXPECT_EQ(d.g2().GetSimpleFirmwareVersion("1"), "2.00.01");
+    EXPECT_EQ(d.g2().SetBaseConfig("7", KelvarinBaseConfig{}), 3);  // no such base
+}
+
+TEST(Registry, RegistrationsAreLoggedAndRaised) {
+    DriverWorld d({kBase1}, 10, false);
+    for (auto [hid, kind] : {std::pair{"300199901", DeviceKind::Presenter}, std::pair{"300199902", DeviceKind::Scanner}}) {
+        SimKeypad k;
+        k.hid = hid;
+        k.kind = kind;
+        d.station().spec.keypads.push_back(k);
+    }
+    d.w.start();
+    std::vector<std::string> registered, presenters, scanners;
+    d.g2().KeypadRegister.connect(
+        [&](const std::string& hid, int flag, int) { registered.push_back(hid + "/" + std::to_string(flag)); });
+    d.g2().PresenterValidated.connect([&](const std::string& hid) { presenters.push_back(hid); });
+    d.g2().ScannerValidated.connect([&](const std::string& hid) { scanners.push_back(hid); });
+    d.settle();  // presenter and scanner announce themselves once the radio is up
+    EXPECT_EQ(registered, (std::vector<std::string>{"300199901/2", "300199902/3"}));
+    EXPECT_EQ(presenters, std::vector<std::string>{"300199901"});
+    EXPECT_EQ(scanners, std::vector<std::string>{"300199902"});
+    EXPECT_TRUE(d.g2().logged("1 - KeypadRegister Event - HID:300199901, Flag:2,Error:0"));
+    EXPECT_EQ(d.g2().GetFirstPresentersHID(), "300199901");
+
+    // Opening the registration makes every registered device answer.
+    KelvarinSessionConfig s;
+    d.g2().GetSessionConfig("1", s);
+    s.RegistrationOpen = true;
+    d.g2().SetSessionConfig("1", s);
+    d.settle();
+    EXPECT_EQ(registered.size(), 2u + 12u);
+    EXPECT_EQ(registered[2], "300100001/1");
+}
+
+TEST(ChannelScan, EightCandidatesEachAnswered) {
+    DriverWorld d;
+    std::vector<int> replies;
+    d.g2().ChannelScanReply.connect(
+        [&](const KelvarinChannelScanReply& r, const std::string&) { replies.push_back(r.Channel); });
+    EXPECT_EQ(d.g2().ScanForBestChannel(""), 0);
+    EXPECT_EQ(replies, (std::vector<int>{1, 3, 5, 7, 24, 45, 69, 77}));
+    EXPECT_EQ(d.station().callCount("ChannelScan"), 8);
+    EXPECT_FALSE(d.g2().scanRunning());
+    EXPECT_EQ(d.g2().ScanForBestChannel("x"), 0);  // not a base: nothing scanned
+    EXPECT_EQ(d.station().callCount("ChannelScan"), 8);
+}
+
+TEST(ChannelScan, ABaseThatNeverAnswersEndsTheScanAfterFiveSeconds) {
+    DriverWorld d({kBase1, "100100100200"});
+    d.sim().neverReply(kBase1, "ChannelScan");
+    const auto t0 = d.w.scheduler.elapsedMs();
+    EXPECT_EQ(d.g2().ScanForBestChannel(""), 9);
+    EXPECT_EQ(d.w.scheduler.elapsedMs() - t0, 5000);
+    EXPECT_EQ(d.station(0).callCount("ChannelScan"), 1);
+    EXPECT_EQ(d.station(1).callCount("ChannelScan"), 0);
+    EXPECT_TRUE(d.g2().logged("1 - ScanForBestChannel - no reply within 5 secs on channel 1"));
+}
+
+TEST(ChannelScan, ARefusedChannelEndsTheScan) {
+    DriverWorld d;
+    d.sim().fail(kBase1, "ChannelScan", 23, -1);
+    EXPECT_EQ(d.g2().ScanForBestChannel("1"), 23);
+    EXPECT_EQ(d.station().callCount("ChannelScan"), 1);
+}
+
+TEST(Registry, BasesBelowTheRegistryVersionHaveNone) {
+    TestWorld w;
+    auto& drivers = w.useSimBases();
+    w.addSimBase("100100100200", 5, "KELVARIN COREHUB G1").spec.firmware = "1.0.1.0108.0000";
+    w.writePortFile({{"100100100200", "KELVARIN COREHUB G1", 1, 5}});
+    w.start();
+    auto* g1 = drivers.oKVv4();
+    ASSERT_EQ(g1->connectedCount(), 1);
+    EXPECT_EQ(g1->localRegistry(0).size(), 0u);  // start-up did not read it
+    EXPECT_EQ(w.baseLibrary.station(0).callCount("GetRegistry"), 0);
+    EXPECT_EQ(g1->GetRegistry("1", true), 14);
+    EXPECT_EQ(w.dialogs.shown.back().title, "tallix");
+    EXPECT_EQ(w.dialogs.shown.back().text,
+              "Registry is not available for this version of the base station\r\nBase Version: 1.0.1.0108.0000");
+    w.glo().registryVersionOverride = true;
+    EXPECT_EQ(g1->GetRegistry("1", true), 0);
+    EXPECT_EQ(g1->localRegistry(0).size(), 5u);
+}

@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "DriverWorld.h"
+#include "platform/sim/basesim/SimBaseLibrary.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+TEST(SimSetup, TheDemoFileDescribesTwoG2BasesWithRegistries) {
+    const char* source = std::getenv("TLX_SOURCE_DIR");
+    const std::filesystem::path sourceDir = source ? source : TLX_SOURCE_DIR_DEFAULT;
+    VirtualScheduler s;
+    SimBaseLibrary lib(s);
+    ASSERT_EQ(loadSimBases(lib, (sourceDir / "examples" / "sim" / "demo.ini").string()), 2);
+    EXPECT_EQ(lib.bases(), (std::vector<std::string>{"KELVARIN COREHUB G2;100100100100",
+                                                     "KELVARIN COREHUB G2;100100100200"}));
+    SimBaseStation& b1 = lib.station(0);
+    EXPECT_EQ(b1.spec.firmware, "2.00.01.1801.1545");
+    EXPECT_EQ(b1.spec.keypads.size(), 41u);
+    EXPECT_EQ(b1.keypadBySid(1)->hid, "300100001");
+    EXPECT_EQ(b1.keypadByHid("300 199 901")->kind, DeviceKind::Presenter);
+    SimBaseStation& b2 = lib.station(1);
+    EXPECT_EQ(b2.keypadBySid(41)->hid, "300200041");
+    EXPECT_EQ(b2.keypadBySid(80)->hid, "300200080");
+    EXPECT_EQ(b2.keypadBySid(1), nullptr);
+}
+
+TEST(SimSetup, OddEntriesAreReadSensiblyOrSkipped) {
+    TempDir dir;
+    writeFile(dir / "sim.ini",
+              "[bases]\r\ncount=3\r\n"
+              "[base1]\r\ntype=kelvarin base v3\r\nport=4\r\nkeypads=1-3,x,5-4,7\r\n"
+              "[base2]\r\nconnection=ethernet\r\naddress=10.1.1.1\r\nregistry=500;1|bad|501;2;3|502;x|503;4\r\n"
+              "[base3]\r\n");
+    VirtualScheduler s;
+    SimBaseLibrary lib(s);
+    ASSERT_EQ(loadSimBases(lib, (dir / "sim.ini").string()), 3);
+    EXPECT_EQ(lib.bases()[0], "KELVARIN BASE V3;4");
+    EXPECT_EQ(lib.station(0).spec.keypads.size(), 4u);
+    EXPECT_EQ(lib.station(1).registryText(), "500;1|503;4");
+    EXPECT_EQ(lib.station(1).spec.address, "10.1.1.1");
+    EXPECT_EQ(lib.bases()[2], "KELVARIN COREHUB G2;100100100102");
+    EXPECT_EQ(lib.station(2).spec.keypads.size(), 20u);
+    EXPECT_EQ(parseKeypadList("1-3, 9 ,4096,0,-2,3-1"), (std::vector<int>{1, 2, 3, 9}));
+
+    writeFile(dir / "none.ini", "[bases]\r\ncount=lots\r\n");
+    EXPECT_EQ(loadSimBases(lib, (dir / "none.ini").string()), 0);
+    EXPECT_EQ(loadSimBases(lib, (dir / "missing.ini").string()), 0);
+}
+
+TEST(SimFaults, FailuresCountDownOrLastUntilCleared) {
+    DriverWorld d;
+    d.singleDigit();
+    const std::string b = "100100100100";
+    EXPECT_TRUE(d.sim().fail(b, "StartVote", 8, 2));
+    EXPECT_EQ(d.g2().StartVote(), 8);
+    EXPECT_EQ(d.g2().StartVote(), 8);
+    EXPECT_EQ(d.g2().StartVote(), 0);
+    d.sim().fail(b, "EndVote", 12, -1);
+    d.g2().EndVote(true, false);
+    d.g2().EndVote(true, false);
+    EXPECT_TRUE(d.g2().logged("1 - End Vote FAILED - 12: Offline vote limit reached"));
+    d.sim().fail(b, "EndVote", 0);
+    d.g2().EndVote(true, false);
+    EXPECT_FALSE(d.station().voteOpen);
+    EXPECT_FALSE(d.sim().fail("nope", "EndVote", 1));
+    EXPECT_EQ(d.sim().fail("nope", "EndVote", 1).message, "Unknown base nope");
+}
+
+TEST(SimFaults, EventsArriveAfterTheOperationNotInsideIt) {
+    DriverWorld d;
+    d.singleDigit();
+    d.g2().StartVote();
+    d.sim().press("100100100100", 1, "1");
+    EXPECT_TRUE(d.intake.records.empty());
+    d.w.scheduler.advance(d.sim().eventDelayMs);
+    EXPECT_EQ(d.intake.records.size(), 1u);
+    // A driver that goes away with events still in flight is not called.
+    d.sim().press("100100100100", 2, "1");
+    d.drivers.closePorts();
+    d.settle();
+    EXPECT_EQ(d.intake.records.size(), 1u);
+}
+
+TEST(SimSurvey, TheOlderDriverPassesSurveyRepliesOn) {
+    TestWorld w;
+    auto& drivers = w.useSimBases();
+    w.addSimBase("100100100200", 6, "KELVARIN COREHUB G1");
+    w.writePortFile({{"100100100200", "KELVARIN COREHUB G1", 1, 6}});
+    w.start();
+    auto* g1 = drivers.oKVv4();
+    std::vector<KelvarinSurveyReply> replies;
+    g1->KeypadSurveyReply.connect([&](const KelvarinSurveyReply& r) { replies.push_back(r); });
+    KelvarinSurveyOptions o;
+    o.Channels = {5, 9};
+    o.VotesPerChannel = 20;
+    EXPECT_EQ(g1->PrepareKeypadSurveyScan("1", {"300100001", "300100999"}, o), 16);
+    EXPECT_EQ(g1->PrepareKeypadSurveyScan("1", {"300100001", "300100002"}, o), 0);
+    EXPECT_EQ(g1->BeginKeypadSurveyScan("1"), 0);
+    w.scheduler.advance(1000);
+    ASSERT_EQ(replies.size(), 5u);
+    EXPECT_EQ(replies[0].HID, "300100001");
+    EXPECT_EQ(replies[0].ChannelIndex, 5);
+    EXPECT_EQ(replies[3].ChannelIndex, 9);
+    EXPECT_LE(replies[3].Acks, 20);
+    EXPECT_GE(replies[3].Acks, 10);
+    EXPECT_TRUE(replies[4].EndOfScan);
+    EXPECT_TRUE(g1->logged("1 - KeypadSurveyReply Event - HID:300100001, Channel:5, Votes:20"));
+
+    // Ending a scan early stops the replies still to come.
+    g1->PrepareKeypadSurveyScan("1", {"300100001"}, o);
+    g1->BeginKeypadSurveyScan("1");
+    w.scheduler.advance(60);
+    EXPECT_EQ(g1->EndKeypadSurveyScan("1"), 0);
+    w.scheduler.advance(1000);
+    EXPECT_EQ(replies.size(), 6u);
+    EXPECT_TRUE(g1->logged("1 - Corehub:   EndKeypadSurveyScan = 0"));
+}

@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include "DriverWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+const std::string kBase1 = "100100100100";
+const std::string kBase2 = "100100100200";
+}  // namespace
+
+TEST(VoteDelivery, IdenticalPressesFromOneKeypadGiveOneVote) {
+    DriverWorld d;
+    d.singleDigit();
+    d.g2().StartVote();
+    d.sim().press(kBase1, 7, "2");
+    d.sim().press(kBase1, 7, "2");
+    d.settle();
+    EXPECT_EQ(d.intake.votes(), std::vector<std::string>{"2"});
+    EXPECT_TRUE(d.g2().logged("Duplicate Vote Received 300100007: 2"));
+    d.sim().press(kBase1, 7, "3");  // a changed answer passes
+    d.sim().press(kBase1, 8, "3");  // as does another keypad's
+    d.settle();
+    EXPECT_EQ(d.intake.votes(), (std::vector<std::string>{"2", "3", "3"}));
+    ASSERT_EQ(d.intake.records.size(), 3u);
+    EXPECT_EQ(d.intake.records[2].keypads, std::vector<float>{8});
+}
+
+TEST(VoteDelivery, DuplicatesPassWhenAllowedOrInTheNextVote) {
+    DriverWorld d;
+    d.singleDigit();
+    d.g2().StartVote();
+    d.sim().press(kBase1, 1, "4");
+    d.settle();
+    d.g2().EndVote(true, false);
+    d.g2().StartVote();  // the base numbers its votes, so the same key answers a new question
+    d.sim().press(kBase1, 1, "4");
+    d.settle();
+    EXPECT_EQ(d.intake.votes().size(), 2u);
+    d.g2().AllowDuplicateVotes(true);
+    d.sim().press(kBase1, 1, "4");
+    d.settle();
+    EXPECT_EQ(d.intake.votes().size(), 3u);
+}
+
+TEST(VoteDelivery, EventsComeInOrderAndCarryTheBaseAndRegistryNumber) {
+    DriverWorld d({kBase1, kBase2});
+    d.singleDigit();
+    d.g2().StartVote();
+    std::vector<std::string> seen;
+    d.g2().VoteReceived.connect([&](int keypad, const std::string& data, const std::string& f3,
+                                    const std::string& f4, const std::string& base, const std::string& hid) {
+        seen.push_back("vote " + std::to_string(keypad) + " " + data + " " + f3 + " " + f4 + " " + base + " " + hid);
+    });
+    d.g2().VoteReceivedObject.connect(
+        [&](const KelvarinVote& v, const std::string& base) { seen.push_back("object " + v.HID + " " + base); });
+    d.g2().MicRequest.connect([&](const KelvarinVote&, const std::string&, bool) { seen.push_back("mic"); });
+    d.sim().press(kBase2, 5, " 3 ");
+    d.settle();
+    EXPECT_EQ(seen, (std::vector<std::string>{"vote 5 3 385 -45 2 300110005", "object 300110005 2"}));
+    ASSERT_EQ(d.intake.records.size(), 1u);
+    EXPECT_EQ(d.intake.records[0].base, 2);
+    EXPECT_TRUE(d.g2().logged("2 - VoteReceived Event - HID:300110005, VoteData:3"));
+    const auto entry = d.g2().GetKeypadConfigFromLocalRegCollection("2", "300110005");
+    ASSERT_TRUE(entry.has_value());
+    EXPECT_EQ(entry->battery, 385);
+    EXPECT_EQ(entry->signal, -45);
+}
+
+TEST(VoteDelivery, MicrophoneRequestsAndWithdrawalsWhileRequestsAreOn) {
+    DriverWorld d;
+    std::vector<std::string> mics;
+    d.g2().MicRequest.connect([&](const KelvarinVote& v, const std::string& base, bool startNow) {
+        mics.push_back(v.VoteReplyData + "@" + base + (startNow ? " now" : ""));
+    });
+    EXPECT_FALSE(d.sim().micRequest(kBase1, 3, false));  // nothing open yet
+    d.g2().StartAudioRequests("0,11");
+    EXPECT_TRUE(d.sim().micRequest(kBase1, 3, false));
+    d.settle();
+    EXPECT_TRUE(d.sim().micRequest(kBase1, 3, true));
+    d.settle();
+    EXPECT_FALSE(d.sim().press(kBase1, 3, "2"));  // only the request keys count
+    EXPECT_EQ(mics, (std::vector<std::string>{"0@1", "*@1"}));
+    d.g2().EndAudioRequests();
+    EXPECT_FALSE(d.station().voteOpen);
+    EXPECT_FALSE(d.g2().audioRequestsOn());
+}
+
+TEST(VoteDelivery, KeypadsVoteOnlyWhileAVoteIsOpenAndAsItsTypeAllows) {
+    DriverWorld d;
+    EXPECT_FALSE(d.sim().press(kBase1, 1, "1"));
+    d.singleDigit(4);
+    d.g2().StartVote();
+    EXPECT_FALSE(d.sim().press(kBase1, 1, "5"));  // outside the key mask
+    EXPECT_FALSE(d.sim().text(kBase1, 1, "hello"));
+    EXPECT_FALSE(d.sim().press(kBase1, 99, "1"));  // not registered
+    EXPECT_FALSE(d.sim().press("999", 1, "1"));
+    d.g2().EndVote(true, false);
+
+    d.glo().voteType = "NUMERIC";
+    d.g2().StartVote();
+    EXPECT_FALSE(d.sim().press(kBase1, 1, "1.5"));
+    EXPECT_TRUE(d.sim().press(kBase1, 1, "15"));
+    d.g2().EndVote(true, false);
+    d.glo().voteType = "FRACTIONAL";
+    d.g2().StartVote();
+    EXPECT_TRUE(d.sim().press(kBase1, 2, "1.5"));
+    d.g2().EndVote(true, false);
+    d.glo().voteType = "TEXT";
+    d.g2().StartVote();
+    EXPECT_TRUE(d.sim().text(kBase1, 3, "More coffee"));
+    d.settle();
+    EXPECT_EQ(d.intake.votes(), (std::vector<std::string>{"15", "1.5", "More coffee"}));
+    d.g2().EndVote(true, false);
+    EXPECT_FALSE(d.sim().press(kBase1, 4, "1"));
+    EXPECT_EQ(d.station().keypadBySid(3)->display, "   Vote Ended");
+}
+
+TEST(ControllerVote, LetterAnswersBecomeNumbersOnlyForLetterKeypads) {
+    DriverWorld d;
+    auto send = [&](const std::string& data) {
+        d.intake.records.clear();
+        d.drivers.VoteReceived(1, data, "385", "-45", "1", "300100001");
+        return d.intake.records.empty() ? std::string("<dropped>") : d.intake.records[0].votes[0];
+    };
+    d.glo().voteType = "SINGLEDIGIT";
+    EXPECT_EQ(send("B"), "B");
+    d.glo().kelvarinDisplay = 1;
+    EXPECT_EQ(send("B"), "2");
+    EXPECT_EQ(send("A"), "1");
+    EXPECT_EQ(send("I"), "9");
+    EXPECT_EQ(send("J"), "J");
+    EXPECT_EQ(send("AB"), "AB");
+    EXPECT_EQ(send("b"), "b");
+    EXPECT_EQ(send("7"), "7");
+    d.glo().voteType = "9";
+    EXPECT_EQ(send("C"), "3");
+    d.glo().voteType = "MULTIDIGIT";
+    EXPECT_EQ(send("C"), "C");
+    EXPECT_EQ(send(""), "<dropped>");
+    EXPECT_EQ(send("  "), "<dropped>");
+    d.glo().extendedVoteData = true;
+    EXPECT_EQ(send("4"), "4;385;-45");
+}
+
+TEST(ControllerVote, LetterKeypadsEndToEndAndBaseIndex) {
+    DriverWorld d({kBase1, kBase2});
+    d.singleDigit(4);
+    d.glo().kelvarinDisplay = 1;
+    d.g2().StartVote();
+    EXPECT_TRUE(d.sim().press(kBase2, 2, "C"));
+    EXPECT_FALSE(d.sim().press(kBase2, 3, "E"));  // key 5 is not allowed
+    d.settle();
+    ASSERT_EQ(d.intake.records.size(), 1u);
+    EXPECT_EQ(d.intake.records[0].votes[0], "3");
+    EXPECT_EQ(d.intake.records[0].base, 2);
+}
+
+TEST(ControllerVote, NothingIsHandedOnBeforeInitialisationOrWithoutIntake) {
+    DriverWorld d({kBase1}, 10, false);
+    d.drivers.VoteReceived(1, "1", "", "", "1", "");
+    EXPECT_TRUE(d.intake.records.empty());
+    d.start();
+    d.w.c().voteIntake = nullptr;
+    d.drivers.VoteReceived(1, "1", "", "", "1", "");  // no intake, no crash
+    d.w.c().voteIntake = &d.intake;
+    d.glo().ShuttingDown = true;
+    d.drivers.VoteReceived(1, "1", "", "", "1", "");
+    EXPECT_TRUE(d.intake.records.empty());
+}
+
+TEST(Crowd, EveryKeypadAnswersOnceAtTheRate) {
+    DriverWorld d({kBase1}, 40);
+    d.singleDigit(4);
+    d.g2().StartVote();
+    ASSERT_TRUE(d.sim().crowd(kBase1, 30, "1,2,3,4", 10));
+    d.settle(1000);
+    EXPECT_EQ(d.intake.records.size(), 10u);  // ten a second, each arriving shortly after its press
+    d.settle(3000);
+    ASSERT_EQ(d.intake.records.size(), 30u);
+    for (const auto& v : d.intake.votes()) EXPECT_TRUE(v == "1" || v == "2" || v == "3" || v == "4") << v;
+    EXPECT_EQ(d.station().keypadBySid(30)->display, d.station().vote.VoteText);
+
+    // The same seed gives the same answers.
+    DriverWorld e({kBase1}, 40);
+    e.singleDigit(4);
+    e.g2().StartVote();
+    e.sim().crowd(kBase1, 30, "1234", 10);
+    e.settle(4000);
+    EXPECT_EQ(e.intake.votes(), d.intake.votes());
+}

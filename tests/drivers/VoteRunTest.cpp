@@ -1,0 +1,174 @@
+#include <gtest/gtest.h>
+
+#include "core/FrmInit.h"
+#include "DriverWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+const std::string kBase1 = "100100100100";
+const std::string kBase2 = "100100100200";
+}  // namespace
+
+TEST(StartVote, OpensTheVoteOnEveryBase) {
+    DriverWorld d({kBase1, kBase2});
+    d.singleDigit(4);
+    EXPECT_EQ(d.g2().StartVote(), 0);
+    EXPECT_TRUE(d.g2().voteRunning());
+    for (std::size_t i = 0; i < 2; ++i) {
+        EXPECT_TRUE(d.station(i).voteOpen);
+        EXPECT_EQ(d.station(i).vote.KeyMask, 15);
+    }
+    EXPECT_TRUE(d.g2().logged("1 - Start Live Vote - ovote.VoteType:9, oVote.VoteQuestionText:"));
+    EXPECT_TRUE(d.g2().logged("2 - Start Live Vote - ovote.VoteType:9"));
+}
+
+TEST(StartVote, AFailingBaseIsLoggedAndTheNextStillStarts) {
+    DriverWorld d({kBase1, kBase2});
+    d.singleDigit();
+    d.sim().fail(kBase1, "StartVote", 8);
+    EXPECT_EQ(d.g2().StartVote(), 8);
+    EXPECT_FALSE(d.station(0).voteOpen);
+    EXPECT_TRUE(d.station(1).voteOpen);
+    EXPECT_TRUE(d.g2().logged("1 - Start Vote FAILED - 8: TX Comms time out"));
+    EXPECT_TRUE(d.w.logged(" - XX - 1 - Start Vote FAILED - 8: TX Comms time out"));
+}
+
+TEST(StartVote, AnUnknownVoteTypeTouchesNoBase) {
+    DriverWorld d;
+    d.glo().voteType = "POLL";
+    d.g2().SilentLoadVoteConfig(3);
+    d.g2().StartVote();
+    EXPECT_EQ(d.station().callCount("PrepareVote"), 0);
+    EXPECT_EQ(d.station().callCount("StartVote"), 0);
+    EXPECT_EQ(d.station().callCount("BeginLiveVote"), 0);
+    EXPECT_TRUE(d.g2().logged("Silent Loading Vote Quit: UpdateVoteObjectFromGlobalVariables(oVote) = False"));
+    EXPECT_FALSE(d.g2().voteRunning());
+}
+
+TEST(SilentLoad, ARepeatedLoadConfiguresOnceAndOnlyTheFirstBaseBeginsIt) {
+    DriverWorld d({kBase1, kBase2});
+    d.singleDigit();
+    d.g2().SilentLoadVoteConfig(3);
+    d.g2().SilentLoadVoteConfig(3);
+    EXPECT_EQ(d.station(0).callCount("PrepareVote"), 1);
+    EXPECT_EQ(d.station(1).callCount("PrepareVote"), 1);
+    EXPECT_TRUE(d.g2().logged("Silent Loading Vote Commpleted: slideNum = 3"));
+    EXPECT_TRUE(d.g2().logged("Silent Loading Vote Quit: m_SilentVoteLoadedSlideNumber = 3"));
+    EXPECT_TRUE(d.g2().logged("1 - Prepare Vote - ovote.VoteType:9"));
+
+    d.g2().StartVote();
+    EXPECT_EQ(d.station(0).callCount("BeginLiveVote"), 1);
+    EXPECT_EQ(d.station(0).callCount("StartVote"), 0);
+    EXPECT_EQ(d.station(1).callCount("BeginLiveVote"), 0);
+    EXPECT_EQ(d.station(1).callCount("StartVote"), 1);
+    EXPECT_TRUE(d.g2().logged("1 - Begin Live Vote - m_SilentVoteLoadedSlideNumber:3"));
+    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);
+    EXPECT_TRUE(d.station(0).voteOpen && d.station(1).voteOpen);
+}
+
+TEST(SilentLoad, AFailedPrepareIsLoggedAsAStartFailure) {
+    DriverWorld d;
+    d.singleDigit();
+    d.sim().fail(kBase1, "PrepareVote", 6);
+    d.g2().SilentLoadVoteConfig(2);
+    EXPECT_TRUE(d.g2().logged("1 - Start Vote FAILED - 6: TX Comms failed"));
+    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), 2);
+}
+
+TEST(PauseResume, OnlyActWhenThePauseSettingIsOn) {
+    DriverWorld d;
+    d.singleDigit();
+    d.g2().StartVote();
+    d.g2().PauseVote();
+    EXPECT_EQ(d.station().callCount("SetSessionConfig"), 0);
+
+    d.g2().displayTexts().TextVotePauseEnabled = true;
+    d.g2().PauseVote();
+    EXPECT_TRUE(d.g2().logged("1 - Pause Live Vote"));
+    EXPECT_FALSE(d.sim().press(kBase1, 1, "2"));
+    d.g2().ResumeVote();
+    EXPECT_TRUE(d.g2().logged("1 - Resume Live Vote"));
+    EXPECT_TRUE(d.sim().press(kBase1, 1, "2"));
+    d.settle();
+    EXPECT_EQ(d.intake.votes(), std::vector<std::string>{"2"});
+
+    d.sim().fail(kBase1, "GetSessionConfig", 7);
+    d.g2().PauseVote();
+    EXPECT_TRUE(d.g2().logged("1 - Pause Live Vote (GetSessionConfig) FAILED - 7: RX Comms failed"));
+    d.sim().fail(kBase1, "SetSessionConfig", 9);
+    d.g2().ResumeVote();
+    EXPECT_TRUE(d.g2().logged("1 - Resume Live Vote FAILED - 9: RX Comms time out"));
+}
+
+TEST(EndVote, EndedTextIsEmptyForARunningVoteAndABlankOtherwise) {
+    DriverWorld d;
+    d.singleDigit();
+    d.g2().EndVote(true, false);
+    EXPECT_EQ(d.station().lastEndedText, " ");
+    d.g2().StartVote();
+    d.g2().EndVote(true, false);
+    EXPECT_EQ(d.station().lastEndedText, "");
+    EXPECT_FALSE(d.g2().voteRunning());
+    EXPECT_FALSE(d.station().voteOpen);
+    EXPECT_TRUE(d.g2().logged("1 - End Vote"));
+    EXPECT_EQ(d.glo().voteType, "SINGLEDIGIT");
+}
+
+TEST(EndVote, ClearSettingsEmptiesTheVoteSettingsAndDropsAPreload) {
+    DriverWorld d;
+    d.singleDigit();
+    d.glo().questionTextShort = "Q";
+    d.glo().voteText = "V";
+    d.glo().points = 5;
+    d.g2().SilentLoadVoteConfig(4);
+    d.g2().EndVote(true, true);
+    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);
+    EXPECT_EQ(d.glo().voteType, "");
+    EXPECT_EQ(d.glo().questionTextShort, "");
+    EXPECT_EQ(d.glo().voteText, "");
+    EXPECT_EQ(d.glo().points, 0);
+}
+
+TEST(EndVote, RestartsMicrophoneRequestsUnlessToldOtherwise) {
+    DriverWorld d;
+    d.glo().options.set(section::kAudioOptions, "AUDIO AUTO REQUESTS", "1");
+    d.singleDigit();
+    d.g2().StartVote();
+    d.g2().EndVote(true, false);  // noAudio
+    EXPECT_FALSE(d.g2().audioRequestsOn());
+    d.g2().EndVote(false, false);
+    EXPECT_TRUE(d.g2().audioRequestsOn());
+    EXPECT_TRUE(d.station().voteOpen);
+    EXPECT_EQ(d.station().vote.KeyMask, 1024 + 512);  // keys 0 and 11
+    EXPECT_EQ(d.station().vote.VoteQuestionText, "  Press 0 to||  request mic");
+
+    // A vote ends the requests first.
+    d.g2().StartVote();
+    EXPECT_FALSE(d.g2().audioRequestsOn());
+    EXPECT_EQ(d.station().vote.KeyMask, 15);
+    // Not while the keypad set-up is open.
+    d.w.c().forms.load<FrmInit>(d.w.c());
+    d.g2().EndVote(false, false);
+    EXPECT_FALSE(d.g2().audioRequestsOn());
+}
+
+TEST(VoteOps, WithNoBaseConnectedEverythingCompletesQuietly) {
+    TestWorld w;
+    auto& drivers = w.useSimBases();
+    w.start();
+    auto* g2 = drivers.oKVv5();
+    ASSERT_NE(g2, nullptr);
+    w.glo().voteType = "SINGLEDIGIT";
+    g2->SilentLoadVoteConfig(1);
+    EXPECT_EQ(g2->StartVote(), 0);
+    g2->PauseVote();
+    g2->ResumeVote();
+    g2->EndVote(false, true);
+    g2->ShowWinningKeypad(3, true);
+    EXPECT_EQ(g2->ScanForBestChannel(""), 0);
+    EXPECT_EQ(g2->GetRegistry("1", false), 3);
+    EXPECT_TRUE(w.dialogs.any("Unable to connect to base station 1"));
+    EXPECT_EQ(g2->baseTable().size(), 0u);
+}
