@@ -29,6 +29,8 @@ int main(int argc, char** argv) {
         return cli.exit(e);
     }
     o.answerYes = answer == "yes";
+    // The keypad set-up without a window never needs a display.
+    if (!o.configureBases.empty()) o.headless = true;
     if (noppt) o.commandLine = "-noppt";
     return tlx::runController(argc, argv, o, std::cout);
 }

@@ -166,3 +166,30 @@ void KelvarinDrivers::BaseError(const std::string& base, int code, const std::st
 }
 
 }  // namespace tlx
+
+namespace tlx {
+
+KeypadRange KelvarinDrivers::keypadRange(int baseIndex, const GlobalState& glo) const {
+    auto digits = [](const std::string& t) {
+        std::string d;
+        for (char ch : t)
+            if (ch >= '0' && ch <= '9') d += ch;
+        const auto nz = d.find_first_not_of('0');
+        return nz == std::string::npos ? std::string() : d.substr(nz);
+    };
+    for (KelvarinPrioritizerDriver* d : {static_cast<KelvarinPrioritizerDriver*>(g2_.get()),
+                                         static_cast<KelvarinPrioritizerDriver*>(g1_.get())}) {
+        if (!d || baseIndex < 1 || static_cast<std::size_t>(baseIndex) > d->baseTable().size()) continue;
+        const BaseStationRecord& rec = d->baseTable()[static_cast<std::size_t>(baseIndex - 1)];
+        for (const PortEntry& e : glo.bases) {
+            if (digits(e.port).empty() || digits(e.port) != digits(rec.identifier)) continue;
+            KeypadRange r;
+            r.offset = e.offset;
+            r.highest = rec.highestKeypad > 0 ? rec.highestKeypad : e.gridHi;
+            return r;
+        }
+    }
+    return BaseDrivers::keypadRange(baseIndex, glo);
+}
+
+}  // namespace tlx

@@ -32,6 +32,10 @@ public:
     KeypadDriver* corehubG1() override;
     KeypadDriver* corehubG2() override;
     Black3Driver* black3() override;
+    // A Corehub base's slot in its driver's table, matched to its port-file entry for the
+    // offset; the highest keypad is the registry's, or the set-up range's when the registry
+    // has none.
+    KeypadRange keypadRange(int baseIndex, const GlobalState& glo) const override;
 
     // The driver forms themselves (nullptr before loadDriverForms).
     kpdriver_KELVARIN_Prioritizer_g2* oKVv5() { return g2_.get(); }

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QLocale>
+#include <QProcess>
 #include <iostream>
 
 #include "core/Controller.h"
@@ -16,28 +17,17 @@
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScheduler.h"
 #include "platform/sim/SimDesktop.h"
+#include "platform/sim/SimKeyboard.h"
 #include "platform/sim/SimPresentation.h"
+#include "platform/sim/SimScript.h"
+#include "platform/sim/SimSetup.h"
+#include "platform/sim/basesim/SimBasesAdapter.h"
 #include "platform/sim/basesim/SimBaseLibrary.h"
 #include "presentation/Tallix.h"
 #include "ui/Views.h"
 
 namespace tlx {
 
-namespace {
-
-struct SimSetup {
-    bool presentationRunning = true;
-};
-
-SimSetup readSimSetup(const std::string& file) {
-    SimSetup s;
-    if (file.empty()) return s;
-    const std::string v = GetProfileString(file, "presentation", "running", "1");
-    s.presentationRunning = ParseNumber(v) != 0;
-    return s;
-}
-
-}  // namespace
 
 int configureBases(Controller& controller, const std::vector<std::string>& specs, std::ostream& out) {
     controller.resolveDataFolders();
@@ -77,9 +67,34 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     QtScheduler scheduler;
     SimDesktop desktop;
     desktop.onEndProcess = [](int code) { QCoreApplication::exit(code); };
-    SimPresentationApp presentation(scheduler, desktop);
-    const SimSetup sim = readSimSetup(options.simFile);
-    if (sim.presentationRunning) presentation.start();
+    SimKeyboard keyboard;
+    // Synthetic key strokes (the presenter keypad's) pass the hook and reach the show, as typed ones do.
+    desktop.onKey = [&](int vk) {
+        keyboard.tap(vk, static_cast<int>(scheduler.monotonicSeconds() * 1000.0));
+    };
+    SimPresentationApp presentation(scheduler, desktop, &keyboard);
+    if (options.headless) presentation.note = [&out](const std::string& t) { out << "[presentation] " << t << std::endl; };
+    const SimShowSetup sim = readSimShowSetup(options.simFile);
+    if (presentation.addInFolder.empty()) presentation.addInFolder = desktop.installFolder().string();
+    if (const std::string problem = applySimShowSetup(sim, presentation); !problem.empty())
+        out << "[presentation] " << problem << std::endl;
+    // Display programs started by "DoRapidpoll" run as real processes; they leave the process
+    // list when they exit.
+    presentation.launchDisplay = [&presentation](const SimPresentationApp::Display& d, const std::string& name) {
+        auto* p = new QProcess;
+        QObject::connect(p, &QProcess::finished, [p, &presentation, name](int, QProcess::ExitStatus) {
+            presentation.displayEnded(name);
+            p->deleteLater();
+        });
+        QStringList args = QProcess::splitCommand(QString::fromStdString(d.arguments));
+        p->setProcessChannelMode(QProcess::ForwardedChannels);
+        p->start(QString::fromStdString(d.program), args);
+        if (!p->waitForStarted(5000)) {
+            p->deleteLater();
+            return false;
+        }
+        return true;
+    };
 
     std::unique_ptr<Dialogs> dialogs;
     std::unique_ptr<Tray> tray;
@@ -100,6 +115,7 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     if (!options.simFile.empty()) loadSimBases(baseLibrary, options.simFile);
 
     Controller controller(Ports{scheduler, desktop, *dialogs, *tray, presentation});
+    controller.keyboard = &keyboard;
     controller.spreadsheet = &spreadsheet;
     controller.drivers = std::make_unique<KelvarinDrivers>(controller, baseLibrary);
 
@@ -138,6 +154,30 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     if (!options.commandLine.empty()) {
         tallix client(controller);
         client.init(options.commandLine);
+    }
+    // The presentation program's add-in reports the show through its own instance of the class.
+    auto addIn = std::make_unique<tallix>(controller);
+    addIn->init("");
+    presentation.addIn.showBegin = [&](std::int64_t window) { addIn->SlideShowBegin(window); };
+    presentation.addIn.nextSlide = [&] { addIn->SlideShowNextSlide(); };
+    presentation.addIn.showEnd = [&] { addIn->SlideShowEnd(); };
+    presentation.addIn.closing = [&] { addIn->PowerPointClosed(); };
+    // A scripted show plays the presenter, the keypads and the display program.
+    SimBasesAdapter simBases(baseLibrary);
+    std::unique_ptr<tallix> display;
+    std::unique_ptr<SimScript> script;
+    if (!sim.script.empty()) {
+        std::vector<std::string> problems;
+        auto steps = loadScript(sim.script, problems);
+        for (const auto& p : problems) out << "[script] cannot read " << p << std::endl;
+        display = std::make_unique<tallix>(controller);
+        display->init("");
+        script = std::make_unique<SimScript>(scheduler, &presentation, &simBases);
+        script->folder = sim.script.parent_path();
+        script->command = [&](const std::string& line) { return display->SendCommand(line); };
+        script->report = [&out](const std::string& t) { out << "[script] " << t << std::endl; };
+        script->load(std::move(steps));
+        script->start();
     }
     if (!options.headless)
         if (auto* m = controller.mainForm()) m->Show();

@@ -39,6 +39,7 @@ std::uint64_t QtScheduler::post(int delayMs, std::function<void()> fn) {
     const std::uint64_t id = ++nextId_;
     auto* q = new QTimer;
     q->setSingleShot(true);
+    q->setTimerType(Qt::PreciseTimer);
     QObject::connect(q, &QTimer::timeout, [this, id, fn = std::move(fn)] {
         auto it = posts_.find(id);
         if (it == posts_.end()) return;
@@ -65,6 +66,8 @@ void QtScheduler::arm(Timer* timer, int delayMs) {
     if (!q) {
         q = new QTimer;
         q->setSingleShot(true);
+        // The program's intervals are short and exact (10 to 50 ms one-shots): no coarse slack.
+        q->setTimerType(Qt::PreciseTimer);
         QObject::connect(q, &QTimer::timeout, [timer] { timer->fire(); });
     }
     q->start(delayMs);

@@ -437,7 +437,9 @@ void SimPresentationApp::doRapidpoll() {
         return;
     }
     const std::string process = displayProcessName(tag);
-    if (desktop_.startProgram(d.program, d.arguments, WindowStyle::Normal)) {
+    const bool started = launchDisplay ? launchDisplay(d, process)
+                                       : desktop_.startProgram(d.program, d.arguments, WindowStyle::Normal);
+    if (started) {
         desktop_.addProcess(process);
         log("Macro DoRapidpoll run: " + process + " started for slide " + numText(slide->slideNumber()));
     } else {

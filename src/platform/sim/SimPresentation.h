@@ -186,6 +186,9 @@ public:
         std::string arguments;
     };
     std::map<std::string, Display> displays;
+    // Starts a display program under its process name and calls displayEnded when it has
+    // gone; without it the program is started through the desktop and stays listed.
+    std::function<bool(const Display&, const std::string& processName)> launchDisplay;
     // The simulated program's own notes (macros run, show moves).
     std::function<void(const std::string&)> note;
     const std::vector<std::string>& macrosRun() const { return macrosRun_; }
