@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusError>
 #include <QLocale>
 #include <iostream>
 
@@ -10,6 +12,7 @@
 #include "core/MainForm.h"
 #include "core/Settings.h"
 #include "core/Text.h"
+#include "platform/dbus/DbusAutomationServer.h"
 #include "platform/headless/ConsoleAdapters.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScheduler.h"
@@ -95,6 +98,23 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
 
     if (!options.configureBases.empty()) return configureBases(controller, options.configureBases, out);
 
+    // Before anything starts: a second controller would fight the first for the bases.
+    std::unique_ptr<DbusAutomationServer> automation;
+    if (options.automation.value_or(!options.headless)) {
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        if (!bus.isConnected()) {
+            std::cerr << "tlxctrl: no session bus (" << bus.lastError().message().toStdString()
+                      << "), so other programs cannot reach the automation class" << std::endl;
+            if (options.automation.value_or(false)) return kExitAutomationUnavailable;
+        } else {
+            automation = std::make_unique<DbusAutomationServer>(controller, bus);
+            if (const std::string who = automation->servedElsewhere(); !who.empty()) {
+                std::cerr << "tlxctrl: " << who << "; not starting a second controller" << std::endl;
+                return kExitAutomationUnavailable;
+            }
+        }
+    }
+
     std::unique_ptr<ViewManager> views;
     if (options.headless) {
         controller.forms.loaded.connect([&out](Form& f) {
@@ -125,6 +145,14 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     }
 
     Main(controller);
+    if (automation && !controller.glo.ShuttingDown) {
+        // The simulated presentation program and base stations publish their control objects
+        // through automation->serveSimulation(show, bases) once they offer them.
+        if (const std::string why = automation->start(); !why.empty()) {
+            std::cerr << "tlxctrl: " << why << "; not starting a second controller" << std::endl;
+            return kExitAutomationUnavailable;
+        }
+    }
     if (!options.commandLine.empty()) {
         tallix client(controller);
         client.init(options.commandLine);
