@@ -99,6 +99,11 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     if (!options.configureBases.empty()) return configureBases(controller, options.configureBases, out);
 
     // Before anything starts: a second controller would fight the first for the bases.
+    auto secondController = [&](const std::string& why) {
+        std::cerr << "tlxctrl: " << why << "; not starting a second controller" << std::endl;
+        if (!options.headless)
+            dialogs->message("tallix controller", why + "; not starting a second controller", MsgIcon::Exclamation);
+    };
     std::unique_ptr<DbusAutomationServer> automation;
     if (options.automation.value_or(!options.headless)) {
         QDBusConnection bus = QDBusConnection::sessionBus();
@@ -109,7 +114,7 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         } else {
             automation = std::make_unique<DbusAutomationServer>(controller, bus);
             if (const std::string who = automation->servedElsewhere(); !who.empty()) {
-                std::cerr << "tlxctrl: " << who << "; not starting a second controller" << std::endl;
+                secondController(who);
                 return kExitAutomationUnavailable;
             }
         }
@@ -149,7 +154,10 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         // The simulated presentation program and base stations publish their control objects
         // through automation->serveSimulation(show, bases) once they offer them.
         if (const std::string why = automation->start(); !why.empty()) {
-            std::cerr << "tlxctrl: " << why << "; not starting a second controller" << std::endl;
+            if (contains(why, "another controller"))
+                secondController(why);
+            else
+                std::cerr << "tlxctrl: cannot serve the automation class: " << why << std::endl;
             return kExitAutomationUnavailable;
         }
     }

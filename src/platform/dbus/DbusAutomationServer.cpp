@@ -414,8 +414,13 @@ DbusAutomationServer::Client* DbusAutomationServer::enter(const QString& name) {
     }
     // Creating the object starts the controller when nothing has yet; that may let other
     // calls run meanwhile.
-    auto object = std::make_unique<tallix>(c_);
-    c->object = std::move(object);
+    try {
+        c->object = std::make_unique<tallix>(c_);
+    } catch (...) {
+        --c->busy;
+        if (c->busy == 0) release(c);
+        throw;
+    }
     relayEvents(c);
     return c;
 }
