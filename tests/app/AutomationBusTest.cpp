@@ -11,40 +11,11 @@
 #include "core/PortFile.h"
 #include "platform/dbus/DbusAutomationServer.h"
 #include "platform/dbus/DbusNames.h"
-#include "platform/sim/SimControls.h"
 
 using namespace tlx;
 using namespace tlx::test;
 
 namespace {
-
-// A presentation carrying only tags, for the class's CurrentSlide.
-class TaggedPresentation : public ppt::Presentation, public ppt::Tags {
-public:
-    std::string name() const override { return "deck.pptx"; }
-    std::string path() const override { return "/decks"; }
-    std::string fullName() const override { return "/decks/deck.pptx"; }
-    int slideCount() const override { return 0; }
-    ppt::Slide* slide(int) override { return nullptr; }
-    ppt::Tags& tags() override { return *this; }
-    ppt::SlideShowWindow* slideShowWindow() override { return nullptr; }
-    int showType() const override { return 1; }
-    void save() override {}
-    std::string item(const std::string& n) const override { return n == "tlxCurrentSlide" ? current : ""; }
-    void add(const std::string&, const std::string& v) override { current = v; }
-    void remove(const std::string&) override { current.clear(); }
-    int count() const override { return current.empty() ? 0 : 1; }
-    std::string name(int) const override { return "tlxCurrentSlide"; }
-    std::string value(int) const override { return current; }
-    std::string current;
-};
-
-class TaggedApplication : public SimApplication {
-public:
-    ppt::Presentation* activePresentation() override { return &deck; }
-    int presentationCount() const override { return 1; }
-    TaggedPresentation deck;
-};
 
 // Drivers that let other calls run while a base opens, as a real base's reply wait does.
 class WaitingDrivers : public NoBaseDrivers {
@@ -166,7 +137,7 @@ TEST_F(AutomationBus, CommandsAreRefusedUntilTheControllerHasInitialisedThenQueu
     EXPECT_EQ(server->clientCount(), 2u);
 }
 
-TEST_F(AutomationBus, InitArgumentsAndTheCurrentSlide) {
+TEST_F(AutomationBus, InitArgumentsAndTheCurrentSlideWithoutItsTag) {
     w.start();
     serve();
     BusClient a(bus, "a");
@@ -178,14 +149,9 @@ TEST_F(AutomationBus, InitArgumentsAndTheCurrentSlide) {
     a.call("init", {"-show"});
     EXPECT_TRUE(w.glo().usePowerPoint);
 
-    TaggedApplication app;
-    w.glo().ppApp = &app;
-    EXPECT_EQ(answerOf(a.call("CurrentSlide")).toInt(), 0);
-    app.deck.current = "7";
-    const QVariant slide = answerOf(a.call("CurrentSlide"));
+    const QVariant slide = answerOf(a.call("CurrentSlide"));  // no "tlxCurrentSlide" tag
     EXPECT_EQ(slide.typeId(), QMetaType::Int);
-    EXPECT_EQ(slide.toInt(), 7);
-    w.glo().ppApp = nullptr;
+    EXPECT_EQ(slide.toInt(), 0);
 }
 
 TEST_F(AutomationBus, EveryClientHearsEachEventOnce) {
@@ -314,117 +280,38 @@ TEST_F(AutomationBus, ASecondControllerIsToldTheNameIsTakenAndDoesNotStart) {
     EXPECT_TRUE(answerOf(a.call("SendCommand", {"STARTVOTE"})).toBool());
 }
 
-namespace {
-
-class FakeShow : public SimShowControl {
-public:
-    SimError Open(const std::string& path) override { return did("Open " + path); }
-    SimError Begin() override { return did("Begin"); }
-    SimError Next() override { return did("Next"); }
-    SimError Previous() override { return did("Previous"); }
-    SimError GoTo(int slide) override {
-        if (slide < 1) return "no slide " + std::to_string(slide);
-        return did("GoTo " + std::to_string(slide));
-    }
-    SimError End() override { return did("End"); }
-    SimError Close() override { throw std::runtime_error("the program is not running"); }
-    SimError KeyDown(int vk) override { return did("KeyDown " + std::to_string(vk)); }
-    SimError KeyUp(int vk) override { return did("KeyUp " + std::to_string(vk)); }
-    SimResult<int> CurrentSlide() override { return {4, ""}; }
-    SimResult<std::string> PresentationTag(const std::string& name) override {
-        return {name == "tlxCurrentSlide" ? "4" : "", ""};
-    }
-    SimResult<std::string> SlideTag(int slide, const std::string& name) override {
-        if (slide > 9) return {"", "no slide " + std::to_string(slide)};
-        return {name + "@" + std::to_string(slide), ""};
-    }
-    std::vector<std::string> calls;
-
-private:
-    SimError did(std::string what) {
-        calls.push_back(std::move(what));
-        return {};
-    }
-};
-
-class FakeBases : public SimBasesControl {
-public:
-    SimError Press(const std::string& base, int keypad, const std::string& keys) override {
-        return did(base, "Press " + base + " " + std::to_string(keypad) + " " + keys);
-    }
-    SimError Crowd(const std::string& base, int keypads, const std::string& answers, int perSecond) override {
-        return did(base, "Crowd " + base + " " + std::to_string(keypads) + " " + answers + " " + std::to_string(perSecond));
-    }
-    SimError MicRequest(const std::string& base, int keypad, bool withdraw) override {
-        return did(base, "MicRequest " + base + " " + std::to_string(keypad) + (withdraw ? " withdraw" : " ask"));
-    }
-    SimError Text(const std::string& base, int keypad, const std::string& text) override {
-        return did(base, "Text " + base + " " + std::to_string(keypad) + " " + text);
-    }
-    SimError Fail(const std::string& base, const std::string& operation, int code) override {
-        return did(base, "Fail " + base + " " + operation + " " + std::to_string(code));
-    }
-    SimError Disconnect(const std::string& base) override { return did(base, "Disconnect " + base); }
-    SimError Reconnect(const std::string& base) override { return did(base, "Reconnect " + base); }
-    SimResult<std::vector<std::string>> Bases() override {
-        return {{"KELVARIN COREHUB G2;100100100100", "KELVARIN COREHUB G1;200200200200"}, ""};
-    }
-    std::vector<std::string> calls;
-
-private:
-    SimError did(const std::string& base, std::string what) {
-        if (base != "100100100100" && base != "200200200200") return "no simulated base " + base;
-        calls.push_back(std::move(what));
-        return {};
-    }
-};
-
-QDBusMessage simCall(PrivateBus& bus, const char* path, const char* iface, const QString& method,
-                     const QVariantList& args = {}) {
-    return callOn(bus.connect("sim"), QLatin1String(path), QLatin1String(iface), method, args);
-}
-
-}  // namespace
-
 TEST_F(AutomationBus, SimulationObjectsRelayToTheSimulationAndReportItsFailures) {
     w.start();
-    FakeShow show;
-    FakeBases bases;
+    FakeSim sim;
     serve();
-    server->serveSimulation(&show, &bases);  // published at once while serving
-    auto s = [&](const QString& m, const QVariantList& a = {}) {
-        return simCall(bus, bus::kSimShowPath, bus::kSimShowInterface, m, a);
-    };
-    auto b = [&](const QString& m, const QVariantList& a = {}) {
-        return simCall(bus, bus::kSimBasesPath, bus::kSimBasesInterface, m, a);
-    };
-    for (const auto& m : {s("Open", {"/decks/vote.pptx"}), s("Begin"), s("GoTo", {3}), s("KeyDown", {86}),
-                          s("KeyUp", {86}), s("Next"), s("Previous"), s("End")})
+    server->serveSimulation(&sim, &sim);  // published at once while serving
+    QDBusConnection c = bus.connect("sim");
+    auto s = [&](const QString& m, const QVariantList& a = {}) { return callOn(c, "/sim/show", "tallix_control.SimShow", m, a); };
+    auto b = [&](const QString& m, const QVariantList& a = {}) { return callOn(c, "/sim/bases", "tallix_control.SimBases", m, a); };
+    for (const auto& m :
+         {s("Open", {"/decks/vote.pptx"}), s("Begin"), s("GoTo", {3}), s("KeyDown", {86}), s("KeyUp", {86}), s("Next"),
+          s("Previous"), s("End"), b("Press", {"100100100100", 5, "3"}), b("Crowd", {"200200200200", 40, "ABCD", 20}),
+          b("MicRequest", {"100100100100", 7, true}), b("Text", {"100100100100", 8, "hello there"}),
+          b("Fail", {"100100100100", "StartVote", 6}), b("Disconnect", {"200200200200"}), b("Reconnect", {"200200200200"})})
         EXPECT_EQ(m.type(), QDBusMessage::ReplyMessage) << errorOf(m);
-    EXPECT_EQ(show.calls, (std::vector<std::string>{"Open /decks/vote.pptx", "Begin", "GoTo 3", "KeyDown 86", "KeyUp 86",
-                                                    "Next", "Previous", "End"}));
+    EXPECT_EQ(sim.calls, (std::vector<std::string>{
+                             "Open /decks/vote.pptx", "Begin", "GoTo 3", "KeyDown 86", "KeyUp 86", "Next", "Previous", "End",
+                             "Press 100100100100 5 3", "Crowd 200200200200 40 ABCD 20", "MicRequest 100100100100 7 true",
+                             "Text 100100100100 8 hello there", "Fail 100100100100 StartVote 6", "Disconnect 200200200200",
+                             "Reconnect 200200200200"}));
     EXPECT_EQ(answerOf(s("CurrentSlide")).toInt(), 4);
-    EXPECT_EQ(answerOf(s("PresentationTag", {"tlxCurrentSlide"})).toString(), "4");
+    EXPECT_EQ(answerOf(s("PresentationTag", {"tlxCurrentSlide"})).toString(), "tlxCurrentSlide=4");
     EXPECT_EQ(answerOf(s("SlideTag", {2, "TLXVOTE"})).toString(), "TLXVOTE@2");
-    EXPECT_EQ(errorOf(s("SlideTag", {12, "TLXVOTE"})), "org.freedesktop.DBus.Error.Failed: no slide 12");
-    EXPECT_EQ(errorOf(s("GoTo", {0})), "org.freedesktop.DBus.Error.Failed: no slide 0");
-    EXPECT_EQ(errorOf(s("Close")), "org.freedesktop.DBus.Error.Failed: Close failed: the program is not running");
-    EXPECT_EQ(errorOf(s("GoTo", {"3"})), "org.freedesktop.DBus.Error.InvalidArgs: GoTo takes (i slide), not (s)");
-
-    for (const auto& m : {b("Press", {"100100100100", 5, "3"}), b("Crowd", {"200200200200", 40, "ABCD", 20}),
-                          b("MicRequest", {"100100100100", 7, true}), b("Text", {"100100100100", 8, "hello there"}),
-                          b("Fail", {"100100100100", "StartVote", 6}), b("Disconnect", {"200200200200"}),
-                          b("Reconnect", {"200200200200"})})
-        EXPECT_EQ(m.type(), QDBusMessage::ReplyMessage) << errorOf(m);
-    EXPECT_EQ(bases.calls, (std::vector<std::string>{"Press 100100100100 5 3", "Crowd 200200200200 40 ABCD 20",
-                                                     "MicRequest 100100100100 7 withdraw", "Text 100100100100 8 hello there",
-                                                     "Fail 100100100100 StartVote 6", "Disconnect 200200200200",
-                                                     "Reconnect 200200200200"}));
-    EXPECT_EQ(errorOf(b("Press", {"999", 1, "A"})), "org.freedesktop.DBus.Error.Failed: no simulated base 999");
     const QDBusMessage list = b("Bases");
     EXPECT_EQ(list.signature(), "as");
     EXPECT_EQ(answerOf(list).toStringList(),
               (QStringList{"KELVARIN COREHUB G2;100100100100", "KELVARIN COREHUB G1;200200200200"}));
+
+    EXPECT_EQ(errorOf(s("SlideTag", {12, "TLXVOTE"})), "org.freedesktop.DBus.Error.Failed: no slide 12");
+    EXPECT_EQ(errorOf(s("GoTo", {0})), "org.freedesktop.DBus.Error.Failed: no slide 0");
+    EXPECT_EQ(errorOf(b("Press", {"999", 1, "A"})), "org.freedesktop.DBus.Error.Failed: no simulated base 999");
+    EXPECT_EQ(errorOf(s("Close")), "org.freedesktop.DBus.Error.Failed: Close failed: the program is not running");
+    EXPECT_EQ(errorOf(s("GoTo", {"3"})), "org.freedesktop.DBus.Error.InvalidArgs: GoTo takes (i slide), not (s)");
 
     // Withdrawn with the simulation; the class stays.
     server->serveSimulation(nullptr, nullptr);

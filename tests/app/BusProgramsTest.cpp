@@ -11,7 +11,6 @@
 #include "core/MainForm.h"
 #include "platform/dbus/DbusAutomationServer.h"
 #include "platform/dbus/DbusNames.h"
-#include "platform/sim/SimControls.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -56,26 +55,6 @@ TEST(ServiceActivation, ACallStartsTheControllerWhenNoneRuns) {
     if (!gone && pid != 0) ::kill(static_cast<pid_t>(pid), SIGKILL);  // the controller this test started
 }
 
-namespace {
-
-class TwoBases : public SimBasesControl {
-public:
-    SimError Press(const std::string& base, int, const std::string&) override {
-        return base == "100100100100" ? SimError() : "no simulated base " + base;
-    }
-    SimError Crowd(const std::string&, int, const std::string&, int) override { return {}; }
-    SimError MicRequest(const std::string&, int, bool) override { return {}; }
-    SimError Text(const std::string&, int, const std::string&) override { return {}; }
-    SimError Fail(const std::string&, const std::string&, int) override { return {}; }
-    SimError Disconnect(const std::string&) override { return {}; }
-    SimError Reconnect(const std::string&) override { return {}; }
-    SimResult<std::vector<std::string>> Bases() override {
-        return {{"KELVARIN COREHUB G2;100100100100", "KELVARIN COREHUB G1;200200200200"}, ""};
-    }
-};
-
-}  // namespace
-
 TEST(Tlxctl, PrintsSignalsAndResultsAndSaysWhenNoControllerAnswers) {
     PrivateBus bus;
     ASSERT_TRUE(bus.ok()) << bus.problem();
@@ -89,7 +68,7 @@ TEST(Tlxctl, PrintsSignalsAndResultsAndSaysWhenNoControllerAnswers) {
 
     TestWorld w;
     w.start();
-    TwoBases bases;
+    FakeSim bases;
     DbusAutomationServer server(w.c(), bus.connect("server"));
     server.serveSimulation(nullptr, &bases);
     ASSERT_EQ(server.start(), "");

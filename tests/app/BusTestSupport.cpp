@@ -5,7 +5,6 @@
 #include <QDBusPendingCallWatcher>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
-#include <QProcess>
 #include <signal.h>
 #include <sys/prctl.h>
 
@@ -45,11 +44,7 @@ bool waitFor(const std::function<bool()>& condition, double seconds) {
     return true;
 }
 
-struct PrivateBus::Daemon {
-    QProcess process;
-};
-
-PrivateBus::PrivateBus(const QString& serviceDir, const QProcessEnvironment& env) : daemon_(std::make_unique<Daemon>()) {
+PrivateBus::PrivateBus(const QString& serviceDir, const QProcessEnvironment& env) {
     busApp();
     const auto config = dir_ / "bus.conf";
     writeFile(config,
@@ -66,7 +61,7 @@ PrivateBus::PrivateBus(const QString& serviceDir, const QProcessEnvironment& env
                   "    <allow own=\"*\"/>\n"
                   "  </policy>\n"
                   "</busconfig>\n");
-    QProcess& p = daemon_->process;
+    QProcess& p = daemon_;
     p.setProcessEnvironment(env);
     p.setProcessChannelMode(QProcess::SeparateChannels);
     dieWithParent(p);
@@ -93,14 +88,11 @@ PrivateBus::PrivateBus(const QString& serviceDir, const QProcessEnvironment& env
 
 PrivateBus::~PrivateBus() {
     for (const QString& n : names_) QDBusConnection::disconnectFromBus(n);
-    QProcess& p = daemon_->process;
-    if (p.state() != QProcess::NotRunning) {
-        p.terminate();
-        if (!p.waitForFinished(5000)) {
-            p.kill();
-            p.waitForFinished(5000);
-        }
-    }
+    if (daemon_.state() == QProcess::NotRunning) return;
+    daemon_.terminate();
+    if (daemon_.waitForFinished(5000)) return;
+    daemon_.kill();
+    daemon_.waitForFinished(5000);
 }
 
 QDBusConnection PrivateBus::connect(const QString& name) {
@@ -134,7 +126,6 @@ QDBusMessage callOn(const QDBusConnection& conn, const QString& path, const QStr
 BusClient::BusClient(PrivateBus& bus, const QString& name) : bus_(bus) {
     conn_ = bus.connect(name);
     name_ = conn_->name();
-    unique_ = conn_->baseService();
     tap_ = std::make_unique<DbusSignalTap>(*conn_, [this](const QDBusMessage& m) { heard.push_back(describeSignal(m)); });
     tap_->listen(QLatin1String(bus::kTallixPath), QLatin1String(bus::kTallixInterface), bus::tallixSignals());
 }
@@ -160,10 +151,6 @@ void BusClient::leave() {
     conn_.reset();
     if (!name_.isEmpty()) bus_.close(name_);
     name_.clear();
-}
-
-bool BusClient::heardLine(const std::string& line) const {
-    return std::find(heard.begin(), heard.end(), line) != heard.end();
 }
 
 ProgramRun runProgram(const QString& program, const QStringList& args, const QProcessEnvironment& env,
