@@ -9,6 +9,7 @@ int main(int argc, char** argv) {
     tlx::ControllerOptions o;
     std::string answer = "no";
     bool noppt = false;
+    bool automation = false, noAutomation = false;
     cli.add_flag("--headless", o.headless, "run without widgets; log lines go to standard output");
     cli.add_option("--sim", o.simFile, "simulation set-up file")->check(CLI::ExistingFile);
     cli.add_option("--answer", answer, "answer to every question in headless mode")
@@ -17,6 +18,11 @@ int main(int argc, char** argv) {
     cli.add_option("--configure-bases", o.configureBases,
                    "keypad set-up without a window: \"TYPE;PORT;LO;HI\" per base");
     cli.add_flag("-n,--noppt", noppt, "do not use the presentation program (same as -noppt)");
+    auto* on = cli.add_flag("--automation", automation,
+                            "serve the automation class on the session bus as tallix_control.tallix (the "
+                            "default without --headless); exits with code 3 when another controller serves it "
+                            "or there is no session bus");
+    cli.add_flag("--no-automation", noAutomation, "do not serve the automation class")->excludes(on);
     // The automation switch keeps its single-dash spelling.
     std::vector<std::string> args(argv, argv + argc);
     for (auto& a : args)
@@ -32,5 +38,7 @@ int main(int argc, char** argv) {
     // The keypad set-up without a window never needs a display.
     if (!o.configureBases.empty()) o.headless = true;
     if (noppt) o.commandLine = "-noppt";
+    if (automation) o.automation = true;
+    if (noAutomation) o.automation = false;
     return tlx::runController(argc, argv, o, std::cout);
 }

@@ -33,6 +33,9 @@ public:
     void init(const std::string& NewArgs);
     bool SendCommand(const std::string& sCommand);
 
+    // Whether `init` has subscribed this object to the main form's events.
+    bool subscribed() const { return subscribed_; }
+
     // Events, relayed from the main form once `init` has subscribed.
     Signal<const std::string&> FromTLXCtrl;
     Signal<> Initialised;

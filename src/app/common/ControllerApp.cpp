@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusError>
 #include <QLocale>
 #include <QProcess>
 #include <iostream>
@@ -13,6 +15,8 @@
 #include "core/Text.h"
 #include "platform/files/FileSpreadsheet.h"
 #include "drivers/KelvarinDrivers.h"
+
+#include "platform/dbus/DbusAutomationServer.h"
 #include "platform/headless/ConsoleAdapters.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScheduler.h"
@@ -121,6 +125,28 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
 
     if (!options.configureBases.empty()) return configureBases(controller, options.configureBases, out);
 
+    // Before anything starts: a second controller would fight the first for the bases.
+    auto secondController = [&](const std::string& why) {
+        std::cerr << "tlxctrl: " << why << "; not starting a second controller" << std::endl;
+        if (!options.headless)
+            dialogs->message("tallix controller", why + "; not starting a second controller", MsgIcon::Exclamation);
+    };
+    std::unique_ptr<DbusAutomationServer> automation;
+    if (options.automation.value_or(!options.headless)) {
+        QDBusConnection bus = QDBusConnection::sessionBus();
+        if (!bus.isConnected()) {
+            std::cerr << "tlxctrl: no session bus (" << bus.lastError().message().toStdString()
+                      << "), so other programs cannot reach the automation class" << std::endl;
+            if (options.automation.value_or(false)) return kExitAutomationUnavailable;
+        } else {
+            automation = std::make_unique<DbusAutomationServer>(controller, bus);
+            if (const std::string who = automation->servedElsewhere(); !who.empty()) {
+                secondController(who);
+                return kExitAutomationUnavailable;
+            }
+        }
+    }
+
     std::unique_ptr<ViewManager> views;
     if (options.headless) {
         controller.forms.loaded.connect([&out](Form& f) {
@@ -151,6 +177,18 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     }
 
     Main(controller);
+    SimBasesAdapter simBases(baseLibrary);
+    if (automation && !controller.glo.ShuttingDown) {
+        // The simulated presentation program and base stations are driven on the same bus name.
+        automation->serveSimulation(&presentation, &simBases);
+        if (const std::string why = automation->start(); !why.empty()) {
+            if (contains(why, "another controller"))
+                secondController(why);
+            else
+                std::cerr << "tlxctrl: cannot serve the automation class: " << why << std::endl;
+            return kExitAutomationUnavailable;
+        }
+    }
     if (!options.commandLine.empty()) {
         tallix client(controller);
         client.init(options.commandLine);
@@ -163,7 +201,6 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     presentation.addIn.showEnd = [&] { addIn->SlideShowEnd(); };
     presentation.addIn.closing = [&] { addIn->PowerPointClosed(); };
     // A scripted show plays the presenter, the keypads and the display program.
-    SimBasesAdapter simBases(baseLibrary);
     std::unique_ptr<tallix> display;
     std::unique_ptr<SimScript> script;
     if (!sim.script.empty()) {

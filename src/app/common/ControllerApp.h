@@ -1,6 +1,7 @@
 #pragma once
 // Wiring of the controller program: which adapter serves which port.
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -14,7 +15,14 @@ struct ControllerOptions {
     int quitAfterMs = -1;  // headless demo: quit from the tray after this long
     std::vector<std::string> configureBases;
     std::string commandLine;  // passed to the automation class's init
+    // Serve the automation class on the session bus. Unset: on for the windowed program, off
+    // with --headless (scripted runs and tests ask for it with --automation).
+    std::optional<bool> automation;
 };
+
+// Exit code when the automation class cannot be served as asked: another controller already
+// serves it, or (with --automation) there is no session bus.
+inline constexpr int kExitAutomationUnavailable = 3;
 
 // Builds the object graph and runs the program; returns the process exit code.
 int runController(int argc, char** argv, const ControllerOptions& options, std::ostream& out);
