@@ -78,6 +78,8 @@ TestWorld::TestWorld(bool presentationRunning) {
 }
 
 TestWorld::~TestWorld() {
+    presentation.addIn = {};
+    addIn.reset();
     controller.reset();
 }
 
@@ -143,6 +145,23 @@ void TestWorld::writePortFile(const std::vector<PortEntry>& bases) {
     PortFileData data;
     data.bases = bases;
     tlx::writePortFile(appData() / "tallix" / "port.tlc", data);
+}
+
+fs::path TestWorld::openDeck(const pptx::DeckPlan& spec, const std::string& name) {
+    const fs::path file = dir / name;
+    pptx::buildDeck(spec).saveAs(file);
+    const std::string error = presentation.Open(file.string());
+    if (!error.empty()) throw std::runtime_error(error);
+    return file;
+}
+
+void TestWorld::wireAddIn() {
+    addIn = std::make_unique<tallix>(*controller);
+    addIn->init("");
+    presentation.addIn.showBegin = [this](std::int64_t window) { addIn->SlideShowBegin(window); };
+    presentation.addIn.nextSlide = [this] { addIn->SlideShowNextSlide(); };
+    presentation.addIn.showEnd = [this] { addIn->SlideShowEnd(); };
+    presentation.addIn.closing = [this] { addIn->PowerPointClosed(); };
 }
 
 std::string readFile(const fs::path& p) {

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "core/Controller.h"
+#include "platform/files/pptx/DeckBuilder.h"
+#include "presentation/Tallix.h"
 #include "platform/sim/SimDesktop.h"
 #include "platform/sim/SimKeyboard.h"
 #include "platform/sim/SimPresentation.h"
@@ -118,6 +120,12 @@ public:
                                long long hidStart = 300100001);
     // Writes the port file listing these bases, as the keypad set-up would.
     void writePortFile(const std::vector<PortEntry>& bases);
+    // Builds a deck, saves it in the temporary folder and opens it in the presentation program.
+    std::filesystem::path openDeck(const pptx::DeckPlan& spec, const std::string& name = "deck.pptx");
+    // The presentation program's add-in reports the show to the controller through its own
+    // instance of the automation class (after start()).
+    void wireAddIn();
+    std::unique_ptr<tallix> addIn;
 };
 
 std::string readFile(const std::filesystem::path& p);

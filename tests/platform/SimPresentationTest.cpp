@@ -1,0 +1,206 @@
+#include <gtest/gtest.h>
+
+#include "core/Text.h"
+#include "platform/files/pptx/DeckBuilder.h"
+#include "platform/sim/SimDesktop.h"
+#include "platform/sim/SimKeyboard.h"
+#include "platform/sim/SimPresentation.h"
+#include "platform/sim/SimScript.h"
+#include "platform/sim/VirtualScheduler.h"
+#include "support/TestWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+struct Sim {
+    Sim() {
+        pptx::DeckPlan plan;
+        for (int i = 1; i <= 12; ++i) {
+            pptx::SlidePlan s;
+            s.title = "Slide title " + numText(i);
+            if (i == 2) s.tags = {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType>"}};
+            if (i == 3) s.tags = {{"TLXMATRIX", "x"}};
+            plan.slides.push_back(s);
+        }
+        deck = dir / "show.pptx";
+        pptx::buildDeck(plan).saveAs(deck);
+        app.addIn.showBegin = [this](std::int64_t w) { events.push_back("begin " + numText(static_cast<long long>(w))); };
+        app.addIn.nextSlide = [this] { events.push_back("slide " + numText(app.CurrentSlide().value)); };
+        app.addIn.showEnd = [this] { events.push_back("end"); };
+        app.addIn.closing = [this] { events.push_back("closing"); };
+    }
+    void key(int vk) {
+        app.KeyDown(vk);
+        app.KeyUp(vk);
+    }
+    TempDir dir;
+    VirtualScheduler scheduler;
+    SimDesktop desktop;
+    SimKeyboard keyboard;
+    SimPresentationApp app{scheduler, desktop, &keyboard};
+    std::filesystem::path deck;
+    std::vector<std::string> events;
+};
+}  // namespace
+
+TEST(SimPresentation, TheShowAndWhatTheAddInReports) {
+    Sim s;
+    EXPECT_EQ(s.app.Begin(), "The presentation program is not running");
+    EXPECT_EQ(s.app.Open(s.deck.string()), "");
+    EXPECT_TRUE(processRunning(s.desktop, "POWERPNT.EXE"));
+    EXPECT_EQ(s.app.Next(), "No slide show is running");
+    ASSERT_EQ(s.app.Begin(), "");
+    EXPECT_EQ(s.app.Begin(), "The slide show is already running");
+    EXPECT_EQ(toUpper(s.desktop.foregroundWindowClass()), "SCREENCLASS");
+    s.app.Next();
+    s.app.GoTo(12);
+    EXPECT_EQ(s.app.GoTo(13), "No slide 13 in this presentation");
+    s.app.Previous();
+    s.app.End();
+    ASSERT_EQ(s.events.size(), 5u);
+    EXPECT_EQ(s.events[1], "slide 2");
+    EXPECT_EQ(s.events[2], "slide 12");
+    EXPECT_EQ(s.events[3], "slide 11");
+    EXPECT_EQ(s.events[4], "end");
+    EXPECT_EQ(s.desktop.foregroundWindowClass(), kFrameWindowClass);
+    EXPECT_EQ(s.app.Close(), "");
+    EXPECT_EQ(s.events.back(), "closing");
+    EXPECT_FALSE(processRunning(s.desktop, "POWERPNT.EXE"));
+    EXPECT_EQ(s.app.getActiveObject(), nullptr);
+}
+
+TEST(SimPresentation, KeysTypedOnTheShowMoveIt) {
+    Sim s;
+    s.app.Open(s.deck.string());
+    s.app.Begin();
+    s.key(34);  // Page Down
+    EXPECT_EQ(s.app.CurrentSlide().value, 2);
+    s.key('1');
+    s.key('2');
+    s.key(13);
+    EXPECT_EQ(s.app.CurrentSlide().value, 12);
+    s.key(36);  // Home
+    EXPECT_EQ(s.app.CurrentSlide().value, 1);
+    s.key(33);  // Page Up on the first slide: nothing
+    EXPECT_EQ(s.app.CurrentSlide().value, 1);
+    // Keys typed elsewhere do not reach the show.
+    s.desktop.setForegroundWindowClass("Notepad");
+    s.key(34);
+    EXPECT_EQ(s.app.CurrentSlide().value, 1);
+    s.desktop.setForegroundWindowClass(kShowWindowClass);
+    s.key(27);  // Escape
+    EXPECT_EQ(s.app.show(), nullptr);
+    EXPECT_EQ(s.app.KeyDown(0), "Not a key code: 0");
+}
+
+TEST(SimPresentation, TagsAreSavedIntoThePackage) {
+    Sim s;
+    s.app.Open(s.deck.string());
+    ppt::Presentation* p = s.app.application().activePresentation();
+    ASSERT_NE(p, nullptr);
+    p->tags().add("tlxCurrentSlide", "2");
+    p->slide(4)->tags().add("ActiveKeypads", "3,7");
+    p->save();
+    Sim again;
+    ASSERT_EQ(again.app.Open(s.deck.string()), "");
+    EXPECT_EQ(again.app.PresentationTag("TLXCURRENTSLIDE").value, "2");
+    EXPECT_EQ(again.app.SlideTag(4, "activekeypads").value, "3,7");
+    EXPECT_EQ(again.app.SlideTag(2, "TLXVOTE").value, "<VoteType>SINGLEDIGIT</VoteType>");
+    EXPECT_EQ(again.app.SlideTag(40, "x").error, "No slide 40 in this presentation");
+}
+
+TEST(SimPresentation, ShapesThroughTheObjectModel) {
+    Sim s;
+    s.app.Open(s.deck.string());
+    ppt::Slide* slide = s.app.application().activePresentation()->slide(1);
+    ppt::Shape* title = slide->shapeByName("Title 1");
+    ASSERT_NE(title, nullptr);
+    EXPECT_EQ(title->text(), "Slide title 1");
+    ppt::Shape* box = slide->addTextBox("tlx_answer 1", "Red\rGreen");
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->paragraphCount(), 2);
+    EXPECT_EQ(box->paragraph(2), "Green");
+    const int before = slide->shapeCount();
+    box->setVisible(false);
+    EXPECT_FALSE(box->visible());
+    box->remove();
+    EXPECT_EQ(slide->shapeCount(), before - 1);
+    EXPECT_EQ(slide->shapeByName("tlx_answer 1"), nullptr);
+    EXPECT_THROW(box->text(), std::exception);  // a deleted shape is an error, not a crash
+}
+
+TEST(SimPresentation, ABrokenDeckIsRefusedWithAClearMessage) {
+    Sim s;
+    writeFile(s.dir / "broken.pptx", "PK\x03\x04 this is no presentation");
+    const std::string e = s.app.Open((s.dir / "broken.pptx").string());
+    EXPECT_FALSE(e.empty());
+    EXPECT_NE(e.find("broken.pptx"), std::string::npos);
+    EXPECT_FALSE(s.app.Open((s.dir / "missing.pptx").string()).empty());
+    EXPECT_EQ(s.app.Open(s.deck.string()), "");  // and it keeps working
+}
+
+TEST(SimPresentation, QuickVoteStartsTheDisplayProgramOfTheSlidesTag) {
+    Sim s;
+    s.app.Open(s.deck.string());
+    std::vector<std::string> started;
+    s.app.launchDisplay = [&](const SimPresentationApp::Display& d, const std::string& name) {
+        started.push_back(d.program + " " + d.arguments + " as " + name);
+        return true;
+    };
+    s.app.displays["TLXVOTE"] = {"/opt/chart", "--vote"};
+    s.app.Begin();
+    s.app.application().run("DoRapidpoll", {true});  // slide 1: no vote
+    EXPECT_TRUE(started.empty());
+    s.app.Next();
+    s.app.application().run("DoRapidpoll", {true});
+    ASSERT_EQ(started.size(), 1u);
+    EXPECT_EQ(started[0], "/opt/chart --vote as CHARTIST.EXE");
+    EXPECT_TRUE(processRunning(s.desktop, "CHARTIST.EXE"));
+    s.app.displayEnded("CHARTIST.EXE");
+    EXPECT_FALSE(processRunning(s.desktop, "CHARTIST.EXE"));
+    s.app.Next();  // the matrix slide has no display program configured: nothing starts
+    s.app.application().run("DoRapidpoll", {true});
+    EXPECT_EQ(started.size(), 1u);
+    EXPECT_FALSE(processRunning(s.desktop, "GRIDDER.EXE"));
+    s.app.application().run("GoToNextSlide", {0});
+    EXPECT_EQ(s.app.CurrentSlide().value, 4);
+}
+
+TEST(SimScript, StepsAreReadAndBadLinesReported) {
+    std::vector<std::string> problems;
+    const auto steps = parseScript("# comment\n0.5 Begin\n  1 Key V   # the vote\nnonsense\n2 Command votename=A b\n-1 Next\n",
+                                   &problems);
+    ASSERT_EQ(steps.size(), 3u);
+    EXPECT_EQ(steps[1].verb, "Key");
+    EXPECT_EQ(steps[1].args, (std::vector<std::string>{"V"}));
+    EXPECT_EQ(steps[2].rest, "votename=A b");
+    EXPECT_EQ(problems.size(), 2u);
+    EXPECT_EQ(scriptKey("v"), 'V');
+    EXPECT_EQ(scriptKey("PageDown"), 34);
+    EXPECT_EQ(scriptKey("86"), 86);
+    EXPECT_EQ(scriptKey("Nope"), 0);
+}
+
+TEST(SimScript, RunsOnTimeAndReportsFailures) {
+    Sim s;
+    SimScript script(s.scheduler, &s.app, nullptr);
+    script.folder = s.dir.path();
+    std::vector<std::string> reports, commands;
+    script.report = [&](const std::string& t) { reports.push_back(t); };
+    script.command = [&](const std::string& c) {
+        commands.push_back(c);
+        return true;
+    };
+    script.load(parseScript("1 Open show.pptx\n2 Begin\n3 Key PageDown\n4 Command STARTVOTE\n5 Press 1 2 3\n6 GoTo 99\n"));
+    script.start();
+    s.scheduler.advance(2500);
+    EXPECT_EQ(s.app.CurrentSlide().value, 1);
+    EXPECT_FALSE(script.finished());
+    s.scheduler.advance(5000);
+    EXPECT_TRUE(script.finished());
+    EXPECT_EQ(s.app.CurrentSlide().value, 2);
+    EXPECT_EQ(commands, (std::vector<std::string>{"STARTVOTE"}));
+    EXPECT_NE(std::find(reports.begin(), reports.end(), "step 5 failed: no simulated base stations"), reports.end());
+    EXPECT_NE(std::find(reports.begin(), reports.end(), "step 6 failed: No slide 99 in this presentation"), reports.end());
+}

@@ -1,0 +1,103 @@
+#include "presentation/Tallix.h"
+
+#include "presentation/PresentationFixture.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+TEST(AutomationClass, SendCommandBeforeInitialisationIsRefused) {
+    TestWorld w;
+    w.glo().InitialisedState = INIT_STATE_INITIALISING;  // start-up still under way
+    tallix early(w.c());
+    EXPECT_FALSE(early.SendCommand("STARTVOTE"));
+    w.glo().InitialisedState = INIT_STATE_NOT_STARTED;
+    w.start();
+    tallix later(w.c());
+    EXPECT_TRUE(later.SendCommand("STARTVOTE"));
+    EXPECT_EQ(w.main().txt_command, "STARTVOTE");
+}
+
+TEST(AutomationClass, TheFirstInstanceStartsTheController) {
+    TestWorld w;
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_NOT_STARTED);
+    tallix first(w.c());
+    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+    EXPECT_NE(w.c().mainForm(), nullptr);
+}
+
+TEST(AutomationClass, NoPptAnywhereInTheArgumentsInAnyCase) {
+    TestWorld w;
+    w.start();
+    tallix t(w.c());
+    t.init("/x -NOPPT /y");
+    EXPECT_FALSE(w.glo().usePowerPoint);
+    t.init("plain");
+    EXPECT_TRUE(w.glo().usePowerPoint);
+    t.init("a-noppt");
+    EXPECT_FALSE(w.glo().usePowerPoint);
+    t.init("");  // an empty text keeps what was stored
+    EXPECT_FALSE(w.glo().usePowerPoint);
+}
+
+TEST(AutomationClass, CurrentSlideIsTheTagsNumber) {
+    ShowWorld w({slide("One"), slide("Two")});
+    EXPECT_EQ(w.addIn->CurrentSlide(), 0);
+    w.presentation.active()->tags().add("tlxCurrentSlide", "2");
+    EXPECT_EQ(w.addIn->CurrentSlide(), 2);
+    w.presentation.active()->tags().add("tlxCurrentSlide", "rubbish");
+    EXPECT_EQ(w.addIn->CurrentSlide(), 0);
+}
+
+TEST(AutomationClass, VoteLoadedStartsAShowTheControllerMissed) {
+    ShowWorld w({slide("One"), slide("Two")});
+    w.glo().traceToFile = true;
+    w.presentation.addIn.showBegin = nullptr;  // the add-in missed the show's begin
+    w.presentation.Begin();
+    EXPECT_FALSE(w.glo().slideShowActive);
+    w.addIn->VoteLoaded();
+    EXPECT_TRUE(w.glo().slideShowActive);
+    EXPECT_TRUE(w.traced("glo.slideShowActive=False"));
+    const auto menus = w.count("g2.SetPresenterGotoMenu(Exit|1:One|2:Two)");
+    EXPECT_EQ(menus, 1);
+    w.addIn->VoteLoaded();  // during the show: nothing
+    EXPECT_EQ(w.count("g2.SetPresenterGotoMenu(Exit|1:One|2:Two)"), 1);
+}
+
+TEST(AutomationClass, EveryClientHearsEveryEvent) {
+    TestWorld w;
+    w.start();
+    tallix a(w.c()), b(w.c());
+    a.init("");
+    b.init("");
+    std::vector<std::string> heardA, heardB;
+    a.FromTLXCtrl.connect([&](const std::string& s) { heardA.push_back(s); });
+    b.FromTLXCtrl.connect([&](const std::string& s) { heardB.push_back(s); });
+    int vA = 0;
+    a.VKeyPressed.connect([&] { ++vA; });
+    w.main().AddDataToTxQueue("[1;2],");
+    w.scheduler.advance(50);
+    w.main().AddDataToTxQueue("[3;4],");
+    w.scheduler.advance(50);
+    w.main().VKeyPressed();
+    EXPECT_EQ(heardA, (std::vector<std::string>{"[1;2],", "[3;4],"}));
+    EXPECT_EQ(heardB, heardA);
+    EXPECT_EQ(vA, 1);
+    // A client that has not called init hears nothing yet.
+    tallix c(w.c());
+    int heardC = 0;
+    c.FromTLXCtrl.connect([&](const std::string&) { ++heardC; });
+    w.main().AddDataToTxQueue("x");
+    w.scheduler.advance(50);
+    EXPECT_EQ(heardC, 0);
+}
+
+TEST(AutomationClass, PowerPointClosedShutsDownOnlyWithTheMainForm) {
+    TestWorld w;
+    w.start();
+    tallix t(w.c());
+    t.PowerPointClosed();
+    EXPECT_TRUE(w.glo().ShuttingDown);
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.desktop.ended());
+    t.PowerPointClosed();  // the main form is gone: nothing more happens
+}

@@ -1,0 +1,155 @@
+#include "presentation/VoteRun.h"
+#include "presentation/PresentationWatcher.h"
+
+#include "platform/sim/SimPresentation.h"
+#include "presentation/PresentationFixture.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+std::vector<pptx::SlidePlan> voteDeck() {
+    return {slide("Welcome"),
+            slide("Colours", {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>"}}, "Which colour?"),
+            slide("Floor", {{"MURMELO", "True"}}),
+            slide("Both", {{"TLXQUIZ", "x"}, {"MURMELO", "True"}}),
+            slide("Plain")};
+}
+}  // namespace
+
+TEST(VKey, OnAVoteSlideTheQuickVoteRuns) {
+    ShowWorld w(voteDeck());
+    w.glo().traceToFile = true;
+    int vKeys = 0;
+    w.addIn->VKeyPressed.connect([&] { ++vKeys; });
+    w.presentation.Begin();
+    w.presentation.Next();
+    w.typeKey('V');
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.logged(" - XX - V Down"));
+    EXPECT_TRUE(w.logged("V Down: tmrCheck4Vote_Timer: Slide Show has focus (screenClass)"));
+    EXPECT_TRUE(w.logged("tmrCheck4Vote_Timer: Vote Found"));
+    EXPECT_TRUE(w.traced("V Down: tmrCheck4Vote_Timer: Active Slide Show Found"));
+    EXPECT_EQ(w.presentation.PresentationTag("tlxCurrentSlide").value, "2");
+    EXPECT_EQ(w.presentation.macrosRun(), (std::vector<std::string>{"DoRapidpoll"}));
+    EXPECT_EQ(vKeys, 1);
+    EXPECT_EQ(w.addIn->CurrentSlide(), 2);
+    // One press, one check, one quick vote.
+    w.scheduler.advance(1000);
+    EXPECT_EQ(w.presentation.macrosRun().size(), 1u);
+}
+
+TEST(VKey, WithTheFocusElsewhereNoVoteStartsAndTheClassIsNamed) {
+    ShowWorld w(voteDeck());
+    w.presentation.Begin();
+    w.presentation.Next();
+    w.desktop.setForegroundWindowClass(kFrameWindowClass);
+    w.typeKey('V');
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.logged("V Down: tmrCheck4Vote_Timer: Slide Show NOT focus (PP14FrameClass)"));
+    EXPECT_TRUE(w.presentation.macrosRun().empty());
+    EXPECT_FALSE(w.main().tmrCheck4Vote.enabled());
+}
+
+TEST(VKey, WithoutAShowOrAPresentationProgram) {
+    ShowWorld w(voteDeck());
+    w.typeKey('V');
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.logged("V Down: tmrCheck4Vote_Timer: Slide Show NOT found"));
+    w.presentation.quit();
+    w.c().watcher->InitPPTObject(true);
+    w.main().tmrCheck4Vote.setEnabled(true);
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.logged("V Down: tmrCheck4Vote_Timer: InitPPTObject=FALSE"));
+    EXPECT_FALSE(w.main().tmrCheck4Vote.enabled());  // a refusal leaves nothing armed
+}
+
+TEST(VKey, AMicrophoneSlideAsksForTheAudioWindow) {
+    ShowWorld w(voteDeck());
+    w.glo().traceToFile = true;
+    w.presentation.Begin();
+    w.presentation.GoTo(3);
+    w.typeKey('V');
+    w.scheduler.advance(25);
+    EXPECT_TRUE(w.logged("tmrCheck4Vote_Timer: Murmelo Found"));
+    EXPECT_TRUE(w.traced("V Down: tmrCheck4Vote_Timer: Murmelo Found"));
+    EXPECT_EQ(w.main().txt_command, "SHOWAUDIO");
+    EXPECT_TRUE(w.presentation.macrosRun().empty());
+    // A vote tag beside it makes it a vote slide.
+    w.scheduler.advance(100);
+    w.presentation.GoTo(4);
+    w.typeKey('V');
+    w.scheduler.advance(100);
+    EXPECT_EQ(w.presentation.macrosRun(), (std::vector<std::string>{"DoRapidpoll"}));
+}
+
+TEST(VKey, ASlideWithoutTagsOrWithAnEmptyOneHasNothing) {
+    ShowWorld w(voteDeck());
+    w.glo().traceToFile = true;
+    w.presentation.Begin();
+    w.presentation.GoTo(5);
+    w.typeKey('V');
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.traced("V Down: tmrCheck4Vote_Timer: Nothing Found on current slide"));
+    EXPECT_FALSE(w.logged("Nothing Found"));  // the trace file only
+    w.presentation.active()->slide(5)->tags().add("TLXVOTE", "");
+    w.typeKey('V');
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.presentation.macrosRun().empty());
+}
+
+TEST(ActiveKeypads, ReadWithCommasAroundAndWrittenWithout) {
+    ShowWorld w({slide("One")}, {{"ActiveKeypads", "3,7"}});
+    w.c().voteRun->ReadActiveKeypads();
+    EXPECT_EQ(w.glo().ActiveKeypads.text(), ",3,7,");
+    EXPECT_TRUE(w.glo().ActiveKeypads.contains("7"));
+    EXPECT_FALSE(w.glo().ActiveKeypads.contains("37"));
+    w.c().voteRun->SetActiveKeypads(",3,7,12,");
+    EXPECT_EQ(w.presentation.PresentationTag("ActiveKeypads").value, "3,7,12");
+    w.c().voteRun->SetActiveKeypads("");
+    w.c().voteRun->ReadActiveKeypads();
+    EXPECT_EQ(w.glo().ActiveKeypads.text(), "");
+}
+
+TEST(SlideMoves, TheShowStaysWhileAQuickVoteIsOpen) {
+    ShowWorld w({slide("One"), slide("Two"), slide("Three")});
+    w.presentation.Begin();
+    w.presentation.active()->tags().add("tlxCurrentSlide", "1");
+    w.presentation.active()->tags().add("rapidQactive", "True");
+    w.c().voteRun->GoToNextSlide();
+    EXPECT_EQ(w.presentation.CurrentSlide().value, 1);
+    EXPECT_EQ(w.presentation.PresentationTag("tlxCurrentSlide").value, "");  // forgotten all the same
+    w.presentation.active()->tags().add("rapidQactive", "False");
+    w.c().voteRun->GoToNextSlide();
+    EXPECT_EQ(w.presentation.CurrentSlide().value, 2);
+    w.c().voteRun->GoToPreviousSlide();
+    EXPECT_EQ(w.presentation.CurrentSlide().value, 1);
+    EXPECT_EQ(w.presentation.macrosRun(), (std::vector<std::string>{"GoToNextSlide", "GoToPreviousSlide"}));
+}
+
+TEST(VoteStart, EveryBaseTypeOnItsDriverAndEachOldPortOnce) {
+    ShowWorld w({slide("One")});
+    w.drivers->withBlack3 = true;
+    w.glo().bases = {base("3", "KELVARIN BASE V3"), base("3", "KELVARIN BASE V3"), base("4", "kelvarin base v3"),
+                     base("100", "KELVARIN COREHUB G1"), base("200", "KELVARIN COREHUB G2"),
+                     base("201", "KELVARIN COREHUB G2"), base("", "KBOARD")};
+    w.calls.clear();
+    const int taking = w.c().voteRun->VoteStart();
+    EXPECT_EQ(w.calls, (CallLog{"black3.StartVote(3)", "black3.StartVote(4)", "g1.StartVote", "g2.StartVote"}));
+    EXPECT_EQ(w.c().voteRun->startedPorts(), ":3::4:");
+    EXPECT_EQ(taking, 5);
+    EXPECT_TRUE(w.glo().Voting);
+    w.calls.clear();
+    w.c().voteRun->VoteEnd();
+    EXPECT_EQ(w.calls, (CallLog{"black3.EndVote(3)", "black3.EndVote(4)"}));
+    EXPECT_FALSE(w.glo().Voting);
+}
+
+TEST(VoteStart, ActiveKeypadsAreReadAgainAtEveryStart) {
+    ShowWorld w({slide("One")}, {{"ActiveKeypads", "1,2"}});
+    w.c().voteRun->VoteStart();
+    EXPECT_EQ(w.glo().ActiveKeypads.text(), ",1,2,");
+    w.presentation.active()->tags().add("ActiveKeypads", "5");
+    w.c().voteRun->VoteStart();
+    EXPECT_EQ(w.glo().ActiveKeypads.text(), ",5,");
+}

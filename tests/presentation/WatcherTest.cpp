@@ -1,0 +1,134 @@
+#include "presentation/PresentationWatcher.h"
+
+#include "platform/sim/SimPresentation.h"
+#include "presentation/PresentationFixture.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+TEST(GotoMenu, SlidesWithoutTitlesAreNumbered) {
+    ShowWorld w({slide(""), slide(""), slide("")});
+    w.presentation.Begin();
+    EXPECT_EQ(w.calls.back(), "g2.SetPresenterGotoMenu(Exit|1:Slide 1|2:Slide 2|3:Slide 3)");
+}
+
+TEST(GotoMenu, TitlesAreCutToTwentyCharactersAndTheQuestionWins) {
+    ShowWorld w({slide("Welcome"), slide("Colours", {}, "Which colour do you like best?"),
+                 slide("A title of exactly twenty-one")});
+    w.presentation.Begin();
+    EXPECT_EQ(w.calls.back(), "g2.SetPresenterGotoMenu(Exit|1:Welcome|2:Which colour do you |3:A title of exactly t)");
+}
+
+TEST(SlideShow, BeginMakesTheShowTopMostAndHidesTheTaskBar) {
+    ShowWorld w({slide("One"), slide("Two")});
+    w.writeSettings("DEBUG", "LOGEVENTS TO FILE", "1");
+    w.glo().traceToFile = true;
+    w.presentation.Begin();
+    const auto hwnd = w.presentation.show()->hwnd();
+    EXPECT_TRUE(w.glo().slideShowActive);
+    EXPECT_TRUE(w.desktop.topMost(hwnd));
+    EXPECT_FALSE(w.desktop.taskBarVisible());
+    EXPECT_EQ(toUpper(w.desktop.foregroundWindowClass()), "SCREENCLASS");
+    EXPECT_TRUE(w.traced("SLIDE SHOW BEGIN"));
+    EXPECT_TRUE(w.traced("Set Slide Show Window HWND_TOPMOST"));
+    EXPECT_TRUE(w.traced("Slide Show Activate"));
+    EXPECT_FALSE(w.traced("Minize All Windows"));
+    w.presentation.End();
+    EXPECT_FALSE(w.glo().slideShowActive);
+    EXPECT_FALSE(w.desktop.topMost(hwnd));
+    EXPECT_TRUE(w.desktop.taskBarVisible());
+    EXPECT_TRUE(w.traced("SLIDE SHOW END"));
+    EXPECT_TRUE(w.traced("Set Slide Show Window HWND_NOTOPMOST"));
+}
+
+TEST(SlideShow, MinimisingOtherWindowsIsASetting) {
+    ShowWorld w({slide("One")});
+    w.writeSettings("DEBUG", "MINIMIZE WINDOWS ON SLIDE SHOW START", "1");
+    w.writeSettings("DEBUG", "DISABLE FORCE SLIDE SHOW TOPMOST", "1");
+    w.glo().traceToFile = true;
+    w.presentation.Begin();
+    EXPECT_TRUE(w.desktop.othersMinimized());
+    EXPECT_TRUE(w.traced("Minize All Windows"));
+    EXPECT_FALSE(w.desktop.topMost(w.presentation.show()->hwnd()));  // left alone
+    w.presentation.End();
+    EXPECT_FALSE(w.desktop.othersMinimized());
+    EXPECT_TRUE(w.traced("Restore All Windows (from Minimized)"));
+}
+
+TEST(SlideShow, MovingOnWithAVoteOpenEndsItOnce) {
+    ShowWorld w({slide("One"), slide("Two"), slide("Three")});
+    w.presentation.Begin();
+    w.presentation.Next();
+    EXPECT_EQ(w.count("g2.EndVote(False,False)"), 0);  // no vote open, nothing sent
+    w.glo().Voting = true;
+    w.presentation.Next();
+    EXPECT_EQ(w.count("g2.EndVote(False,False)"), 1);
+    EXPECT_FALSE(w.glo().Voting);
+    w.presentation.Previous();
+    EXPECT_EQ(w.count("g2.EndVote(False,False)"), 1);
+    // A first-generation base in use takes the end instead.
+    w.glo().bases = {base("1", "KELVARIN COREHUB G1")};
+    w.glo().Voting = true;
+    w.presentation.End();
+    EXPECT_EQ(w.count("g1.EndVote(False,False)"), 1);
+}
+
+TEST(SlideShow, ToggleTopMostRemembersItsState) {
+    ShowWorld w({slide("One")});
+    w.presentation.Begin();
+    const auto hwnd = w.presentation.show()->hwnd();
+    w.c().watcher->TogglePPTSlideShowTopMost(-2, false);
+    EXPECT_FALSE(w.desktop.topMost(hwnd));
+    w.c().watcher->TogglePPTSlideShowTopMost(-2, false);
+    EXPECT_TRUE(w.desktop.topMost(hwnd));
+    w.writeSettings("DEBUG", "DISABLE FORCE SLIDE SHOW NOTOPMOST", "1");
+    w.c().watcher->TogglePPTSlideShowTopMost(0, false);
+    EXPECT_TRUE(w.desktop.topMost(hwnd));
+    w.c().watcher->TogglePPTSlideShowTopMost(0, true);  // forced
+    EXPECT_FALSE(w.desktop.topMost(hwnd));
+}
+
+TEST(Poll, KeepsTheShowOnTopUnlessADisplayProgramRuns) {
+    ShowWorld w({slide("One")});
+    w.presentation.Begin();
+    const auto hwnd = w.presentation.show()->hwnd();
+    w.desktop.setTopMost(hwnd, false);  // something pushed it down
+    w.desktop.addProcess("QUESTOR.EXE");
+    w.scheduler.advance(2000);
+    EXPECT_FALSE(w.desktop.topMost(hwnd));  // the display program arranges the screen
+    w.desktop.removeProcess("QUESTOR.EXE");
+    w.scheduler.advance(2000);
+    EXPECT_TRUE(w.desktop.topMost(hwnd));
+}
+
+TEST(Poll, NoticesAShowThatEndedWithoutWord) {
+    ShowWorld w({slide("One")});
+    w.presentation.addIn.showEnd = nullptr;  // the add-in misses the end
+    w.presentation.Begin();
+    w.presentation.End();
+    EXPECT_TRUE(w.glo().slideShowActive);
+    w.scheduler.advance(2000);
+    EXPECT_FALSE(w.glo().slideShowActive);
+}
+
+TEST(Attach, AForcedAttachReadsTheProcessListAgain) {
+    ShowWorld w({slide("One")});
+    EXPECT_TRUE(w.c().watcher->InitPPTObject(false));
+    w.presentation.quit();
+    EXPECT_TRUE(w.c().watcher->InitPPTObject(false));  // the remembered flag short-cuts
+    EXPECT_FALSE(w.c().watcher->InitPPTObject(true));
+    w.presentation.start();
+    EXPECT_TRUE(w.c().watcher->InitPPTObject(true));
+    EXPECT_EQ(w.glo().ppApp, w.presentation.getActiveObject());
+}
+
+TEST(Attach, ThePresentationProgramClosingTakesTheControllerWithIt) {
+    ShowWorld w({slide("One")});
+    w.presentation.Begin();
+    w.presentation.Close();
+    EXPECT_TRUE(w.glo().ShuttingDown);
+    EXPECT_FALSE(w.desktop.ended());
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.desktop.ended());
+    EXPECT_TRUE(w.desktop.taskBarVisible());
+}
