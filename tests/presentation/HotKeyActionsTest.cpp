@@ -1,0 +1,151 @@
+// The Ctrl and Alt actions on the current slide's shapes and tags.
+#include "presentation/HotKeys.h"
+
+#include "platform/sim/SimPresentation.h"
+#include "presentation/PresentationFixture.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+pptx::SlidePlan withBoxes(std::string title, pptx::TagPairs tags, std::vector<std::string> boxes) {
+    pptx::SlidePlan s = slide(std::move(title), std::move(tags));
+    for (auto& b : boxes) s.boxes.push_back({b, b});
+    return s;
+}
+
+struct ActionWorld : ShowWorld {
+    using ShowWorld::ShowWorld;
+    ppt::Slide& current() { return *presentation.show()->slide(); }
+    bool visible(const std::string& name) {
+        ppt::Shape* s = current().shapeByName(name);
+        return s && s->visible();
+    }
+    void hide(const std::string& name) { current().shapeByName(name)->setVisible(false); }
+    void ctrl(const std::string& key) { c().hotKeys->CtrlKeyPressed(key); }
+};
+}  // namespace
+
+TEST(CtrlActions, GShowsTheChartsOfAReplaySlide) {
+    ActionWorld w({withBoxes("Results", {{"tlxReshow", "1"}}, {" tallix chart 1", " tallix chart 02", "reshow 1", "other"})});
+    w.presentation.Begin();
+    for (const char* n : {" tallix chart 1", " tallix chart 02", "reshow 1", "other"}) w.hide(n);
+    w.ctrl("G");
+    EXPECT_TRUE(w.visible(" tallix chart 1"));
+    EXPECT_TRUE(w.visible(" tallix chart 02"));
+    EXPECT_TRUE(w.visible("reshow 1"));
+    EXPECT_FALSE(w.visible("other"));
+    EXPECT_TRUE(w.logged("ACTIONED - 'G'"));
+    EXPECT_TRUE(w.logged("CTRL KEY PRESSED ACTIONED - 'G'"));
+}
+
+TEST(CtrlActions, TStepsThroughASequenceChartByChart) {
+    ActionWorld w({withBoxes("Sequence", {{"SequenceVote", "1"}}, {" tallix chart 1", " tallix chart 2"})});
+    w.presentation.Begin();
+    w.hide(" tallix chart 1");
+    w.hide(" tallix chart 2");
+    w.ctrl("T");
+    EXPECT_TRUE(w.visible(" tallix chart 1"));
+    EXPECT_FALSE(w.visible(" tallix chart 2"));
+    EXPECT_TRUE(w.logged("CTRL T Pressed: .tags('SequenceVote') <> ''"));
+    EXPECT_TRUE(w.logged("CTRL T Pressed: sequenceChartFound = True"));
+    EXPECT_TRUE(w.logged("CTRL T Pressed: .Shapes( tallix chart 1).Visible = msoFalse"));
+    EXPECT_TRUE(w.logged("CTRL T Pressed: Select Case j, j = 1"));
+    w.ctrl("T");
+    EXPECT_TRUE(w.visible(" tallix chart 2"));
+    EXPECT_TRUE(w.logged("CTRL T Pressed: Select Case j, j = 2"));
+}
+
+TEST(CtrlActions, NavigationKeysRevealTheAnswersOneByOne) {
+    ActionWorld w({slide("Quiz", {{"TLXQUIZ", "x"}, {"tlx_answers", "Red|Green|Blue"}, {"tlx_answers_count", "3"}})});
+    w.presentation.Begin();
+    auto shown = [&] {
+        std::vector<std::string> v;
+        for (int i = 1; i <= w.current().shapeCount(); ++i)
+            if (startsWith(w.current().shape(i)->name(), "tlx_answer ")) v.push_back(w.current().shape(i)->text());
+        return v;
+    };
+    w.ctrl("34");  // Page Down
+    EXPECT_EQ(shown(), (std::vector<std::string>{"Red"}));
+    w.ctrl("34");
+    EXPECT_EQ(shown(), (std::vector<std::string>{"Red", "Green"}));
+    EXPECT_EQ(w.current().tags().item("tlx_answers_visible"), "2");
+    w.ctrl("33");  // Page Up
+    EXPECT_EQ(shown(), (std::vector<std::string>{"Red"}));
+    w.ctrl("35");  // End
+    EXPECT_EQ(shown(), (std::vector<std::string>{"Red", "Green", "Blue"}));
+    w.ctrl("34");  // nothing beyond the last
+    EXPECT_EQ(shown().size(), 3u);
+    w.ctrl("36");  // Home
+    EXPECT_TRUE(shown().empty());
+    w.ctrl("W");  // the quiz's answers all at once
+    EXPECT_EQ(shown().size(), 3u);
+    EXPECT_TRUE(w.logged("CTRL KEY PRESSED ACTIONED - 'W'"));
+    // The answers are on top of every other shape.
+    EXPECT_EQ(w.current().shape(w.current().shapeCount())->name(), "tlx_answer 3");
+}
+
+TEST(CtrlActions, RAndDigitsStartTheDisplayPrograms) {
+    ActionWorld w({slide("One"), slide("Group", {{"tlxvote", "x"}, {"tlxvotes", "y"}})}, {{"tlx_DefaultGroup", "A"}});
+    w.presentation.addInFolder = "/opt/tallix";
+    w.presentation.Begin();
+    const auto hwnd = w.presentation.show()->hwnd();
+    w.ctrl("R");
+    ASSERT_EQ(w.desktop.started().size(), 1u);
+    EXPECT_EQ(w.desktop.started()[0].program, std::filesystem::path("/opt/tallix/questor.exe"));
+    EXPECT_EQ(w.desktop.started()[0].arguments, "ResultsTable");
+    EXPECT_FALSE(w.desktop.topMost(hwnd));
+    EXPECT_TRUE(w.logged("Show Results Table"));
+    w.ctrl("5");  // slide 1 has no group tags
+    EXPECT_EQ(w.desktop.started().size(), 1u);
+    w.presentation.Next();
+    w.ctrl("5");
+    ASSERT_EQ(w.desktop.started().size(), 2u);
+    EXPECT_EQ(w.desktop.started()[1].program, std::filesystem::path("/opt/tallix/chartist.exe"));
+    EXPECT_EQ(w.desktop.started()[1].arguments, "tlxgroup,2,5");
+    EXPECT_EQ(w.desktop.started()[1].style, WindowStyle::MinimizedFocus);
+    EXPECT_TRUE(w.logged("ACTIONED - '5'"));
+    EXPECT_EQ(toUpper(w.desktop.foregroundWindowClass()), "SCREENCLASS");  // the show has the focus back
+}
+
+TEST(CtrlActions, OnlyWithTheShowFocusedOrShiftHeld) {
+    ActionWorld w({withBoxes("Results", {{"tlxReshow", "1"}}, {" tallix chart 1"})});
+    w.presentation.Begin();
+    w.hide(" tallix chart 1");
+    w.desktop.setForegroundWindowClass("Notepad");
+    w.ctrl("G");
+    EXPECT_TRUE(w.logged("SlideShow not focus, or Shift not held"));
+    EXPECT_TRUE(w.logged(", ShiftKeyPressed=FalseKey=G, pptHasFocus=False, pptSlideShowHasFocus=False"));
+    EXPECT_FALSE(w.visible(" tallix chart 1"));
+    w.keyboard.keyDown(vk::kLShift, 1);
+    w.ctrl("G");
+    EXPECT_TRUE(w.visible(" tallix chart 1"));
+}
+
+TEST(CtrlActions, ThroughTheHookAndTheCommandQueue) {
+    ActionWorld w({withBoxes("Results", {{"tlxReshow", "1"}}, {" tallix chart 1"})});
+    w.presentation.Begin();
+    w.hide(" tallix chart 1");
+    w.keyboard.keyDown(vk::kLCtrl, 10);
+    w.keyboard.keyDown('G', 20);
+    w.keyboard.keyUp('G', 30);
+    w.keyboard.keyUp(vk::kLCtrl, 40);
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.logged(" - RX - CTRL KEYDOWN=G"));
+    EXPECT_TRUE(w.visible(" tallix chart 1"));
+}
+
+TEST(AltActions, RankMarkersOneAtATime) {
+    ActionWorld w({withBoxes("Ranking", {{"RankVote", "1"}},
+                             {"tallix rank marker 1", "tallix rank marker 2", "tallix rank marker 3"})});
+    w.presentation.Begin();
+    for (const char* n : {"tallix rank marker 1", "tallix rank marker 2", "tallix rank marker 3"}) w.hide(n);
+    w.c().hotKeys->AltKeyPressed("A");
+    w.c().hotKeys->AltKeyPressed("A");
+    EXPECT_TRUE(w.visible("tallix rank marker 1"));
+    EXPECT_TRUE(w.visible("tallix rank marker 2"));
+    EXPECT_FALSE(w.visible("tallix rank marker 3"));
+    w.c().hotKeys->AltKeyPressed("Z");
+    EXPECT_FALSE(w.visible("tallix rank marker 2"));
+    EXPECT_TRUE(w.logged("ALT KEY PRESSED ACTIONED - 'Z'"));
+}
