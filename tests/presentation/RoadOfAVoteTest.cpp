@@ -58,6 +58,15 @@ struct Road : TestWorld {
         return all;
     }
     bool voteOpen(std::size_t base) { return baseLibrary.station(base).voteOpen; }
+    // The show begun, on the vote slide, V typed: the display program opens the vote.
+    void openVoteFromTheShow() {
+        ASSERT_EQ(presentation.Begin(), "");
+        presentation.Next();
+        presentation.KeyDown('V');
+        presentation.KeyUp('V');
+        scheduler.advance(200);
+        ASSERT_TRUE(voteOpen(0));
+    }
     std::unique_ptr<tallix> display;
     std::vector<std::string> received;
 };
@@ -101,12 +110,7 @@ TEST(RoadOfAVote, FromTheVKeyToTheLastBatch) {
 
 TEST(RoadOfAVote, MovingToTheNextSlideEndsAnOpenVote) {
     Road w;
-    w.presentation.Begin();
-    w.presentation.Next();
-    w.presentation.KeyDown('V');
-    w.presentation.KeyUp('V');
-    w.scheduler.advance(200);
-    ASSERT_TRUE(w.voteOpen(0));
+    w.openVoteFromTheShow();
     w.press("100100100100", 3, "2");
     w.presentation.KeyDown(34);  // Page Down on the show
     w.presentation.KeyUp(34);
@@ -122,12 +126,7 @@ TEST(RoadOfAVote, MovingToTheNextSlideEndsAnOpenVote) {
 
 TEST(RoadOfAVote, TheShowsEndAndThePresentationProgramClosing) {
     Road w;
-    w.presentation.Begin();
-    w.presentation.Next();
-    w.presentation.KeyDown('V');
-    w.presentation.KeyUp('V');
-    w.scheduler.advance(200);
-    ASSERT_TRUE(w.voteOpen(0));
+    w.openVoteFromTheShow();
     w.presentation.End();
     EXPECT_FALSE(w.voteOpen(0));
     EXPECT_FALSE(w.glo().slideShowActive);

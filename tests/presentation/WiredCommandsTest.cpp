@@ -1,0 +1,103 @@
+// Commands whose work the presentation side does, each proven by its effect.
+#include "core/DebugForms.h"
+#include "platform/sim/SimPresentation.h"
+#include "presentation/PresentationFixture.h"
+#include "presentation/VoteIntake.h"
+#include "presentation/VoteRun.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+struct CommandWorld : ShowWorld {
+    CommandWorld() : ShowWorld({slide("One"), slide("Two"), slide("Three")}, {{"ActiveKeypads", "4,8"}}) {
+        presentation.Begin();
+    }
+    void send(const std::string& line) {
+        main().AddDataToCommandQueue(line);
+        scheduler.advance(60);
+    }
+};
+}  // namespace
+
+TEST(WiredCommands, SlideMoves) {
+    CommandWorld w;
+    w.send("NEXTSLIDE");
+    EXPECT_EQ(w.presentation.CurrentSlide().value, 2);
+    EXPECT_TRUE(w.logged("Current - X - Next Slide"));
+    w.send("NEXTSLIDE,1");  // the sender saw slide 1: too late, nothing moves
+    EXPECT_EQ(w.presentation.CurrentSlide().value, 2);
+    w.send("NEXTSLIDE,2");
+    EXPECT_EQ(w.presentation.CurrentSlide().value, 3);
+    w.send("previousslide");
+    EXPECT_EQ(w.presentation.CurrentSlide().value, 2);
+}
+
+TEST(WiredCommands, VoteStartAndEndReachTheDriversAndTheIntake) {
+    CommandWorld w;
+    w.glo().bases = {base("100", "KELVARIN COREHUB G2")};
+    std::vector<float> keypads{1};
+    std::vector<std::string> votes{"1"};
+    w.c().intake->SendVotes(keypads, votes, 0, 1);
+    EXPECT_EQ(w.c().intake->distinctVoters(), 1);
+    w.calls.clear();
+    w.send("STARTVOTE");
+    EXPECT_EQ(w.calls, (CallLog{"g2.StartVote"}));
+    EXPECT_EQ(w.c().intake->distinctVoters(), 0);  // a new vote, a new voter list
+    EXPECT_EQ(w.glo().ActiveKeypads.text(), ",4,8,");
+    EXPECT_TRUE(w.c().voteRun->voteStarted);
+    w.send("ENDVOTE");
+    EXPECT_EQ(w.calls.back(), "g2.EndVote(False,False)");
+    EXPECT_FALSE(w.c().voteRun->voteStarted);
+    w.send("votename=Colours@@slide 2");
+    EXPECT_EQ(w.glo().voteName, "Colours");
+    EXPECT_EQ(w.c().voteRun->voteNameDetail, "slide 2");
+}
+
+TEST(WiredCommands, ShowWindowAndDesktop) {
+    CommandWorld w;
+    const auto hwnd = w.presentation.show()->hwnd();
+    ASSERT_TRUE(w.desktop.topMost(hwnd));
+    w.send("TOGGLETOPMOST");
+    EXPECT_FALSE(w.desktop.topMost(hwnd));
+    w.desktop.enableProcessWindows("POWERPNT.EXE", false);
+    w.send("ENABLEPPT");
+    EXPECT_TRUE(w.desktop.processWindowsEnabled("POWERPNT.EXE"));
+    w.desktop.clipCursor(true);
+    w.send("FC");
+    EXPECT_FALSE(w.desktop.cursorClipped());
+}
+
+TEST(WiredCommands, ActiveKeypadsReadFromThePresentation) {
+    CommandWorld w;
+    w.presentation.active()->tags().add("ActiveKeypads", "1,2,3");
+    w.send("READACTIVEKEYPADS");
+    EXPECT_EQ(w.glo().ActiveKeypads.text(), ",1,2,3,");
+}
+
+TEST(WiredCommands, HookOnAndOff) {
+    CommandWorld w;
+    w.send("REMOVEHOOK");
+    EXPECT_FALSE(w.keyboard.hookInstalled());
+    EXPECT_TRUE(w.logged(" - RX - Hook Removed"));
+    w.send("SETHOOK");
+    EXPECT_TRUE(w.keyboard.hookInstalled());
+    EXPECT_TRUE(w.logged(" - RX - Hook Set"));
+}
+
+TEST(WiredCommands, DebugWindows) {
+    CommandWorld w;
+    w.send("SHOWDEBUG");
+    auto* debug = w.c().forms.get<DebugForm>(DebugForm::kName);
+    ASSERT_NE(debug, nullptr);
+    EXPECT_TRUE(debug->Visible());
+    EXPECT_NE(std::find(debug->lines.begin(), debug->lines.end(), "slideShowActive=True"), debug->lines.end());
+    w.send("SPL");
+    auto* processes = w.c().forms.get<DebugProcessListForm>(DebugProcessListForm::kName);
+    ASSERT_NE(processes, nullptr);
+    EXPECT_NE(std::find(processes->lines.begin(), processes->lines.end(), "POWERPNT.EXE"), processes->lines.end());
+    w.send("SWH");
+    auto* handles = w.c().forms.get<DebugWindowHandlesForm>(DebugWindowHandlesForm::kName);
+    ASSERT_NE(handles, nullptr);
+    EXPECT_EQ(handles->lines.back(), "foreground: screenClass");
+}
