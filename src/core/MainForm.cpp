@@ -70,9 +70,7 @@ void MainForm::Form_Load() {
         if (!folder.empty() && fs::is_regular_file(program, ec)) {
             const auto stamp = fs::last_write_time(program, ec);
             if (!ec) {
-                // The file clock's epoch is its own; measure the stamp against "now" on both clocks.
-                const auto age = fs::file_time_type::clock::now() - stamp;
-                const auto sys = std::chrono::system_clock::now() - age;
+                const auto sys = std::chrono::file_clock::to_sys(stamp);
                 const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(sys.time_since_epoch());
                 lblBuild = "Built on " + formatDate(DateTime::fromMillis(ms.count()), "DD/MM/YYYY");
             }
