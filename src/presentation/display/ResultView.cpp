@@ -58,22 +58,26 @@ struct Columns {
     int bar = 0;
 };
 
+// A row is: mark, answer, 2 blanks, label, blank, count (7), blank, share (8), 2 blanks, bar.
 Columns columns(const std::vector<ResultRow>& rows, int width) {
     Columns c;
     for (const auto& r : rows) {
         c.answer = std::max(c.answer, std::min<std::size_t>(r.answer.size(), 12));
         c.label = std::max(c.label, std::min<std::size_t>(r.label.size(), 28));
     }
-    // answer, label, count (7), share (8), two blanks between and a mark column.
-    const int fixed = static_cast<int>(c.answer + c.label) + 7 + 8 + 6;
-    c.bar = std::max(width - fixed, 10);
+    const int fixed = static_cast<int>(c.answer) + 22;
+    // Labels give way to a bar of at least 10.
+    c.label = std::min<std::size_t>(c.label, static_cast<std::size_t>(std::max(width - fixed - 10, 0)));
+    c.bar = std::max(width - fixed - static_cast<int>(c.label), 0);
     return c;
 }
 
 std::string rowLine(const ResultRow& r, const Columns& c) {
     const std::string mark = r.correct ? "*" : " ";
-    return fmt::format("{}{:>{}}  {:<{}} {:>7} {:>7.1f}%  {}", mark, fit(r.answer, c.answer), c.answer,
-                       fit(r.label, c.label), c.label, r.count, r.share, bar(r.share, c.bar));
+    std::string line = fmt::format("{}{:>{}}  {:<{}} {:>7} {:>7.1f}%  {}", mark, fit(r.answer, c.answer), c.answer,
+                                   fit(r.label, c.label), c.label, r.count, r.share, bar(r.share, c.bar));
+    line.erase(line.find_last_not_of(' ') + 1);
+    return line;
 }
 
 }  // namespace

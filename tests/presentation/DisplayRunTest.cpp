@@ -1,0 +1,378 @@
+// A display program's run against a scripted controller, on virtual time: what it sends and
+// when, how long it waits for what, and how it ends.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "platform/sim/VirtualScheduler.h"
+#include "presentation/display/DisplayRun.h"
+
+using namespace tlx;
+
+namespace {
+
+const char* kColours = "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>";
+const char* kInfoReply = "baseType=KELVARIN COREHUB G2\r\noffset=0,0,1,20,False\r\nnumKeypads=80\r\nmaxKeypads=80";
+
+template <class T>
+LinkResult<T> answered(T value) {
+    return {std::move(value), LinkStatus::Ok, ""};
+}
+
+class FakeLink : public DisplayLink {
+public:
+    LinkResult<bool> init() override {
+        ++inits;
+        if (absent || initAbsent > 0) {
+            --initAbsent;
+            return noController<bool>();
+        }
+        return answered(true);
+    }
+    LinkResult<int> currentSlide() override {
+        if (absent) return noController<int>();
+        return answered(current);
+    }
+    LinkResult<bool> sendCommand(const std::string& line) override {
+        if (absent) return noController<bool>();
+        if (refuse > 0) {
+            --refuse;
+            return answered(false);
+        }
+        sent.push_back(line);
+        if (onSend) onSend(line);
+        return answered(true);
+    }
+    LinkResult<int> showSlide() override {
+        if (!simulation) return unavailable<int>();
+        return answered(showing);
+    }
+    LinkResult<std::string> slideTag(int slide, const std::string& name) override {
+        if (!simulation) return unavailable<std::string>();
+        return answered(value(tags, slide, name));
+    }
+    LinkResult<std::string> slideText(int slide, const std::string& shape) override {
+        if (!simulation) return unavailable<std::string>();
+        return answered(value(texts, slide, shape));
+    }
+
+    bool absent = false;   // nobody on the bus
+    int initAbsent = 0;    // init finds nobody this many times
+    int refuse = 0;        // SendCommand answers false this many times
+    bool simulation = true;
+    int current = 2;
+    int showing = 0;
+    std::map<std::pair<int, std::string>, std::string> tags, texts;
+    std::vector<std::string> sent;
+    std::function<void(const std::string&)> onSend;
+    int inits = 0;
+
+private:
+    template <class T>
+    static LinkResult<T> noController() {
+        return {T{}, LinkStatus::NoController, "tallix_control.tallix does not answer"};
+    }
+    template <class T>
+    static LinkResult<T> unavailable() {
+        return {T{}, LinkStatus::Unavailable, "No such object path '/sim/show'"};
+    }
+    static std::string value(const std::map<std::pair<int, std::string>, std::string>& m, int slide,
+                             const std::string& name) {
+        const auto it = m.find({slide, name});
+        return it == m.end() ? std::string() : it->second;
+    }
+};
+
+class Display : public ::testing::Test {
+protected:
+    void SetUp() override {
+        link.tags[{2, "TLXVOTE"}] = kColours;
+        link.texts[{2, "tlx_Question"}] = "Which colour\rdo you like best?";
+        link.texts[{2, "tlx_Answers"}] = "1. Red\r2. Green\r3. Blue\r4. Yellow";
+    }
+    DisplayRun& make() {
+        run = std::make_unique<DisplayRun>(scheduler, link, options);
+        run->note = [this](const std::string& t) { notes.push_back(t); };
+        run->problem = [this](const std::string& t) { problems.push_back(t); };
+        run->live = [this](const DisplayModel& m) { lives.push_back(m.tally.voters()); };
+        run->result = [this](const DisplayModel& m) { results.push_back(m); };
+        run->finished = [this](int code) {
+            EXPECT_FALSE(exitCode) << "finished twice";
+            exitCode = code;
+        };
+        return *run;
+    }
+    DisplayRun& started() {
+        make().start();
+        return *run;
+    }
+    bool noted(const std::string& part) const {
+        for (const auto& n : notes)
+            if (n.find(part) != std::string::npos) return true;
+        return false;
+    }
+
+    VirtualScheduler scheduler;
+    FakeLink link;
+    DisplayOptions options;
+    std::unique_ptr<DisplayRun> run;
+    std::vector<std::string> notes, problems;
+    std::vector<long long> lives;
+    std::vector<DisplayModel> results;
+    std::optional<int> exitCode;
+};
+
+}  // namespace
+
+TEST_F(Display, ConfiguresOpensTalliesAndEndsTheVoteAfterItsTime) {
+    options.seconds = 5;
+    DisplayRun& r = started();
+    EXPECT_EQ(link.sent, (std::vector<std::string>{"GETVOTEINFO", "votetype=SINGLEDIGIT", "options=4", "startfrom=1",
+                                                   "votename=Which colour do you like best?", "STARTVOTE"}));
+    EXPECT_EQ(r.phase(), DisplayRun::Phase::Running);
+    EXPECT_EQ(r.model().labels.size(), 4u);
+    EXPECT_TRUE(noted("vote: Which colour do you like best? (slide 2, TLXVOTE, SINGLEDIGIT, 4 options from 1)"));
+
+    r.onStartVoteCount(2);
+    r.onData(kInfoReply);
+    r.onData("[1;1],[2;2],\r\n[3;2],");
+    scheduler.advance(250);
+    EXPECT_EQ(lives, (std::vector<long long>{3}));
+    r.onData("[1;4],");
+    scheduler.advance(4700);
+    EXPECT_EQ(lives.back(), 3);
+    EXPECT_EQ(link.sent.back(), "STARTVOTE");
+
+    scheduler.advance(50);  // five seconds after STARTVOTE
+    EXPECT_EQ(r.phase(), DisplayRun::Phase::Ending);
+    EXPECT_EQ(link.sent, (std::vector<std::string>{"GETVOTEINFO", "votetype=SINGLEDIGIT", "options=4", "startfrom=1",
+                                                   "votename=Which colour do you like best?", "STARTVOTE", "ENDVOTE",
+                                                   "GETVOTEINFO"}));
+    // Batches still on their way count; the reply to GETVOTEINFO comes behind them.
+    r.onData("[4;3],");
+    r.onData(kInfoReply);
+    scheduler.advance(290);
+    EXPECT_FALSE(exitCode);
+    scheduler.advance(20);
+    ASSERT_EQ(exitCode, 0);
+    ASSERT_EQ(results.size(), 1u);
+    const DisplayModel& m = results[0];
+    EXPECT_EQ(m.tally.voters(), 4);
+    EXPECT_EQ(m.tally.changes(), 1);
+    EXPECT_EQ(m.tally.count("2"), 2);
+    EXPECT_EQ(m.bases, 2);
+    EXPECT_DOUBLE_EQ(m.seconds, 5.0);
+    EXPECT_TRUE(m.ended);
+    EXPECT_TRUE(problems.empty());
+    // Once over, nothing more happens.
+    r.onData("[9;1],");
+    r.requestEnd("again");
+    scheduler.advance(10000);
+    EXPECT_EQ(results.size(), 1u);
+}
+
+TEST_F(Display, WaitsForTheControllerWithinItsLimitAndSaysWhenNoneAnswers) {
+    options.connectSeconds = 2;
+    link.initAbsent = 4;  // on the bus after a second
+    DisplayRun& r = started();
+    EXPECT_EQ(r.phase(), DisplayRun::Phase::Connecting);
+    EXPECT_TRUE(link.sent.empty());
+    scheduler.advance(1000);
+    EXPECT_EQ(r.phase(), DisplayRun::Phase::Running);
+    EXPECT_EQ(link.inits, 5);
+
+    link.absent = true;
+    DisplayRun& again = started();
+    scheduler.advance(1900);
+    EXPECT_FALSE(exitCode);
+    scheduler.advance(400);
+    EXPECT_EQ(exitCode, DisplayRun::kExitNoController);
+    EXPECT_EQ(again.phase(), DisplayRun::Phase::Done);
+    ASSERT_EQ(problems.size(), 1u);
+    EXPECT_EQ(problems[0], "no controller answers (waited 2 s): tallix_control.tallix does not answer");
+    EXPECT_TRUE(results.empty());
+}
+
+TEST_F(Display, CommandsRefusedWhileTheControllerInitialisesAreSentAgain) {
+    options.connectSeconds = 1;
+    link.refuse = 3;
+    DisplayRun& r = started();
+    EXPECT_TRUE(link.sent.empty());
+    scheduler.advance(600);
+    EXPECT_EQ(r.phase(), DisplayRun::Phase::Running);
+    EXPECT_EQ(link.sent.size(), 6u);
+
+    link.refuse = 1000;
+    link.sent.clear();
+    started();
+    scheduler.advance(1200);
+    EXPECT_EQ(exitCode, DisplayRun::kExitNoController);
+    EXPECT_EQ(problems.back(), "the controller did not finish initialising within 1 s");
+}
+
+TEST_F(Display, FindsTheVoteSlideOrSaysWhyItCannot) {
+    // No tlxCurrentSlide: the slide the show is on.
+    link.current = 0;
+    link.showing = 2;
+    started();
+    EXPECT_TRUE(noted("the controller names no vote slide (tlxCurrentSlide is not set); the show is on slide 2"));
+    EXPECT_EQ(run->phase(), DisplayRun::Phase::Running);
+
+    link.showing = 0;
+    link.sent.clear();
+    started();
+    EXPECT_EQ(exitCode, DisplayRun::kExitNoVote);
+    EXPECT_EQ(problems.back(),
+              "no vote slide: the controller names none (the presentation tag tlxCurrentSlide is not set); give "
+              "--slide N, or --config TEXT");
+    EXPECT_TRUE(link.sent.empty());
+
+    exitCode.reset();
+    options.slide = 3;
+    started();
+    EXPECT_EQ(problems.back(),
+              "slide 3 is not a vote slide (it carries none of TLXVOTE, TLXQUIZ, TLXTEAM, TLXRESHOW, TLXMATRIX)");
+
+    // Without the simulation the tags cannot be read; the command line can give them.
+    exitCode.reset();
+    link.simulation = false;
+    options.slide = 2;
+    started();
+    EXPECT_EQ(problems.back(),
+              "cannot read the vote tags of slide 2: no simulated presentation program serves them here; give "
+              "--config TEXT");
+    exitCode.reset();
+    options.config = "<VoteType>MULTIDIGIT</VoteType><Options>5</Options><VoteName>Topics</VoteName>";
+    options.tag = "TLXMATRIX";
+    options.question = "Rate each topic";
+    options.keypadsActive = "1,2,3";
+    started();
+    EXPECT_EQ(run->phase(), DisplayRun::Phase::Running);
+    EXPECT_EQ(link.sent, (std::vector<std::string>{"GETVOTEINFO", "votetype=MULTIDIGIT", "options=5", "startfrom=1",
+                                                   "votename=Topics", "keypadsactive=1,2,3", "STARTVOTE"}));
+    EXPECT_EQ(run->model().question, "Rate each topic");
+    EXPECT_EQ(run->model().setup.tag, "TLXMATRIX");
+}
+
+TEST_F(Display, AReshowRunsNoVoteAndAnOptionCountFallsBackToTheAnswers) {
+    link.tags[{2, "TLXVOTE"}] = "";
+    link.tags[{2, "TLXRESHOW"}] = "1";
+    started();
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_TRUE(link.sent.empty());
+    EXPECT_TRUE(noted("slide 2 shows again the results of slide 1"));
+
+    // No <Options>: as many as the slide has answers; no answers either: the controller's default.
+    link.tags[{2, "TLXRESHOW"}] = "";
+    link.tags[{2, "TLXQUIZ"}] = "<VoteType>SINGLEDIGIT</VoteType><Options>x</Options>";
+    link.sent.clear();
+    exitCode.reset();
+    started();
+    EXPECT_EQ(link.sent[2], "options=4");
+    EXPECT_TRUE(noted("TLXQUIZ of slide 2: <Options> \"x\" is not an option count from 1 to 1000; the default is kept"));
+    link.texts.clear();
+    link.sent.clear();
+    started();
+    EXPECT_EQ(link.sent[2], "options=10");
+    EXPECT_EQ(link.sent[4], "votename=Slide 2");
+}
+
+TEST_F(Display, TheVoteEndsWhenToldAndASecondRequestDoesNotWait) {
+    DisplayRun& r = started();
+    r.onData(kInfoReply);
+    r.onData("[5;1],");
+    scheduler.advance(60000);
+    EXPECT_EQ(r.phase(), DisplayRun::Phase::Running) << "without --seconds it runs until told";
+    r.requestEnd("interrupted");
+    EXPECT_EQ(link.sent.back(), "GETVOTEINFO");
+    EXPECT_TRUE(noted("ending the vote (interrupted)"));
+    EXPECT_FALSE(exitCode);
+    r.requestEnd("interrupted");
+    EXPECT_EQ(exitCode, 0);
+    ASSERT_EQ(results.size(), 1u);
+    EXPECT_EQ(results[0].tally.voters(), 1);
+}
+
+TEST_F(Display, EndingGivesUpWaitingForTheLastBatchesAfterItsLimit) {
+    options.settleSeconds = 2;
+    DisplayRun& r = started();
+    r.requestEnd("asked on standard input");
+    // The reply to the first GETVOTEINFO never came: two replies are due.
+    r.onData(kInfoReply);
+    scheduler.advance(1000);
+    EXPECT_FALSE(exitCode);
+    scheduler.advance(1000);
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_EQ(results.size(), 1u);
+}
+
+TEST_F(Display, TheControllerLeavingEndsTheRunWithWhatCame) {
+    DisplayRun& r = started();
+    r.onData("[5;1],[6;3],");
+    link.absent = true;
+    r.onControllerGone();
+    EXPECT_EQ(exitCode, 0);
+    ASSERT_EQ(results.size(), 1u);
+    EXPECT_TRUE(results[0].controllerGone);
+    EXPECT_EQ(results[0].tally.voters(), 2);
+    EXPECT_NE(link.sent.back(), "ENDVOTE");
+
+    // Gone before the vote opened: nothing to show, and the controller is not there.
+    link.absent = false;
+    link.refuse = 1000;
+    exitCode.reset();
+    DisplayRun& early = started();
+    early.onControllerGone();
+    EXPECT_EQ(exitCode, DisplayRun::kExitNoController);
+    EXPECT_EQ(problems.back(), "the controller left the bus before the vote opened");
+
+    // An end asked for before the vote opened ends without ENDVOTE.
+    link.sent.clear();
+    exitCode.reset();
+    DisplayRun& stopped = started();
+    stopped.requestEnd("interrupted");
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_TRUE(link.sent.empty());
+    EXPECT_TRUE(noted("stopped before the vote opened (interrupted)"));
+}
+
+TEST_F(Display, BatchesBeforeTheVoteDoNotCountAndRedrawsComeAtMostOncePerPeriod) {
+    link.onSend = [this](const std::string& line) {
+        // An earlier vote's batch arrives while this one is being configured.
+        if (line == "options=4") run->onData("[1;3],[2;3],");
+    };
+    options.refreshSeconds = 0.5;
+    DisplayRun& r = make();
+    r.start();
+    EXPECT_EQ(r.model().tally.voters(), 0);
+    EXPECT_EQ(r.model().tally.ignored(), 2);
+    scheduler.advance(500);
+    EXPECT_EQ(lives, (std::vector<long long>{0}));  // the empty chart, once
+    for (int i = 1; i <= 40; ++i) {
+        r.onData("[" + std::to_string(i) + ";1],");
+        scheduler.advance(20);
+    }
+    // 800 ms of batches: one redraw per half second.
+    EXPECT_EQ(lives.size(), 2u);
+    scheduler.advance(500);
+    EXPECT_EQ(lives.size(), 3u);
+    EXPECT_EQ(lives.back(), 40);
+    scheduler.advance(5000);
+    EXPECT_EQ(lives.size(), 3u) << "no redraw without a change";
+    r.onData("[2;x\x01],");
+    scheduler.advance(500);
+    EXPECT_EQ(lives.size(), 4u) << "a skipped record shows in the count";
+    EXPECT_EQ(r.model().tally.skipped(), 1);
+}
+
+TEST_F(Display, BaseMessagesAreNotedAndNoBaseTakingTheVoteIsSaid) {
+    DisplayRun& r = started();
+    r.onStartVoteCount(0);
+    r.onBaseError(2, "Base \"2\" timed out\r\n");
+    r.onBaseFeedback(1, "Registry read");
+    EXPECT_TRUE(noted("no base station took the vote"));
+    EXPECT_TRUE(noted("base 2 error: Base \"2\" timed out  "));
+    EXPECT_TRUE(noted("base 1: Registry read"));
+}
