@@ -1,9 +1,6 @@
-// The scripted show's timing, with Await steps keeping pace with what happens outside, and
-// the simulated show's slide texts as display programs read them.
+// The scripted show's timing, with Await steps keeping pace with what happens outside.
 #include <gtest/gtest.h>
 
-#include "platform/sim/SimDesktop.h"
-#include "platform/sim/SimPresentation.h"
 #include "platform/sim/SimScript.h"
 #include "platform/sim/VirtualScheduler.h"
 
@@ -69,18 +66,4 @@ TEST(SimScriptAwait, StepsRunInTheOrderOfTheirTimes) {
     r.scheduler.advance(3000);
     EXPECT_EQ(r.log, (std::vector<std::string>{"1000: early", "1000: same", "2000: late"}));
     EXPECT_EQ(r.script.run(parseScript("0 Await Ready")[0]), "Await waits only in a started script");
-}
-
-TEST(SimShowTexts, SlideTextGivesANamedShapesParagraphs) {
-    VirtualScheduler scheduler;
-    SimDesktop desktop;
-    SimPresentationApp app(scheduler, desktop);
-    EXPECT_EQ(app.SlideText(2, "tlx_Question").error, "No presentation is open");
-    ASSERT_EQ(app.Open((std::filesystem::path(TLX_SOURCE_DIR) / "examples/decks/demo.pptx").string()), "");
-    EXPECT_EQ(app.SlideText(2, "tlx_Question").value, "Which colour do you like best?");
-    EXPECT_EQ(app.SlideText(2, "tlx_Answers").value, "1. Red\r2. Green\r3. Blue\r4. Yellow");
-    const auto none = app.SlideText(2, "no such shape");
-    EXPECT_EQ(none.value, "");
-    EXPECT_EQ(none.error, "");
-    EXPECT_EQ(app.SlideText(9, "tlx_Question").error, "No slide 9 in this presentation");
 }

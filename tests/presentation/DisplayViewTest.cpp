@@ -31,45 +31,28 @@ TEST(VoteSetupText, TheDeckTagsReadAsTheyMean) {
 
     // A reshow names the slide whose results it shows again.
     EXPECT_EQ(readVoteSetup("TLXRESHOW", "2").reshowOf, 2);
-    // Nothing given: the defaults.
-    const VoteSetup empty = readVoteSetup("", "");
-    EXPECT_EQ(empty.tag, "TLXVOTE");
-    EXPECT_EQ(empty.voteType, "SINGLEDIGIT");
-    EXPECT_EQ(empty.options, 0);
 }
 
 TEST(VoteSetupText, UnreadableValuesKeepTheirDefaultsAndSaySo) {
-    const VoteSetup s = readVoteSetup(
-        "TLXVOTE", "junk<Options>four</Options><StartFrom>-1</StartFrom><Abstain>2.5</Abstain>"
-                   "<KeypadsActive>3;x</KeypadsActive><Seconds>0</Seconds><VoteType></VoteType><Broken>1");
-    EXPECT_EQ(s.options, 0);
-    EXPECT_EQ(s.startFrom, 1);
-    EXPECT_FALSE(s.abstain);
-    EXPECT_EQ(s.keypadsActive, "");
-    EXPECT_EQ(s.seconds, 0);
-    EXPECT_EQ(s.voteType, "SINGLEDIGIT");
-    EXPECT_EQ(s.problems,
-              (std::vector<std::string>{
-                  "text outside an element: \"junk\"",
-                  "<Broken> has no closing tag",
-                  "text outside an element: \"1\"",
-                  "<Options> \"four\" is not an option count from 1 to 1000; the default is kept",
-                  "<StartFrom> \"-1\" is not a first option number from 0 to 1000; the default is kept",
-                  "<Abstain> \"2.5\" is not an abstain key from 0 to 99; the default is kept",
-                  "<KeypadsActive> \"3;x\" is not a list of keypad numbers; the default is kept",
-                  "<Seconds> \"0\" is not a number of seconds above 0; the default is kept",
-                  "<VoteType> \"\" is not a vote type; the default is kept",
-              }));
+    const VoteSetup s = readVoteSetup("TLXVOTE", "junk<Options>four</Options><StartFrom>-1</StartFrom><Abstain>2.5"
+                                                 "</Abstain><KeypadsActive>3;x</KeypadsActive><VoteType></VoteType><B>1");
+    EXPECT_EQ(setupLines(s, 10), (std::vector<std::string>{"votetype=SINGLEDIGIT", "options=10", "startfrom=1"}));
+    EXPECT_EQ(s.problems, (std::vector<std::string>{
+                              "text outside an element: \"junk\"", "<B> has no closing tag",
+                              "text outside an element: \"1\"",
+                              "<Options> \"four\" is not an option count from 1 to 1000; the default is kept",
+                              "<StartFrom> \"-1\" is not a first option number from 0 to 1000; the default is kept",
+                              "<Abstain> \"2.5\" is not an abstain key from 0 to 99; the default is kept",
+                              "<KeypadsActive> \"3;x\" is not a list of keypad numbers; the default is kept",
+                              "<VoteType> \"\" is not a vote type; the default is kept"}));
 }
 
 TEST(VoteSetupText, AValueCannotSmuggleInFurtherCommands) {
     const VoteSetup s = readVoteSetup("TLXVOTE", "<VoteName>Q1\r\nEXIT</VoteName><VoteType>9\nENDVOTE</VoteType>");
     const auto lines = setupLines(s, 2);
     for (const auto& l : lines) EXPECT_EQ(l.find_first_of("\r\n"), std::string::npos) << l;
-    EXPECT_EQ(lines[0], "votetype=9 ENDVOTE");
     EXPECT_EQ(lines[3], "votename=Q1  EXIT");
     EXPECT_EQ(keypadListText(" 1, 2,,3 "), "1,2,3");
-    EXPECT_FALSE(keypadListText("1,-2"));
 }
 
 namespace {
@@ -112,7 +95,6 @@ TEST(ResultRows, OptionsFirstThenAbstentionsThenOtherAnswersInNumericOrder) {
 
 TEST(ResultTable, ShowsEveryOptionVotersAndChangesAndMarksAQuizsAnswer) {
     DisplayModel m = colours();
-    m.tally.setCounting(true);
     m.tally.feed("[1;1],[2;4],[3;4],[4;2],[1;2],");
     m.bases = 2;
     m.seconds = 6;
@@ -145,12 +127,9 @@ TEST(ResultTable, TheChartFitsItsWidthAndNamesTheVote) {
     DisplayModel m = colours();
     m.question.clear();
     m.labels = {std::string(100, 'L')};
-    m.tally.setCounting(true);
     m.tally.feed("[1;1],");
     for (int width : {40, 80, 132})
         for (const auto& line : chartLines(m, width)) EXPECT_LE(line.size(), static_cast<std::size_t>(width)) << line;
     EXPECT_EQ(chartLines(m, 80).front(), "slide 2");
-    m.setup.voteName = "Colours";
-    EXPECT_EQ(voteTitle(m), "Colours");
-    EXPECT_EQ(printable("a\x1b[2Jb"), "a [2Jb");
+    EXPECT_EQ(printable("a\x1b[2Jb"), "a [2Jb");  // no terminal control from outside
 }
