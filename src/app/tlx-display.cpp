@@ -132,7 +132,7 @@ int main(int argc, char** argv) {
     cli.add_option("--options", options, "the option count (default: the tag's, else the slide's answers)")
         ->check(CLI::Range(1, 1000));
     cli.add_option("--seconds", opt.seconds, "end the vote after this many seconds (default: when told)")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(0.001, 86400.0));
     cli.add_flag("--plain", plain, "one line per update instead of a chart (the default when not on a terminal)");
     cli.add_option("--refresh", opt.refreshSeconds, "seconds between redraws at most (default 0.25)")
         ->check(CLI::Range(0.05, 10.0));
