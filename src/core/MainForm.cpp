@@ -120,6 +120,15 @@ void MainForm::AddDataToTxQueue(std::string_view text) {
     tmr_SendData.setEnabled(true);
 }
 
+void MainForm::MoveDataToTxQueue(std::string&& text) {
+    if (txt_data.empty()) {
+        txt_data = std::move(text);
+        tmr_SendData.setEnabled(true);
+        return;
+    }
+    AddDataToTxQueue(std::string_view(text));
+}
+
 void MainForm::txt_command_KeyDown(int keyCode, bool shift, bool ctrl, bool alt) {
     if (keyCode == 13 && !shift && !ctrl && !alt) tmr_executeCommand.setEnabled(true);
 }

@@ -61,6 +61,9 @@ public:
     void AddDataToCommandQueue(std::string_view text);
     void RunCommandQueueNow();
     void AddDataToTxQueue(std::string_view text);
+    // AddDataToTxQueue for a text the caller gives up: an empty queue takes it over without
+    // copying it (the vote buffer's batches).
+    void MoveDataToTxQueue(std::string&& text);
     // Enter (13) without Shift, Ctrl or Alt in `txt_command` runs the queue.
     void txt_command_KeyDown(int keyCode, bool shift, bool ctrl, bool alt);
     bool IsPowerPointRunning() const;

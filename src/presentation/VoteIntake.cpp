@@ -14,6 +14,15 @@ constexpr const char* kForm = "tallix_controller";
 // The keypad number as the vote record writes it.
 std::string keypadText(float keypad) { return numText(static_cast<double>(keypad)); }
 
+// "[" + keypad + ";" + vote + "],"
+void appendRecord(std::string& to, const std::string& keypad, const std::string& vote) {
+    to += '[';
+    to += keypad;
+    to += ';';
+    to += vote;
+    to += "],";
+}
+
 // The abstain key turns a vote (or the first part of a multi-part vote) into -2.
 void applyAbstain(std::string& vote, int key) {
     const std::string keyText = numText(key);
@@ -40,50 +49,64 @@ void VoteIntakeModule::SendVotes(std::vector<float>& keypads, std::vector<std::s
     (void)time;
     MainForm* m = c_.mainForm();
     if (!m) return;
+    // Accepted records are written straight into the buffer, which travels on without being
+    // copied again; a failed intake takes them out again.
+    const std::size_t start = buffer_.size();
     trap(c_.errors, kForm, "SendVotes", [&] {
-        const KeypadRange range = c_.drivers->keypadRange(baseIndex, c_.glo);
-        const double highest = static_cast<double>(range.offset) + range.highest;
-        const KeypadList& active = c_.glo.ActiveKeypads;
-        std::string accepted, rejected;
-        long long acceptedCount = 0;
-        const std::size_t n = std::min(keypads.size(), votes.size());
-        for (std::size_t i = 0; i < n; ++i) {
-            ++receivedTotal_;
-            keypads[i] = keypads[i] + static_cast<float>(range.offset);
-            const std::string kp = keypadText(keypads[i]);
-            if (static_cast<double>(keypads[i]) > highest) {
-                rejected += "[" + kp + ";" + votes[i] + "],";
-                continue;
-            }
-            if (!active.empty() && !active.contains(kp) && !m->keypadTestActive) {
-                rejected += "[" + kp + ";" + votes[i] + "],";
-                continue;
-            }
-            ++acceptedCount;
-            if (m->Opt_Abstain) applyAbstain(votes[i], m->key_Abstain);
-            accepted += "[" + kp + ";" + votes[i] + "],";
-            if (voters_.insert(kp).second) m->txt_VoteCounter[2] = formatNumber(static_cast<double>(voters_.size()), "###,##0");
+        try {
+            intake(*m, keypads, votes, baseIndex, start);
+        } catch (...) {
+            // Unless the buffer has been handed on already.
+            if (buffer_.size() >= start) buffer_.resize(start);
+            throw;
         }
-        if (!accepted.empty()) {
-            c_.logs.voteTrace("VOTE RX - ACCEPTED: " + accepted);
-            buffer_ += accepted;
-            if (buffer_.size() >= kBatchCharacters)
-                tmr_VotesRxBuffer_Timer();
-            else
-                m->tmr_VotesRxBuffer.setEnabled(true);
-        }
-        if (!rejected.empty()) {
-            const std::string high = numText(highest);
-            c_.logs.voteTrace("VOTE RX - REJECTED: " + rejected);
-            c_.logs.voteTrace("ACTIVE KPADS: " + active.text());
-            c_.logs.voteTrace("MAX KPAD NUM: " + high);
-            m->LogEvent("NOT SENT: " + rejected, LOG_TX);
-            m->LogEvent("KPADS ACTIVE: " + active.text(), LOG_XX);
-            m->LogEvent("MAX KPAD NUM: " + high, LOG_XX);
-        }
-        acceptedTotal_ += acceptedCount;
-        m->txt_VoteCounter[0] = formatNumber(static_cast<double>(acceptedTotal_), "###,##0");
     });
+}
+
+void VoteIntakeModule::intake(MainForm& m, std::vector<float>& keypads, std::vector<std::string>& votes,
+                              int baseIndex, std::size_t start) {
+    const KeypadRange range = c_.drivers->keypadRange(baseIndex, c_.glo);
+    const double highest = static_cast<double>(range.offset) + range.highest;
+    const KeypadList& active = c_.glo.ActiveKeypads;
+    std::string rejected;
+    long long acceptedCount = 0;
+    const std::size_t n = std::min(keypads.size(), votes.size());
+    for (std::size_t i = 0; i < n; ++i) {
+        ++receivedTotal_;
+        keypads[i] = keypads[i] + static_cast<float>(range.offset);
+        const std::string kp = keypadText(keypads[i]);
+        if (static_cast<double>(keypads[i]) > highest) {
+            appendRecord(rejected, kp, votes[i]);
+            continue;
+        }
+        if (!active.empty() && !active.contains(kp) && !m.keypadTestActive) {
+            appendRecord(rejected, kp, votes[i]);
+            continue;
+        }
+        ++acceptedCount;
+        if (m.Opt_Abstain) applyAbstain(votes[i], m.key_Abstain);
+        appendRecord(buffer_, kp, votes[i]);
+        if (voters_.insert(kp).second) m.txt_VoteCounter[2] = formatNumber(static_cast<double>(voters_.size()), "###,##0");
+    }
+    if (buffer_.size() > start) {
+        if (c_.glo.traceToFile)
+            c_.logs.voteTrace("VOTE RX - ACCEPTED: " + std::string(std::string_view(buffer_).substr(start)));
+        if (buffer_.size() >= kBatchCharacters)
+            tmr_VotesRxBuffer_Timer();
+        else
+            m.tmr_VotesRxBuffer.setEnabled(true);
+    }
+    if (!rejected.empty()) {
+        const std::string high = numText(highest);
+        c_.logs.voteTrace("VOTE RX - REJECTED: " + rejected);
+        c_.logs.voteTrace("ACTIVE KPADS: " + active.text());
+        c_.logs.voteTrace("MAX KPAD NUM: " + high);
+        m.LogEvent("NOT SENT: " + rejected, LOG_TX);
+        m.LogEvent("KPADS ACTIVE: " + active.text(), LOG_XX);
+        m.LogEvent("MAX KPAD NUM: " + high, LOG_XX);
+    }
+    acceptedTotal_ += acceptedCount;
+    m.txt_VoteCounter[0] = formatNumber(static_cast<double>(acceptedTotal_), "###,##0");
 }
 
 void VoteIntakeModule::tmr_VotesRxBuffer_Timer() {
@@ -92,7 +115,8 @@ void VoteIntakeModule::tmr_VotesRxBuffer_Timer() {
     m->tmr_VotesRxBuffer.setEnabled(false);
     trap(c_.errors, kForm, "tmr_VotesRxBuffer_Timer", [&] {
         if (!buffer_.empty()) {
-            m->AddDataToTxQueue(buffer_);
+            // The buffer itself becomes (or joins) the transmit queue.
+            m->MoveDataToTxQueue(std::move(buffer_));
             buffer_.clear();
         }
         showCounters();

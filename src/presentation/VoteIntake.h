@@ -39,6 +39,8 @@ public:
     static constexpr std::size_t kBatchCharacters = 500;
 
 private:
+    void intake(class MainForm& m, std::vector<float>& keypads, std::vector<std::string>& votes, int baseIndex,
+                std::size_t start);
     int randomBetween(int lo, int hi);
     void showCounters();
     Controller& c_;

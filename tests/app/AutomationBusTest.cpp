@@ -305,6 +305,8 @@ TEST_F(AutomationBus, SimulationObjectsRelayToTheSimulationAndReportItsFailures)
     EXPECT_EQ(answerOf(s("CurrentSlide")).toInt(), 4);
     EXPECT_EQ(answerOf(s("PresentationTag", {"tlxCurrentSlide"})).toString(), "tlxCurrentSlide=4");
     EXPECT_EQ(answerOf(s("SlideTag", {2, "TLXVOTE"})).toString(), "TLXVOTE@2");
+    EXPECT_EQ(answerOf(s("SlideText", {2, "tlx_Question"})).toString(), "tlx_Question#2\r2nd");
+    EXPECT_EQ(errorOf(s("SlideText", {10, "tlx_Question"})), "org.freedesktop.DBus.Error.Failed: no slide 10");
     const QDBusMessage list = b("Bases");
     EXPECT_EQ(list.signature(), "as");
     EXPECT_EQ(answerOf(list).toStringList(),

@@ -107,6 +107,10 @@ public:
         if (!slideOk(slide)) return {"", noSlide(slide)};
         return {name + "@" + std::to_string(slide), ""};
     }
+    SimResult<std::string> SlideText(int slide, const std::string& shape) override {
+        if (!slideOk(slide)) return {"", noSlide(slide)};
+        return {shape + "#" + std::to_string(slide) + "\r2nd", ""};
+    }
     SimError Press(const std::string& b, int k, const std::string& keys) override { return onBase(b, "Press", b, k, keys); }
     SimError Crowd(const std::string& b, int n, const std::string& answers, int rate) override {
         return onBase(b, "Crowd", b, n, answers, rate);

@@ -174,3 +174,24 @@ TEST(VoteSimulator, BatchesOfRandomVotesWithinTheLimits) {
     EXPECT_GE(records, 8);
     EXPECT_LE(records, 32);
 }
+
+TEST(VoteIntake, ABatchReachesTheOutgoingEventWithoutBeingCopiedOnTheWay) {
+    IntakeWorld w;
+    w.glo().bases[0].gridHi = 4095;
+    std::vector<std::pair<float, std::string>> many;
+    for (int k = 1000; k < 1020; ++k) many.push_back({static_cast<float>(k), "1"});
+    w.votes(1, many);
+    const char* storage = w.c().intake->buffer().data();
+    const char* raised = nullptr;
+    w.main().FromCtrlForm.connect([&raised](const std::string& s) { raised = s.data(); });
+    w.flush();
+    // The buffer's own storage became the transmit queue and then the event's text.
+    EXPECT_EQ(raised, storage);
+    EXPECT_EQ(w.sent.back().size(), 20u * 9u);
+
+    // Behind text already queued it is appended once.
+    w.main().AddDataToTxQueue("GETVOTEINFO reply");
+    w.votes(1, {{7, "2"}});
+    w.scheduler.advance(10);
+    EXPECT_EQ(w.main().txt_data, "GETVOTEINFO reply\r\n[7;2],");
+}

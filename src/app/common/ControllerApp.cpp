@@ -82,11 +82,18 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     if (presentation.addInFolder.empty()) presentation.addInFolder = desktop.installFolder().string();
     if (const std::string problem = applySimShowSetup(sim, presentation); !problem.empty())
         out << "[presentation] " << problem << std::endl;
-    // Display programs started by "DoRapidpoll" run as real processes; they leave the process
-    // list when they exit.
-    presentation.launchDisplay = [&presentation](const SimPresentationApp::Display& d, const std::string& name) {
+    std::unique_ptr<DbusAutomationServer> automation;
+    // Display programs started by "DoRapidpoll" run as real processes, their output beside
+    // ours; they leave the process list when they exit.
+    std::vector<QProcess*> displays;  // those still running
+    presentation.launchDisplay = [&](const SimPresentationApp::Display& d, const std::string& name) {
+        if (!automation || !automation->serving())
+            out << "[presentation] " << d.program
+                << " cannot reach this controller: its automation class is not served on the session bus"
+                << " (--automation)" << std::endl;
         auto* p = new QProcess;
-        QObject::connect(p, &QProcess::finished, [p, &presentation, name](int, QProcess::ExitStatus) {
+        QObject::connect(p, &QProcess::finished, [p, &presentation, &displays, name](int, QProcess::ExitStatus) {
+            std::erase(displays, p);
             presentation.displayEnded(name);
             p->deleteLater();
         });
@@ -97,6 +104,7 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
             p->deleteLater();
             return false;
         }
+        displays.push_back(p);
         return true;
     };
 
@@ -131,7 +139,6 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         if (!options.headless)
             dialogs->message("tallix controller", why + "; not starting a second controller", MsgIcon::Exclamation);
     };
-    std::unique_ptr<DbusAutomationServer> automation;
     if (options.automation.value_or(!options.headless)) {
         QDBusConnection bus = QDBusConnection::sessionBus();
         if (!bus.isConnected()) {
@@ -213,6 +220,23 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         script->folder = sim.script.parent_path();
         script->command = [&](const std::string& line) { return display->SendCommand(line); };
         script->report = [&out](const std::string& t) { out << "[script] " << t << std::endl; };
+        // What an Await step can wait for: the vote open on every connected simulated base, or
+        // closed on all of them; every display program the quick vote started has ended.
+        script->condition = [&](const std::string& what) -> std::optional<bool> {
+            const std::string w = toLower(what);
+            if (w == "voteopen" || w == "voteclosed") {
+                std::size_t connected = 0, open = 0;
+                for (std::size_t i = 0; i < baseLibrary.baseCount(); ++i) {
+                    const SimBaseStation& st = baseLibrary.station(i);
+                    if (st.attachedObjects() == 0) continue;
+                    ++connected;
+                    if (st.voteOpen) ++open;
+                }
+                return w == "voteopen" ? connected > 0 && open == connected : open == 0;
+            }
+            if (w == "displayended") return displays.empty();
+            return std::nullopt;
+        };
         script->load(std::move(steps));
         script->start();
     }
@@ -223,7 +247,25 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
             if (auto* m = controller.mainForm()) m->TaskQuit();
         });
     if (controller.glo.ShuttingDown && desktop.ended()) return desktop.exitCode();
-    return QCoreApplication::exec();
+    const int code = QCoreApplication::exec();
+    if (!displays.empty()) {
+        // Display programs end with the presentation program that started them. Leaving the bus
+        // tells them the controller has gone: they print their result and exit.
+        if (automation) automation->stop();
+        for (QProcess* p : displays) {
+            QObject::disconnect(p, nullptr, nullptr, nullptr);
+            if (!p->waitForFinished(3000)) {
+                p->terminate();
+                if (!p->waitForFinished(3000)) {
+                    p->kill();
+                    p->waitForFinished(1000);
+                }
+            }
+            delete p;
+        }
+        displays.clear();
+    }
+    return code;
 }
 
 }  // namespace tlx

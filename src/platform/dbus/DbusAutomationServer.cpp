@@ -243,6 +243,9 @@ public:
             } else if (name == "SlideTag") {
                 const auto r = show_.SlideTag(a.at(0).toInt(), ss(a.at(1).toString()));
                 done(conn, call, r.error, {qs(r.value)});
+            } else if (name == "SlideText") {
+                const auto r = show_.SlideText(a.at(0).toInt(), ss(a.at(1).toString()));
+                done(conn, call, r.error, {qs(r.value)});
             }
         });
         return true;

@@ -44,6 +44,7 @@ const std::vector<Method>& simShowMethods() {
         {"CurrentSlide", "", "i", {}},
         {"PresentationTag", "s", "s", {"name"}},
         {"SlideTag", "is", "s", {"slide", "name"}},
+        {"SlideText", "is", "s", {"slide", "shape"}},
     };
     return m;
 }

@@ -34,6 +34,13 @@ public:
     virtual SimResult<int> CurrentSlide() = 0;
     virtual SimResult<std::string> PresentationTag(const std::string& name) = 0;
     virtual SimResult<std::string> SlideTag(int slide, const std::string& name) = 0;
+    // The text of a named shape on a slide (paragraphs joined by "\r"); "" when the slide has
+    // no such shape. Display programs read a vote slide's question and answers this way.
+    virtual SimResult<std::string> SlideText(int slide, const std::string& shape) {
+        (void)slide;
+        (void)shape;
+        return {"", "slide texts cannot be read here"};
+    }
 };
 
 class SimBasesControl {

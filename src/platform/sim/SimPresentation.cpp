@@ -360,6 +360,22 @@ SimResult<std::string> SimPresentationApp::SlideTag(int slide, const std::string
     return r;
 }
 
+SimResult<std::string> SimPresentationApp::SlideText(int slide, const std::string& shape) {
+    SimResult<std::string> r;
+    SimDocument* d = active();
+    if (!d) {
+        r.error = "No presentation is open";
+        return r;
+    }
+    ppt::Slide* s = d->slide(slide);
+    if (!s) {
+        r.error = "No slide " + numText(slide) + " in this presentation";
+        return r;
+    }
+    if (ppt::Shape* sh = s->shapeByName(shape); sh && sh->hasTextFrame()) r.value = sh->text();
+    return r;
+}
+
 void SimPresentationApp::onForegroundKey(int vk, bool released) {
     if (released || !show_ || toUpper(desktop_.foregroundWindowClass()) != "SCREENCLASS") return;
     if (vk >= '0' && vk <= '9') {
@@ -426,6 +442,12 @@ void SimPresentationApp::doRapidpoll() {
     Display d;
     if (auto it = displays.find(tag); it != displays.end()) {
         d = it->second;
+        // A bare name: the program installed beside the controller, when it is there.
+        const fs::path beside = desktop_.installFolder() / d.program;
+        std::error_code ec;
+        if (!d.program.empty() && fs::path(d.program).filename().string() == d.program &&
+            fs::is_regular_file(beside, ec))
+            d.program = beside.string();
     } else {
         // The reference display program, when it is installed beside the controller.
         const fs::path reference = desktop_.installFolder() / "tlx-display";

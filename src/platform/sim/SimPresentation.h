@@ -169,6 +169,7 @@ public:
     SimResult<int> CurrentSlide() override;
     SimResult<std::string> PresentationTag(const std::string& name) override;
     SimResult<std::string> SlideTag(int slide, const std::string& name) override;
+    SimResult<std::string> SlideText(int slide, const std::string& shape) override;
 
     // In the add-in's role: what the add-in tells the controller about the show.
     struct AddIn {

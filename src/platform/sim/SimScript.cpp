@@ -1,5 +1,6 @@
 #include "platform/sim/SimScript.h"
 
+#include <algorithm>
 #include <cctype>
 
 #include "core/Text.h"
@@ -78,19 +79,59 @@ SimScript::SimScript(Scheduler& scheduler, SimShowControl* show, SimBasesControl
     : scheduler_(scheduler), show_(show), bases_(bases) {}
 
 SimScript::~SimScript() {
-    for (auto id : posts_) scheduler_.cancel(id);
+    if (post_) scheduler_.cancel(post_);
 }
 
+double SimScript::elapsedMs() const { return scheduler_.monotonicSeconds() * 1000.0 - startMs_; }
+
 void SimScript::start() {
-    for (const ScriptStep& step : steps_) {
-        const int ms = static_cast<int>(step.at * 1000.0 + 0.5);
-        posts_.push_back(scheduler_.post(ms, [this, &step] {
-            ++done_;
-            if (report) report("step " + numText(step.line) + ": " + step.verb + (step.rest.empty() ? "" : " " + step.rest));
-            const std::string failure = run(step);
-            if (!failure.empty() && report) report("step " + numText(step.line) + " failed: " + failure);
-        }));
+    if (post_) scheduler_.cancel(post_);
+    post_ = 0;
+    std::stable_sort(steps_.begin(), steps_.end(), [](const ScriptStep& a, const ScriptStep& b) { return a.at < b.at; });
+    done_ = 0;
+    shiftMs_ = 0;
+    startMs_ = scheduler_.monotonicSeconds() * 1000.0;
+    scheduleNext();
+}
+
+void SimScript::scheduleNext() {
+    post_ = 0;
+    if (done_ >= steps_.size()) return;
+    const double due = steps_[done_].at * 1000.0 + static_cast<double>(shiftMs_);
+    const int delay = static_cast<int>(std::max(0.0, due - elapsedMs()) + 0.5);
+    post_ = scheduler_.post(delay, [this] { runNext(); });
+}
+
+void SimScript::runNext() {
+    post_ = 0;
+    const ScriptStep& step = steps_[done_++];
+    if (report) report("step " + numText(step.line) + ": " + step.verb + (step.rest.empty() ? "" : " " + step.rest));
+    if (iequals(step.verb, "await")) {
+        await(step, elapsedMs());
+        return;
     }
+    const std::string failure = run(step);
+    if (!failure.empty() && report) report("step " + numText(step.line) + " failed: " + failure);
+    scheduleNext();
+}
+
+void SimScript::await(const ScriptStep& step, double startedMs) {
+    post_ = 0;
+    const std::string what = step.args.empty() ? std::string() : step.args[0];
+    const double limit = step.args.size() > 1 && isNumeric(step.args[1]) ? ParseNumber(step.args[1]) : 30.0;
+    auto moveOn = [this, &step](const std::string& failure) {
+        if (!failure.empty() && report) report("step " + numText(step.line) + " failed: " + failure);
+        // Later steps keep their distance from this moment.
+        shiftMs_ = std::max(shiftMs_, static_cast<std::int64_t>(elapsedMs() - step.at * 1000.0 + 0.5));
+        scheduleNext();
+    };
+    if (what.empty()) return moveOn("Await needs a condition");
+    const std::optional<bool> holds = condition ? condition(what) : std::nullopt;
+    if (!holds) return moveOn("no condition \"" + what + "\" to wait for");
+    if (*holds) return moveOn({});
+    if (elapsedMs() - startedMs >= limit * 1000.0)
+        return moveOn(what + " did not come within " + numText(limit) + " seconds");
+    post_ = scheduler_.post(awaitPollMs, [this, &step, startedMs] { await(step, startedMs); });
 }
 
 std::string SimScript::run(const ScriptStep& s) {
@@ -98,6 +139,7 @@ std::string SimScript::run(const ScriptStep& s) {
     auto arg = [&](std::size_t i) { return i < s.args.size() ? s.args[i] : std::string(); };
     auto need = [&](std::size_t n) { return s.args.size() >= n; };
     if (v == "note") return {};
+    if (v == "await") return "Await waits only in a started script";
     if (v == "command") {
         if (!command) return "no display program connection";
         return command(s.rest) ? std::string() : "the controller refused the command";

@@ -34,7 +34,10 @@ SimShowSetup readSimShowSetup(const fs::path& file) {
         for (const auto& k : keys) {
             const std::string value = trim(ini.GetValue("displays", k.pItem, ""));
             const auto [program, args] = splitOnce(value, " ");
-            s.displays[toUpper(k.pItem)] = {rel(program).string(), trim(args)};
+            // A bare program name is looked up when the quick vote runs (the controller's own
+            // folder first); a path is taken relative to this file.
+            const bool bare = fs::path(program).filename().string() == program;
+            s.displays[toUpper(k.pItem)] = {bare ? program : rel(program).string(), trim(args)};
         }
     }
     return s;

@@ -6,7 +6,9 @@
 //   deck=../decks/demo.pptx   a deck it has open (relative to the file)
 //   addin=/opt/tallix         the add-in's folder (default: the controller's folder)
 //   [displays]
-//   TLXVOTE=/path/program args   the display program "DoRapidpoll" starts for a vote tag
+//   TLXVOTE=/path/program args   the display program "DoRapidpoll" starts for a vote tag (a
+//                                bare name such as tlx-display: from the controller's own folder
+//                                when it is there, else from the PATH; empty: none)
 //   [show]
 //   script=demo.script        a scripted show (relative to the file)
 //

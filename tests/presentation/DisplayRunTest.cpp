@@ -1,0 +1,305 @@
+// A display program's run against a scripted controller, on virtual time: what it sends and
+// when, how long it waits for what, and how it ends.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "platform/sim/VirtualScheduler.h"
+#include "presentation/display/DisplayRun.h"
+
+using namespace tlx;
+
+namespace {
+
+const char* kColours = "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>";
+const char* kInfoReply = "baseType=KELVARIN COREHUB G2\r\noffset=0,0,1,20,False\r\nnumKeypads=80\r\nmaxKeypads=80";
+
+// The controller and the simulated show as the run sees them, scripted.
+class FakeLink : public DisplayLink {
+public:
+    LinkResult<bool> init() override {
+        ++inits;
+        return gate(initAbsent-- <= 0, true);
+    }
+    LinkResult<int> currentSlide() override { return gate(true, current); }
+    LinkResult<bool> sendCommand(const std::string& line) override {
+        if (absent || refuse-- > 0) return gate(true, false);
+        sent.push_back(line);
+        if (onSend) onSend(line);
+        return gate(true, true);
+    }
+    LinkResult<int> showSlide() override { return sim(showing); }
+    LinkResult<std::string> slideTag(int slide, const std::string& name) override { return sim(tags[{slide, name}]); }
+    LinkResult<std::string> slideText(int slide, const std::string& shape) override { return sim(texts[{slide, shape}]); }
+
+    bool absent = false;  // nobody on the bus
+    int initAbsent = 0;   // init finds nobody this many times
+    int refuse = 0;       // SendCommand answers false this many times
+    bool simulation = true;
+    int current = 2, showing = 0, inits = 0;
+    std::map<std::pair<int, std::string>, std::string> tags, texts;
+    std::vector<std::string> sent;
+    std::function<void(const std::string&)> onSend;
+
+private:
+    template <class T>
+    LinkResult<T> gate(bool there, T value) {
+        if (absent || !there) return {T{}, LinkStatus::NoController, "tallix_control.tallix does not answer"};
+        return {std::move(value), LinkStatus::Ok, ""};
+    }
+    template <class T>
+    LinkResult<T> sim(T value) {
+        if (!simulation) return {T{}, LinkStatus::Unavailable, "No such object path '/sim/show'"};
+        return {std::move(value), LinkStatus::Ok, ""};
+    }
+};
+
+class Display : public ::testing::Test {
+protected:
+    void SetUp() override {
+        link.tags[{2, "TLXVOTE"}] = kColours;
+        link.texts[{2, "tlx_Question"}] = "Which colour\rdo you like best?";
+        link.texts[{2, "tlx_Answers"}] = "1. Red\r2. Green\r3. Blue\r4. Yellow";
+    }
+    DisplayRun& make() {
+        run = std::make_unique<DisplayRun>(scheduler, link, options);
+        run->note = [this](const std::string& t) { notes.push_back(t); };
+        run->problem = [this](const std::string& t) { problems.push_back(t); };
+        run->live = [this](const DisplayModel& m) { lives.push_back(m.tally.voters()); };
+        run->result = [this](const DisplayModel& m) { results.push_back(m); };
+        run->finished = [this](int code) {
+            EXPECT_FALSE(exitCode) << "finished twice";
+            exitCode = code;
+        };
+        return *run;
+    }
+    DisplayRun& started() {
+        make().start();
+        return *run;
+    }
+    bool noted(const std::string& part) const {
+        for (const auto& n : notes)
+            if (n.find(part) != std::string::npos) return true;
+        return false;
+    }
+
+    VirtualScheduler scheduler;
+    FakeLink link;
+    DisplayOptions options;
+    std::unique_ptr<DisplayRun> run;
+    std::vector<std::string> notes, problems;
+    std::vector<long long> lives;
+    std::vector<DisplayModel> results;
+    std::optional<int> exitCode;
+};
+
+}  // namespace
+
+TEST_F(Display, ConfiguresOpensTalliesAndEndsTheVoteAfterItsTime) {
+    options.seconds = 5;
+    DisplayRun& r = started();
+    EXPECT_EQ(link.sent, (std::vector<std::string>{"GETVOTEINFO", "votetype=SINGLEDIGIT", "options=4", "startfrom=1",
+                                                   "votename=Which colour do you like best?", "STARTVOTE"}));
+    EXPECT_TRUE(noted("vote: Which colour do you like best? (slide 2, TLXVOTE, SINGLEDIGIT, 4 options from 1)"));
+
+    r.onStartVoteCount(2);
+    r.onData(kInfoReply);
+    r.onData("[1;1],[2;2],\r\n[3;2],");
+    scheduler.advance(250);
+    EXPECT_EQ(lives, (std::vector<long long>{3}));
+    r.onData("[1;4],");
+    scheduler.advance(4700);
+    EXPECT_EQ(link.sent.back(), "STARTVOTE");
+    scheduler.advance(50);  // five seconds after STARTVOTE
+    EXPECT_EQ(std::vector<std::string>(link.sent.end() - 2, link.sent.end()),
+              (std::vector<std::string>{"ENDVOTE", "GETVOTEINFO"}));
+    // Batches still on their way count; the reply to GETVOTEINFO comes behind them.
+    r.onData("[4;3],");
+    r.onData(kInfoReply);
+    scheduler.advance(290);
+    EXPECT_FALSE(exitCode);
+    scheduler.advance(20);
+    ASSERT_EQ(exitCode, 0);
+    ASSERT_EQ(results.size(), 1u);
+    const DisplayModel& m = results[0];
+    EXPECT_EQ(m.tally.voters(), 4);
+    EXPECT_EQ(m.tally.changes(), 1);
+    EXPECT_EQ(m.tally.count("2"), 2);
+    EXPECT_EQ(m.bases, 2);
+    EXPECT_DOUBLE_EQ(m.seconds, 5.0);
+    EXPECT_TRUE(m.ended);
+    // Once over, nothing more happens.
+    r.onData("[9;1],");
+    r.requestEnd("again");
+    scheduler.advance(10000);
+    EXPECT_EQ(results.size(), 1u);
+}
+
+TEST_F(Display, WaitsForTheControllerAndItsInitialisationWithinItsLimit) {
+    options.connectSeconds = 2;
+    link.initAbsent = 4;  // on the bus after a second
+    link.refuse = 3;      // and initialised 0.6 s later
+    DisplayRun& r = started();
+    scheduler.advance(1000);
+    EXPECT_EQ(link.inits, 5);
+    EXPECT_TRUE(link.sent.empty());
+    scheduler.advance(600);
+    EXPECT_EQ(r.phase(), DisplayRun::Phase::Running);
+    EXPECT_EQ(link.sent.size(), 6u);
+
+    link.refuse = 1000;
+    started();
+    scheduler.advance(2100);
+    EXPECT_EQ(exitCode, DisplayRun::kExitNoController);
+    EXPECT_EQ(problems.back(), "the controller did not finish initialising within 2 s");
+
+    exitCode.reset();
+    link.absent = true;
+    started();
+    scheduler.advance(1900);
+    EXPECT_FALSE(exitCode);
+    scheduler.advance(400);
+    EXPECT_EQ(exitCode, DisplayRun::kExitNoController);
+    EXPECT_EQ(problems.back(), "no controller answers (waited 2 s): tallix_control.tallix does not answer");
+    EXPECT_TRUE(results.empty());
+}
+
+TEST_F(Display, FindsTheVoteSlideOrSaysWhyItCannot) {
+    // No tlxCurrentSlide: the slide the show is on.
+    link.current = 0;
+    link.showing = 2;
+    started();
+    EXPECT_TRUE(noted("the controller names no vote slide (tlxCurrentSlide is not set); the show is on slide 2"));
+    EXPECT_EQ(run->phase(), DisplayRun::Phase::Running);
+
+    link.showing = 0;
+    link.sent.clear();
+    started();
+    EXPECT_EQ(exitCode, DisplayRun::kExitNoVote);
+    EXPECT_EQ(problems.back(),
+              "no vote slide: the controller names none (the presentation tag tlxCurrentSlide is not set); give "
+              "--slide N, or --config TEXT");
+    EXPECT_TRUE(link.sent.empty());
+
+    exitCode.reset();
+    options.slide = 3;
+    started();
+    EXPECT_EQ(problems.back(),
+              "slide 3 is not a vote slide (it carries none of TLXVOTE, TLXQUIZ, TLXTEAM, TLXRESHOW, TLXMATRIX)");
+
+    // Without the simulation the tags cannot be read (the command line can give them).
+    exitCode.reset();
+    link.simulation = false;
+    options.slide = 2;
+    started();
+    EXPECT_EQ(problems.back(),
+              "cannot read the vote tags of slide 2: no simulated presentation program serves them here; give "
+              "--config TEXT");
+}
+
+TEST_F(Display, AReshowRunsNoVoteAndAnOptionCountFallsBackToTheAnswers) {
+    link.tags[{2, "TLXVOTE"}] = "";
+    link.tags[{2, "TLXRESHOW"}] = "1";
+    started();
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_TRUE(link.sent.empty());
+    EXPECT_TRUE(noted("slide 2 shows again the results of slide 1"));
+
+    // No <Options>: as many as the slide has answers; no answers either: the controller's default.
+    link.tags[{2, "TLXRESHOW"}] = "";
+    link.tags[{2, "TLXQUIZ"}] = "<VoteType>SINGLEDIGIT</VoteType><Options>x</Options>";
+    link.sent.clear();
+    exitCode.reset();
+    started();
+    EXPECT_EQ(link.sent[2], "options=4");
+    EXPECT_TRUE(noted("TLXQUIZ of slide 2: <Options> \"x\" is not an option count from 1 to 1000; the default is kept"));
+    link.texts.clear();
+    link.sent.clear();
+    started();
+    EXPECT_EQ(link.sent[2], "options=10");
+    EXPECT_EQ(link.sent[4], "votename=Slide 2");
+}
+
+TEST_F(Display, EndingWaitsForTheLastBatchesAtMostItsLimitAndASecondRequestNotAtAll) {
+    options.settleSeconds = 2;
+    DisplayRun& r = started();
+    r.onData("[5;1],");
+    scheduler.advance(60000);
+    EXPECT_EQ(r.phase(), DisplayRun::Phase::Running) << "without --seconds it runs until told";
+    r.requestEnd("interrupted");
+    EXPECT_TRUE(noted("ending the vote (interrupted)"));
+    // The reply to the first GETVOTEINFO never came: two replies are due.
+    r.onData(kInfoReply);
+    scheduler.advance(1990);
+    EXPECT_FALSE(exitCode);
+    scheduler.advance(10);
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_EQ(results.at(0).tally.voters(), 1);
+
+    exitCode.reset();
+    DisplayRun& again = started();
+    again.requestEnd("interrupted");
+    again.requestEnd("interrupted");
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_EQ(results.size(), 2u);
+}
+
+TEST_F(Display, TheControllerLeavingEndsTheRunWithWhatCame) {
+    DisplayRun& r = started();
+    r.onData("[5;1],[6;3],");
+    link.absent = true;
+    r.onControllerGone();
+    EXPECT_EQ(exitCode, 0);
+    ASSERT_EQ(results.size(), 1u);
+    EXPECT_TRUE(results[0].controllerGone);
+    EXPECT_NE(link.sent.back(), "ENDVOTE");
+
+    // Gone before the vote opened: nothing to show, and the controller is not there.
+    link.absent = false;
+    link.refuse = 1000;
+    exitCode.reset();
+    DisplayRun& early = started();
+    early.onControllerGone();
+    EXPECT_EQ(exitCode, DisplayRun::kExitNoController);
+    EXPECT_EQ(problems.back(), "the controller left the bus before the vote opened");
+
+    // An end asked for before the vote opened ends without ENDVOTE.
+    link.sent.clear();
+    exitCode.reset();
+    DisplayRun& stopped = started();
+    stopped.requestEnd("interrupted");
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_TRUE(link.sent.empty());
+    EXPECT_TRUE(noted("stopped before the vote opened (interrupted)"));
+}
+
+TEST_F(Display, BatchesBeforeTheVoteDoNotCountAndRedrawsComeAtMostOncePerPeriod) {
+    link.onSend = [this](const std::string& line) {
+        // An earlier vote's batch arrives while this one is being configured.
+        if (line == "options=4") run->onData("[1;3],[2;3],");
+    };
+    options.refreshSeconds = 0.5;
+    DisplayRun& r = make();
+    r.start();
+    EXPECT_EQ(r.model().tally.voters(), 0);
+    EXPECT_EQ(r.model().tally.ignored(), 2);
+    scheduler.advance(500);
+    EXPECT_EQ(lives, (std::vector<long long>{0}));  // the empty chart, once
+    for (int i = 1; i <= 40; ++i) {
+        r.onData("[" + std::to_string(i) + ";1],");
+        scheduler.advance(20);
+    }
+    // 800 ms of batches: one redraw per half second.
+    EXPECT_EQ(lives.size(), 2u);
+    scheduler.advance(500);
+    EXPECT_EQ(lives.size(), 3u);
+    EXPECT_EQ(lives.back(), 40);
+    scheduler.advance(5000);
+    EXPECT_EQ(lives.size(), 3u) << "no redraw without a change";
+    r.onData("[2;x\x01],");
+    scheduler.advance(500);
+    EXPECT_EQ(lives.size(), 4u) << "a skipped record shows in the count";
+    EXPECT_EQ(r.model().tally.skipped(), 1);
+}

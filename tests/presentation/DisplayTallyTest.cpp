@@ -1,0 +1,124 @@
+// The display program's reading of the controller's texts and its live tally.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "presentation/display/VoteTally.h"
+
+using namespace tlx;
+
+namespace {
+
+std::vector<std::string> records(const BatchRead& r) {
+    std::vector<std::string> v;
+    for (const auto& b : r.ballots) v.push_back(std::to_string(b.keypad) + ":" + b.vote);
+    return v;
+}
+
+}  // namespace
+
+TEST(VoteBatch, ReadsRecordsAsTheyComeMultiPartAndAbstentionsIncluded) {
+    const BatchRead r = readVoteBatch("[12;3],[7;1],[45;-2],[9;5;2],[40950;10],");
+    EXPECT_EQ(records(r), (std::vector<std::string>{"12:3", "7:1", "45:-2", "9:5;2", "40950:10"}));
+    EXPECT_EQ(r.skipped, 0);
+    // The last record of a line may go without its comma; blanks between records are no harm.
+    EXPECT_EQ(records(readVoteBatch("[1;A], [2;B]")), (std::vector<std::string>{"1:A", "2:B"}));
+}
+
+TEST(VoteBatch, MalformedRecordsAreSkippedAndCountedNeverGuessed) {
+    struct Case {
+        const char* line;
+        std::vector<std::string> kept;
+        long long skipped;
+    };
+    const Case cases[] = {
+        {"[;3],[7;1],", {"7:1"}, 1},                   // no keypad
+        {"[x;3],[7;1],", {"7:1"}, 1},                  // keypad not a number
+        {"[-4;3],[7;1],", {"7:1"}, 1},                 // negative keypad
+        {"[0;3],[7;1],", {"7:1"}, 1},                  // keypad 0
+        {"[1234567890;3],[7;1],", {"7:1"}, 1},         // more than nine digits
+        {"[12;],[7;1],", {"7:1"}, 1},                  // no vote
+        {"[12 3],[7;1],", {"7:1"}, 1},                 // no separator
+        {"[12;3,[7;1],", {"7:1"}, 1},                  // cut record: reading goes on at the next "["
+        {"[12;3", {}, 1},                              // cut at the end of the line
+        {"[12;\x01],[7;1],", {"7:1"}, 1},              // control character in the vote
+        {"[7;1],junk,[8;2],", {"7:1", "8:2"}, 1},      // stray text between records
+        {"[7;1]]],", {"7:1"}, 1},                      // stray brackets
+        {"[[[7;1],", {"7:1"}, 2},                      // doubled opening brackets
+    };
+    for (const auto& c : cases) {
+        const BatchRead r = readVoteBatch(c.line);
+        EXPECT_EQ(records(r), c.kept) << c.line;
+        EXPECT_EQ(r.skipped, c.skipped) << c.line;
+    }
+}
+
+TEST(ControllerText, LinesAreBatchesOrMessages) {
+    EXPECT_EQ(controllerLines("[1;2],\r\n[3;4],\r\nnumKeypads=80"),
+              (std::vector<std::string_view>{"[1;2],", "[3;4],", "numKeypads=80"}));
+    // Lone line feeds or carriage returns also part lines; empty lines are dropped.
+    EXPECT_EQ(controllerLines("a\nb\r\rc\r\n\r\n"), (std::vector<std::string_view>{"a", "b", "c"}));
+    EXPECT_TRUE(isVoteBatch("  [1;2],"));
+    EXPECT_FALSE(isVoteBatch("offset=0,0,1,20,False"));
+}
+
+TEST(VoteTally, ALaterVoteReplacesTheKeypadsEarlierOne) {
+    VoteTally t;
+    EXPECT_TRUE(t.add(7, "1"));
+    EXPECT_TRUE(t.add(8, "1"));
+    EXPECT_TRUE(t.add(7, "3"));   // keypad 7 changes its mind
+    EXPECT_FALSE(t.add(8, "1"));  // the same answer again changes nothing
+    EXPECT_EQ(t.count("1"), 1);
+    EXPECT_EQ(t.count("3"), 1);
+    EXPECT_EQ(t.voters(), 2);
+    EXPECT_EQ(t.received(), 4);
+    EXPECT_EQ(t.changes(), 1);
+    EXPECT_EQ(t.voteOf(7), "3");
+    // An answer nobody holds any more leaves the list of answers.
+    t.add(8, "-2");
+    EXPECT_EQ(t.answers(), (std::map<std::string, long long>{{"-2", 1}, {"3", 1}}));
+}
+
+TEST(VoteTally, FeedTalliesBatchesWhileCountingAndKeepsTheOtherMessages) {
+    VoteTally t;
+    t.setCounting(false);
+    VoteTally::Fed early = t.feed("[1;1],[2;2],");
+    EXPECT_EQ(early.ignored, 2);
+    EXPECT_EQ(t.voters(), 0);
+
+    t.setCounting(true);
+    const VoteTally::Fed fed =
+        t.feed("[1;1],[2;2],\r\n[1;4],[x;1],\r\nnumKeypads=80\r\nStartListOfNames\r\nmaxKeypads=80\r\n=odd");
+    EXPECT_EQ(fed.ballots, 3);
+    EXPECT_EQ(fed.skipped, 1);
+    EXPECT_EQ(fed.messages, (std::vector<std::string>{"numKeypads=80", "StartListOfNames", "maxKeypads=80", "=odd"}));
+    EXPECT_EQ(t.voteOf(1), "4");
+    EXPECT_EQ(t.info("NUMKEYPADS"), "80");
+    EXPECT_FALSE(t.hasInfo("StartListOfNames"));
+    t.feed("maxKeypads=120");
+    EXPECT_EQ(t.info("maxKeypads"), "120");
+    EXPECT_EQ(t.infoCount("maxKeypads"), 2);
+}
+
+TEST(VoteTally, AnyBytesAtAllLeaveItConsistent) {
+    std::mt19937 rng(20261122);
+    const std::string alphabet = "[];,-0123456789\r\n=xA \x01\xff";
+    VoteTally t;
+    for (int round = 0; round < 2000; ++round) {
+        std::string text;
+        const int n = std::uniform_int_distribution<int>(0, 80)(rng);
+        for (int i = 0; i < n; ++i)
+            text += round % 2 ? alphabet[std::uniform_int_distribution<std::size_t>(0, alphabet.size() - 1)(rng)]
+                              : static_cast<char>(std::uniform_int_distribution<int>(0, 255)(rng));
+        t.feed(text);
+    }
+    long long held = 0;
+    for (const auto& [answer, count] : t.answers()) {
+        EXPECT_GT(count, 0) << answer;
+        EXPECT_FALSE(answer.empty());
+        held += count;
+    }
+    EXPECT_EQ(held, t.voters());
+    EXPECT_LE(t.voters(), t.received());
+    EXPECT_GT(t.skipped(), 0);
+}
