@@ -16,6 +16,7 @@
 #include <QVBoxLayout>
 
 #include "core/Controller.h"
+#include "core/DebugForms.h"
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
 #include "core/SmallForms.h"
@@ -73,7 +74,13 @@ void MainWindowView::refresh() {
     if (!sub_) return;
     setWindowTitle(q(model_.Caption()));
     caption_->setText(q(model_.Caption()));
-    labels_->setText(q(model_.lblOS + "\n" + model_.lblOffice + (model_.lblBuild.empty() ? "" : "\n" + model_.lblBuild)));
+    labels_->setText(q(model_.lblOS + "\n" + model_.lblOffice + (model_.lblBuild.empty() ? "" : "\n" + model_.lblBuild) +
+                       "\nVotes: " + model_.txt_VoteCounter[0] + "   Received: " + model_.txt_VoteCounter[1] +
+                       "   Voters: " + model_.txt_VoteCounter[2] +
+                       (model_.lblVotesCast.empty() ? "" : "   " + model_.lblVotesCast) +
+                       (model_.lblHookStatus.empty() ? "" : "\n" + model_.lblHookStatus)));
+    labels_->setMinimumHeight(labels_->sizeHint().height());
+    if (layout()) layout()->activate();
     log_->setPlainText(q(model_.txt_log.text()));
 }
 
@@ -233,6 +240,32 @@ void BubbleLogView::refresh() {
     text_->setPlainText(q(model_.txtLog));
 }
 
+DebugLinesView::DebugLinesView(Form& model, const std::vector<std::string>& lines) : model_(model), lines_(lines) {
+    auto* lay = new QVBoxLayout(this);
+    text_ = new QPlainTextEdit;
+    text_->setReadOnly(true);
+    text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    lay->addWidget(text_);
+    resize(520, 360);
+    sub_ = model_.changed.connect([this] { refresh(); });
+    refresh();
+}
+
+DebugLinesView::~DebugLinesView() { detach(); }
+
+void DebugLinesView::detach() {
+    if (sub_) model_.changed.disconnect(sub_);
+    sub_ = 0;
+}
+
+void DebugLinesView::refresh() {
+    if (!sub_) return;
+    setWindowTitle(q(model_.Caption()));
+    std::string all;
+    for (const auto& l : lines_) all += l + "\n";
+    text_->setPlainText(q(all));
+}
+
 ViewManager::ViewManager(Controller& controller) : c_(controller) {
     loadedSub_ = c_.forms.loaded.connect([this](Form& f) { onLoaded(f); });
     unloadedSub_ = c_.forms.unloaded.connect([this](Form& f) { onUnloaded(f); });
@@ -259,6 +292,12 @@ void ViewManager::onLoaded(Form& form) {
         view = std::make_unique<FrmInitView>(c_, *i);
     else if (auto* b = dynamic_cast<BubbleMessageLogForm*>(&form))
         view = std::make_unique<BubbleLogView>(*b);
+    else if (auto* d = dynamic_cast<DebugForm*>(&form))
+        view = std::make_unique<DebugLinesView>(*d, d->lines);
+    else if (auto* h = dynamic_cast<DebugWindowHandlesForm*>(&form))
+        view = std::make_unique<DebugLinesView>(*h, h->lines);
+    else if (auto* p = dynamic_cast<DebugProcessListForm*>(&form))
+        view = std::make_unique<DebugLinesView>(*p, p->lines);
     if (!view) return;
     QWidget* w = view.get();
     views_[&form] = std::move(view);

@@ -5,6 +5,8 @@
 #include <QWidget>
 #include <map>
 #include <memory>
+#include <string>
+#include <vector>
 
 class QLabel;
 class QPlainTextEdit;
@@ -86,6 +88,22 @@ public:
 
 private:
     BubbleMessageLogForm& model_;
+    QPlainTextEdit* text_;
+    std::uint64_t sub_ = 0;
+};
+
+// The debug windows: their lines in a read-only text box.
+class DebugLinesView : public QWidget, public ModelView {
+    Q_OBJECT
+public:
+    DebugLinesView(Form& model, const std::vector<std::string>& lines);
+    ~DebugLinesView() override;
+    void refresh();
+    void detach() override;
+
+private:
+    Form& model_;
+    const std::vector<std::string>& lines_;
     QPlainTextEdit* text_;
     std::uint64_t sub_ = 0;
 };

@@ -7,6 +7,7 @@
 #include <QTableWidget>
 #include <QTest>
 
+#include "core/DebugForms.h"
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
 #include "core/PortFile.h"
@@ -93,4 +94,18 @@ TEST(Views, BubbleLogShowsTheBalloons) {
     // Unloading the form takes its view away.
     w.c().forms.unload(form);
     EXPECT_EQ(views.viewOf(BubbleMessageLogForm::kName), nullptr);
+}
+
+TEST(Views, DebugWindowsListTheirLines) {
+    qtApp();
+    TestWorld w;
+    ViewManager views(w.c());
+    w.start();
+    w.main().AddDataToCommandQueue("SPL");
+    w.scheduler.advance(60);
+    auto* view = views.viewOf(DebugProcessListForm::kName);
+    ASSERT_NE(view, nullptr);
+    EXPECT_TRUE(view->isVisible());
+    EXPECT_TRUE(view->findChild<QPlainTextEdit*>()->toPlainText().contains("POWERPNT.EXE"));
+    saveScreenshot(*view, "debug-process-list");
 }

@@ -13,10 +13,9 @@
 #include "core/MainForm.h"
 #include "core/Settings.h"
 #include "core/Text.h"
-#include "platform/files/FileSpreadsheet.h"
 #include "drivers/KelvarinDrivers.h"
-
 #include "platform/dbus/DbusAutomationServer.h"
+#include "platform/files/FileSpreadsheet.h"
 #include "platform/headless/ConsoleAdapters.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScheduler.h"
@@ -31,7 +30,6 @@
 #include "ui/Views.h"
 
 namespace tlx {
-
 
 int configureBases(Controller& controller, const std::vector<std::string>& specs, std::ostream& out) {
     controller.resolveDataFolders();
