@@ -184,6 +184,9 @@ int VoteRun::VoteStart() {
                 d->StartVote();
                 c_.glo.Voting = true;
             }
+        // Editing the presentation during a vote is kept out only when the setting asks for it.
+        if (!c_.settings.DisableDisablingPptWindows())
+            c_.ports.desktop.enableProcessWindows("POWERPNT.EXE", false);
     });
     return taking;
 }
@@ -201,6 +204,11 @@ void VoteRun::VoteEnd() {
             if (Black3Driver* v3 = c_.drivers->black3()) v3->EndVote(b.port);
         }
         c_.glo.Voting = false;
+        if (!c_.settings.DisableDisablingPptWindows())
+            c_.ports.desktop.enableProcessWindows("POWERPNT.EXE", true);
+        // The tags the vote wrote are kept in the file when the setting asks for it.
+        if (!c_.settings.DisablePptSaveAfterVoteClose() && c_.glo.ppApp)
+            if (ppt::Presentation* p = c_.glo.ppApp->activePresentation()) p->save();
     });
 }
 

@@ -153,3 +153,20 @@ TEST(VoteStart, ActiveKeypadsAreReadAgainAtEveryStart) {
     w.c().voteRun->VoteStart();
     EXPECT_EQ(w.glo().ActiveKeypads.text(), ",5,");
 }
+
+TEST(VoteStart, WindowsAndSavingFollowTheirSettings) {
+    ShowWorld w({slide("One")});
+    w.c().voteRun->VoteStart();
+    EXPECT_TRUE(w.desktop.processWindowsEnabled("POWERPNT.EXE"));  // by default left alone
+    w.presentation.active()->tags().add("tlxCurrentSlide", "1");
+    w.c().voteRun->VoteEnd();
+    EXPECT_EQ(pptx::Deck::open(w.deck).tags().item("tlxCurrentSlide"), "");  // not saved by default
+
+    w.writeSettings("DEBUG", "DISABLE DISABLING PPT WINDOWS", "0");
+    w.writeSettings("DEBUG", "DISABLE PPT SAVE AFTER VOTE CLOSE", "0");
+    w.c().voteRun->VoteStart();
+    EXPECT_FALSE(w.desktop.processWindowsEnabled("POWERPNT.EXE"));
+    w.c().voteRun->VoteEnd();
+    EXPECT_TRUE(w.desktop.processWindowsEnabled("POWERPNT.EXE"));
+    EXPECT_EQ(pptx::Deck::open(w.deck).tags().item("tlxCurrentSlide"), "1");
+}
