@@ -344,35 +344,27 @@ SimResult<std::string> SimPresentationApp::PresentationTag(const std::string& na
     return r;
 }
 
-SimResult<std::string> SimPresentationApp::SlideTag(int slide, const std::string& name) {
-    SimResult<std::string> r;
+ppt::Slide* SimPresentationApp::slideOrError(int slide, SimError& error) {
     SimDocument* d = active();
     if (!d) {
-        r.error = "No presentation is open";
-        return r;
+        error = "No presentation is open";
+        return nullptr;
     }
     ppt::Slide* s = d->slide(slide);
-    if (!s) {
-        r.error = "No slide " + numText(slide) + " in this presentation";
-        return r;
-    }
-    r.value = s->tags().item(name);
+    if (!s) error = "No slide " + numText(slide) + " in this presentation";
+    return s;
+}
+
+SimResult<std::string> SimPresentationApp::SlideTag(int slide, const std::string& name) {
+    SimResult<std::string> r;
+    if (ppt::Slide* s = slideOrError(slide, r.error)) r.value = s->tags().item(name);
     return r;
 }
 
 SimResult<std::string> SimPresentationApp::SlideText(int slide, const std::string& shape) {
     SimResult<std::string> r;
-    SimDocument* d = active();
-    if (!d) {
-        r.error = "No presentation is open";
-        return r;
-    }
-    ppt::Slide* s = d->slide(slide);
-    if (!s) {
-        r.error = "No slide " + numText(slide) + " in this presentation";
-        return r;
-    }
-    if (ppt::Shape* sh = s->shapeByName(shape); sh && sh->hasTextFrame()) r.value = sh->text();
+    if (ppt::Slide* s = slideOrError(slide, r.error))
+        if (ppt::Shape* sh = s->shapeByName(shape); sh && sh->hasTextFrame()) r.value = sh->text();
     return r;
 }
 

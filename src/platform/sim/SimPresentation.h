@@ -209,6 +209,8 @@ private:
     void doRapidpoll();
     void onForegroundKey(int vk, bool released);
     SimError needShow();
+    // The active presentation's slide, or why there is none.
+    ppt::Slide* slideOrError(int slide, SimError& error);
 
     Scheduler& scheduler_;
     SimDesktop& desktop_;
