@@ -19,17 +19,17 @@ const std::string kRecovery =
 
 struct OldBaseWorld {
     OldBaseWorld() : drivers(w.useSimBases()) {
-        SimBaseSpec spec;
-        spec.type = "KELVARIN BASE V3";
-        spec.connection = SimConnection::Serial;
-        spec.serialPort = 3;
+        SimBaseSpec setup;
+        setup.type = "KELVARIN BASE V3";
+        setup.connection = SimConnection::Serial;
+        setup.serialPort = 3;
         for (int k = 1; k <= 10; ++k) {
             SimKeypad kp;
             kp.hid = std::to_string(k);
             kp.sid = k;
-            spec.keypads.push_back(kp);
+            setup.keypads.push_back(kp);
         }
-        w.baseLibrary.addBase(spec);
+        w.baseLibrary.addBase(setup);
         w.writePortFile({{"3", "KELVARIN BASE V3", 1, 10}});
         w.start();
         w.c().voteIntake = &intake;

@@ -121,7 +121,7 @@ TEST(ListDevices, KeypadLimitsCarryOverByIdentifier) {
     ASSERT_EQ(g1->baseTable().size(), 1u);
     EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);
     g1->PauseAutoUpdateOfSessionConfig(true);
-    w.baseLibrary.station(0).spec.keypads.resize(3);
+    w.baseLibrary.station(0).setup.keypads.resize(3);
     g1->ListDevices();
     EXPECT_EQ(g1->baseTable()[0].lowestKeypad, 1);
     EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);

@@ -18,7 +18,7 @@ struct PresenterWorld : DriverWorld {
         SimKeypad p;
         p.hid = kPresenter;
         p.kind = DeviceKind::Presenter;
-        station().spec.keypads.push_back(p);
+        station().setup.keypads.push_back(p);
         start();
     }
     std::vector<int> command(int command, int source = 0, int value = 0) {

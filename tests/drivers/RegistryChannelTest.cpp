@@ -11,12 +11,12 @@ namespace {
 const std::string kBase1 = "100100100100";
 
 void setRegistry(SimBaseStation& st, std::vector<std::pair<std::string, int>> entries) {
-    st.spec.keypads.clear();
+    st.setup.keypads.clear();
     for (const auto& [hid, sid] : entries) {
         SimKeypad k;
         k.hid = hid;
         k.sid = sid;
-        st.spec.keypads.push_back(k);
+        st.setup.keypads.push_back(k);
     }
 }
 }  // namespace
@@ -139,7 +139,7 @@ TEST(Registry, RegistrationsAreLoggedAndRaised) {
         SimKeypad k;
         k.hid = hid;
         k.kind = kind;
-        d.station().spec.keypads.push_back(k);
+        d.station().setup.keypads.push_back(k);
     }
     d.w.start();
     std::vector<std::string> registered, presenters, scanners;
@@ -198,7 +198,7 @@ TEST(ChannelScan, ARefusedChannelEndsTheScan) {
 TEST(Registry, BasesBelowTheRegistryVersionHaveNone) {
     TestWorld w;
     auto& drivers = w.useSimBases();
-    w.addSimBase("100100100200", 5, "KELVARIN COREHUB G1").spec.firmware = "1.0.1.0108.0000";
+    w.addSimBase("100100100200", 5, "KELVARIN COREHUB G1").setup.firmware = "1.0.1.0108.0000";
     w.writePortFile({{"100100100200", "KELVARIN COREHUB G1", 1, 5}});
     w.start();
     auto* g1 = drivers.oKVv4();

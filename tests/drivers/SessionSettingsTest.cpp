@@ -100,7 +100,7 @@ TEST(SessionSettings, AdvancedButtonAndStaticRegistryFields) {
 
 TEST(SessionSettings, EditsABasesSession) {
     DriverWorld d;
-    d.station().spec.session.PrimaryChannel = 24;
+    d.station().setup.session.PrimaryChannel = 24;
     auto& f = d.w.c().forms.load<frmPrioritizerSessionSettings>(d.w.c(), &d.g2(), "1");
     f.Form_Load();
     EXPECT_EQ(f.txtChannel, "24");
@@ -111,7 +111,7 @@ TEST(SessionSettings, EditsABasesSession) {
     EXPECT_TRUE(d.w.c().forms.isLoaded(frmPrioritizerSessionSettings::kName));
     EXPECT_TRUE(d.w.dialogs.any("Set Session Config Error"));
     EXPECT_TRUE(f.cmdOK());
-    EXPECT_EQ(d.station().spec.session.PrimaryChannel, 45);
-    EXPECT_EQ(d.station().spec.session.VoteSleepTimer, 0);
+    EXPECT_EQ(d.station().setup.session.PrimaryChannel, 45);
+    EXPECT_EQ(d.station().setup.session.VoteSleepTimer, 0);
     EXPECT_FALSE(d.w.c().forms.isLoaded(frmPrioritizerSessionSettings::kName));
 }

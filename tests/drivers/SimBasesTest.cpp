@@ -17,8 +17,8 @@ TEST(SimSetup, TheDemoFileDescribesTwoG2BasesWithRegistries) {
     EXPECT_EQ(lib.bases(), (std::vector<std::string>{"KELVARIN COREHUB G2;100100100100",
                                                      "KELVARIN COREHUB G2;100100100200"}));
     SimBaseStation& b1 = lib.station(0);
-    EXPECT_EQ(b1.spec.firmware, "2.00.01.1801.1545");
-    EXPECT_EQ(b1.spec.keypads.size(), 41u);
+    EXPECT_EQ(b1.setup.firmware, "2.00.01.1801.1545");
+    EXPECT_EQ(b1.setup.keypads.size(), 41u);
     EXPECT_EQ(b1.keypadBySid(1)->hid, "300100001");
     EXPECT_EQ(b1.keypadByHid("300 199 901")->kind, DeviceKind::Presenter);
     SimBaseStation& b2 = lib.station(1);
@@ -38,11 +38,11 @@ TEST(SimSetup, OddEntriesAreReadSensiblyOrSkipped) {
     SimBaseLibrary lib(s);
     ASSERT_EQ(loadSimBases(lib, (dir / "sim.ini").string()), 3);
     EXPECT_EQ(lib.bases()[0], "KELVARIN BASE V3;4");
-    EXPECT_EQ(lib.station(0).spec.keypads.size(), 4u);
+    EXPECT_EQ(lib.station(0).setup.keypads.size(), 4u);
     EXPECT_EQ(lib.station(1).registryText(), "500;1|503;4");
-    EXPECT_EQ(lib.station(1).spec.address, "10.1.1.1");
+    EXPECT_EQ(lib.station(1).setup.address, "10.1.1.1");
     EXPECT_EQ(lib.bases()[2], "KELVARIN COREHUB G2;100100100102");
-    EXPECT_EQ(lib.station(2).spec.keypads.size(), 20u);
+    EXPECT_EQ(lib.station(2).setup.keypads.size(), 20u);
     EXPECT_EQ(parseKeypadList("1-3, 9 ,4096,0,-2,3-1"), (std::vector<int>{1, 2, 3, 9}));
 
     writeFile(dir / "none.ini", "[bases]\r\ncount=lots\r\n");

@@ -128,17 +128,17 @@ KelvarinDrivers& TestWorld::useSimBases() {
 
 SimBaseStation& TestWorld::addSimBase(const std::string& id, int keypads, const std::string& type,
                                       long long hidStart) {
-    SimBaseSpec spec;
-    spec.type = type;
-    spec.id = id;
-    if (type == "KELVARIN COREHUB G1") spec.firmware = "1.01.00.1607.1819";
+    SimBaseSpec setup;
+    setup.type = type;
+    setup.id = id;
+    if (type == "KELVARIN COREHUB G1") setup.firmware = "1.01.00.1607.1819";
     for (int k = 1; k <= keypads; ++k) {
         SimKeypad kp;
         kp.hid = std::to_string(hidStart + k - 1);
         kp.sid = k;
-        spec.keypads.push_back(kp);
+        setup.keypads.push_back(kp);
     }
-    return baseLibrary.addBase(std::move(spec));
+    return baseLibrary.addBase(std::move(setup));
 }
 
 void TestWorld::writePortFile(const std::vector<PortEntry>& bases) {
@@ -147,9 +147,9 @@ void TestWorld::writePortFile(const std::vector<PortEntry>& bases) {
     tlx::writePortFile(appData() / "tallix" / "port.tlc", data);
 }
 
-fs::path TestWorld::openDeck(const pptx::DeckPlan& spec, const std::string& name) {
+fs::path TestWorld::openDeck(const pptx::DeckPlan& setup, const std::string& name) {
     const fs::path file = dir / name;
-    pptx::buildDeck(spec).saveAs(file);
+    pptx::buildDeck(setup).saveAs(file);
     const std::string error = presentation.Open(file.string());
     if (!error.empty()) throw std::runtime_error(error);
     return file;

@@ -121,7 +121,7 @@ public:
     // Writes the port file listing these bases, as the keypad set-up would.
     void writePortFile(const std::vector<PortEntry>& bases);
     // Builds a deck, saves it in the temporary folder and opens it in the presentation program.
-    std::filesystem::path openDeck(const pptx::DeckPlan& spec, const std::string& name = "deck.pptx");
+    std::filesystem::path openDeck(const pptx::DeckPlan& setup, const std::string& name = "deck.pptx");
     // The presentation program's add-in reports the show to the controller through its own
     // instance of the automation class (after start()).
     void wireAddIn();

@@ -31,12 +31,12 @@
 
 namespace tlx {
 
-int configureBases(Controller& controller, const std::vector<std::string>& specs, std::ostream& out) {
+int configureBases(Controller& controller, const std::vector<std::string>& entries, std::ostream& out) {
     controller.resolveDataFolders();
     controller.settings.loadOptions(controller.glo.options);
     auto& form = controller.forms.load<FrmInit>(controller);
-    for (const auto& spec : specs) {
-        const auto f = split(spec, ";");
+    for (const auto& entry : entries) {
+        const auto f = split(entry, ";");
         InitGridRow row;
         row.baseType = f.size() > 0 ? f[0] : "";
         if (!FrmInit::storedBaseType(row.baseType).empty())

@@ -28,6 +28,6 @@ inline constexpr int kExitAutomationUnavailable = 3;
 int runController(int argc, char** argv, const ControllerOptions& options, std::ostream& out);
 
 // The non-interactive keypad set-up: "TYPE;PORT;LO;HI" per base.
-int configureBases(class Controller& controller, const std::vector<std::string>& specs, std::ostream& out);
+int configureBases(class Controller& controller, const std::vector<std::string>& entries, std::ostream& out);
 
 }  // namespace tlx

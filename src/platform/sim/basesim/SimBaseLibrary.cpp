@@ -73,27 +73,27 @@ bool accepts(const KelvarinVote& v, const std::string& keys, bool isText) {
 // ---- the station ----
 
 std::string SimBaseStation::port() const {
-    return oldest() ? numText(spec.serialPort) : spec.id;
+    return oldest() ? numText(setup.serialPort) : setup.id;
 }
 
-bool SimBaseStation::oldest() const { return spec.connection == SimConnection::Serial; }
+bool SimBaseStation::oldest() const { return setup.connection == SimConnection::Serial; }
 
 SimKeypad* SimBaseStation::keypadBySid(int sid) {
-    for (auto& k : spec.keypads)
+    for (auto& k : setup.keypads)
         if (k.sid == sid) return &k;
     return nullptr;
 }
 
 SimKeypad* SimBaseStation::keypadByHid(const std::string& hid) {
     const std::string d = digitsOf(hid);
-    for (auto& k : spec.keypads)
+    for (auto& k : setup.keypads)
         if (digitsOf(k.hid) == d) return &k;
     return nullptr;
 }
 
 std::string SimBaseStation::registryText() const {
     std::vector<std::string> items;
-    for (const auto& k : spec.keypads) items.push_back(k.hid + ";" + numText(k.sid));
+    for (const auto& k : setup.keypads) items.push_back(k.hid + ";" + numText(k.sid));
     return join(items, "|");
 }
 
@@ -119,7 +119,7 @@ public:
     int GetUSBDevices(std::string& list) override {
         std::vector<std::string> ids;
         for (auto& s : lib_.stations_)
-            if (s->spec.connection == SimConnection::Usb && s->linkUp) ids.push_back(s->spec.id);
+            if (s->setup.connection == SimConnection::Usb && s->linkUp) ids.push_back(s->setup.id);
         if (!lib_.extraUsb_.empty()) ids.push_back(lib_.extraUsb_);
         list = join(ids, "|");
         return BaseErrorCode::Success;
@@ -127,8 +127,8 @@ public:
     int GetEthernetDevices(std::string& list) override {
         std::vector<std::string> items;
         for (auto& s : lib_.stations_)
-            if (s->spec.connection == SimConnection::Ethernet && s->linkUp)
-                items.push_back(s->spec.id + ";" + s->spec.address);
+            if (s->setup.connection == SimConnection::Ethernet && s->linkUp)
+                items.push_back(s->setup.id + ";" + s->setup.address);
         if (!lib_.extraEthernet_.empty()) items.push_back(lib_.extraEthernet_);
         list = join(items, "|");
         return BaseErrorCode::Success;
@@ -138,11 +138,11 @@ public:
         if (contains(connection, "|")) {
             const std::string address = trim(split(connection, "|")[0]);
             for (auto& s : lib_.stations_)
-                if (s->spec.connection == SimConnection::Ethernet && s->spec.address == address) found = s.get();
+                if (s->setup.connection == SimConnection::Ethernet && s->setup.address == address) found = s.get();
         } else {
             const std::string id = digitsOf(connection);
             for (auto& s : lib_.stations_)
-                if (s->spec.connection == SimConnection::Usb && digitsOf(s->spec.id) == id) found = s.get();
+                if (s->setup.connection == SimConnection::Usb && digitsOf(s->setup.id) == id) found = s.get();
         }
         if (!found || !found->linkUp) return BaseErrorCode::BaseNotFound;
         if (const int rc = lib_.enter(found, "Connect")) return rc;
@@ -158,16 +158,16 @@ public:
 
     int GetBaseConfig(KelvarinBaseConfig& c) override {
         return run("GetBaseConfig", [&](SimBaseStation& s) {
-            c.BaseName = s.spec.type;
-            c.BaseID = s.spec.id;
-            c.FirmwareVersion = s.spec.firmware;
-            c.RadioChannel = s.spec.session.PrimaryChannel;
+            c.BaseName = s.setup.type;
+            c.BaseID = s.setup.id;
+            c.FirmwareVersion = s.setup.firmware;
+            c.RadioChannel = s.setup.session.PrimaryChannel;
             if (s.staticLowSid >= 0) {
                 c.RegistryLowSID = s.staticLowSid;
                 c.RegistryHighSID = s.staticHighSid;
             } else {
                 int lo = 0, hi = 0;
-                for (const auto& k : s.spec.keypads) {
+                for (const auto& k : s.setup.keypads) {
                     if (k.sid <= 0) continue;
                     lo = lo == 0 ? k.sid : std::min(lo, k.sid);
                     hi = std::max(hi, k.sid);
@@ -182,22 +182,22 @@ public:
         return run("SetBaseConfig", [&](SimBaseStation& s) {
             s.staticLowSid = c.RegistryLowSID;
             s.staticHighSid = c.RegistryHighSID;
-            s.spec.session.PrimaryChannel = c.RadioChannel;
+            s.setup.session.PrimaryChannel = c.RadioChannel;
             return 0;
         });
     }
     int GetSessionConfig(KelvarinSessionConfig& c) override {
         return run("GetSessionConfig", [&](SimBaseStation& s) {
-            c = s.spec.session;
+            c = s.setup.session;
             return 0;
         });
     }
     int SetSessionConfig(const KelvarinSessionConfig& c) override {
         return run("SetSessionConfig", [&](SimBaseStation& s) {
-            const bool opening = c.RegistrationOpen && !s.spec.session.RegistrationOpen;
-            s.spec.session = c;
+            const bool opening = c.RegistrationOpen && !s.setup.session.RegistrationOpen;
+            s.setup.session = c;
             if (opening)  // keypads in the registry answer the programming
-                for (const auto& k : s.spec.keypads) {
+                for (const auto& k : s.setup.keypads) {
                     const std::string hid = k.hid;
                     const int kind = k.kind;
                     lib_.toHandles(s, lib_.eventDelayMs,
@@ -211,7 +211,7 @@ public:
             const bool was = s.radioOn;
             s.radioOn = enable;
             if (enable && !was)  // presenter and scanner devices announce themselves
-                for (const auto& k : s.spec.keypads) {
+                for (const auto& k : s.setup.keypads) {
                     if (k.kind == DeviceKind::Keypad) continue;
                     const std::string hid = k.hid;
                     const int kind = k.kind;
@@ -229,7 +229,7 @@ public:
     }
     int ResetBase() override {
         return run("ResetBase", [&](SimBaseStation& s) {
-            s.spec.session = KelvarinSessionConfig{};
+            s.setup.session = KelvarinSessionConfig{};
             s.voteOpen = s.votePrepared = false;
             return 0;
         });
@@ -270,7 +270,7 @@ public:
     }
     int AddKeypadToRegistry(const std::string& hid, int sid) override {
         return run("AddKeypadToRegistry", [&](SimBaseStation& s) {
-            if (s.spec.session.RegistryMode == 0) return BaseErrorCode::RegistryModeFixed;
+            if (s.setup.session.RegistryMode == 0) return BaseErrorCode::RegistryModeFixed;
             if (SimKeypad* k = s.keypadByHid(hid)) {
                 k->sid = sid;
                 return 0;
@@ -278,14 +278,14 @@ public:
             SimKeypad k;
             k.hid = digitsOf(hid);
             k.sid = sid;
-            s.spec.keypads.push_back(k);
+            s.setup.keypads.push_back(k);
             return 0;
         });
     }
     int DeleteKeypadFromRegistry(const std::string& hid) override {
         return run("DeleteKeypadFromRegistry", [&](SimBaseStation& s) {
-            if (s.spec.session.RegistryMode == 0) return BaseErrorCode::RegistryModeFixed;
-            auto& ks = s.spec.keypads;
+            if (s.setup.session.RegistryMode == 0) return BaseErrorCode::RegistryModeFixed;
+            auto& ks = s.setup.keypads;
             const std::string d = digitsOf(hid);
             const auto it = std::find_if(ks.begin(), ks.end(), [&](const SimKeypad& k) { return digitsOf(k.hid) == d; });
             if (it == ks.end()) return BaseErrorCode::RegistryDeviceNotFound;
@@ -295,8 +295,8 @@ public:
     }
     int DeleteRegistry() override {
         return run("DeleteRegistry", [&](SimBaseStation& s) {
-            if (s.spec.session.RegistryMode == 0) return BaseErrorCode::RegistryModeFixed;
-            s.spec.keypads.clear();
+            if (s.setup.session.RegistryMode == 0) return BaseErrorCode::RegistryModeFixed;
+            s.setup.keypads.clear();
             return 0;
         });
     }
@@ -403,20 +403,20 @@ public:
     }
     int PauseVote() override {
         return run("PauseVote", [&](SimBaseStation& s) {
-            s.spec.session.VoteAccepting = false;
+            s.setup.session.VoteAccepting = false;
             return 0;
         });
     }
     int ResumeVote() override {
         return run("ResumeVote", [&](SimBaseStation& s) {
-            s.spec.session.VoteAccepting = true;
+            s.setup.session.VoteAccepting = true;
             return 0;
         });
     }
     int EndVote(const std::string& endedText) override {
         return run("EndVote", [&](SimBaseStation& s) {
             if (s.voteOpen)
-                for (auto& k : s.spec.keypads) k.display = s.vote.VoteEndedText;
+                for (auto& k : s.setup.keypads) k.display = s.vote.VoteEndedText;
             s.voteOpen = false;
             s.lastEndedText = endedText;
             return 0;
@@ -425,7 +425,7 @@ public:
 
     int GetChannelList(KelvarinChannelList& list) override {
         return run("GetChannelList", [&](SimBaseStation& s) {
-            list.Channel = s.spec.session.AltChannels;
+            list.Channel = s.setup.session.AltChannels;
             return 0;
         });
     }
@@ -500,7 +500,7 @@ public:
     std::vector<int> AvailablePorts() override {
         std::vector<int> ports;
         for (auto& s : lib_.stations_)
-            if (s->oldest() && s->linkUp) ports.push_back(s->spec.serialPort);
+            if (s->oldest() && s->linkUp) ports.push_back(s->setup.serialPort);
         return ports;
     }
     int OpenPort(int port) override {
@@ -535,7 +535,7 @@ public:
 private:
     SimBaseStation* station(int port) {
         for (auto& s : lib_.stations_)
-            if (s->oldest() && s->spec.serialPort == port) return s.get();
+            if (s->oldest() && s->setup.serialPort == port) return s.get();
         return nullptr;
     }
     SimBaseLibrary& lib_;
@@ -556,9 +556,9 @@ std::unique_ptr<KelvarinBase> SimBaseLibrary::createBase(LibraryGeneration) {
 
 std::unique_ptr<KelvarinVPanel> SimBaseLibrary::createVPanel() { return std::make_unique<SimVPanel>(*this); }
 
-SimBaseStation& SimBaseLibrary::addBase(SimBaseSpec spec) {
-    if (spec.connection != SimConnection::Serial) spec.id = digitsOf(spec.id);
-    stations_.push_back(std::make_unique<SimBaseStation>(std::move(spec)));
+SimBaseStation& SimBaseLibrary::addBase(SimBaseSpec setup) {
+    if (setup.connection != SimConnection::Serial) setup.id = digitsOf(setup.id);
+    stations_.push_back(std::make_unique<SimBaseStation>(std::move(setup)));
     return *stations_.back();
 }
 
@@ -596,7 +596,7 @@ void SimBaseLibrary::toHandles(SimBaseStation& st, int delayMs, std::function<vo
 }
 
 void SimBaseLibrary::toPanels(SimBaseStation& st, int delayMs, std::function<void(SimVPanel&)> fn) {
-    const int port = st.spec.serialPort;
+    const int port = st.setup.serialPort;
     later(delayMs, [this, port, fn = std::move(fn)] {
         const auto panels = panels_;
         for (SimVPanel* p : panels)
@@ -619,15 +619,15 @@ int SimBaseLibrary::enter(SimBaseStation* st, const char* operation) {
 void SimBaseLibrary::openVote(SimBaseStation& st, const KelvarinVote& vote) {
     st.vote = vote;
     st.voteOpen = true;
-    st.spec.session.VoteAccepting = true;
+    st.setup.session.VoteAccepting = true;
     ++st.voteId;
     st.voteOpenedMs_ = nowMs();
-    for (auto& k : st.spec.keypads) k.display = vote.VoteQuestionText;
+    for (auto& k : st.setup.keypads) k.display = vote.VoteQuestionText;
 }
 
 std::vector<std::string> SimBaseLibrary::bases() const {
     std::vector<std::string> v;
-    for (const auto& s : stations_) v.push_back(s->spec.type + ";" + s->port());
+    for (const auto& s : stations_) v.push_back(s->setup.type + ";" + s->port());
     return v;
 }
 
@@ -638,12 +638,12 @@ SimOutcome SimBaseLibrary::keyPress(SimBaseStation& st, int keypad, const std::s
     if (!st.linkUp) return {false, "Base " + st.port() + " is disconnected"};
     if (!st.voteOpen) return {false, "No vote open on base " + st.port()};
     if (st.oldest()) {
-        const int port = st.spec.serialPort;
+        const int port = st.setup.serialPort;
         const int sid = kp->sid;
         toPanels(st, eventDelayMs, [port, sid, keys](SimVPanel& p) { p.VoteReceived(port, sid, keys); });
         return {};
     }
-    if (!st.spec.session.VoteAccepting) return {false, "Voting is paused on base " + st.port()};
+    if (!st.setup.session.VoteAccepting) return {false, "Voting is paused on base " + st.port()};
     std::string data = keys;
     if (withdraw) {
         if (st.vote.KeyMask != 0 && !(st.vote.KeyMask & keyBitOf(kWithdrawKey)))
@@ -699,7 +699,7 @@ SimOutcome SimBaseLibrary::crowd(const std::string& base, int keypads, const std
     }
     if (choices.empty()) return {false, "No answers given"};
     std::vector<int> sids;
-    for (const auto& k : st->spec.keypads)
+    for (const auto& k : st->setup.keypads)
         if (k.kind == DeviceKind::Keypad && static_cast<int>(sids.size()) < keypads) sids.push_back(k.sid);
     const double interval = perSecond > 0 ? 1000.0 / perSecond : 0.0;
     const int run = crowdRun_;
@@ -737,7 +737,7 @@ SimOutcome SimBaseLibrary::error(const std::string& base, int code, const std::s
     SimBaseStation* st = find(base);
     if (!st) return {false, "Unknown base " + base};
     if (st->oldest()) {
-        const int port = st->spec.serialPort;
+        const int port = st->setup.serialPort;
         toPanels(*st, eventDelayMs, [port, code](SimVPanel& p) { p.ErrorMessage(port, code); });
     } else {
         toHandles(*st, eventDelayMs, [code, extra](SimKelvarinBase& h) { h.Error(code, extra); });
@@ -771,7 +771,7 @@ SimOutcome SimBaseLibrary::presenterCommand(const std::string& base, int command
     SimBaseStation* st = find(base);
     if (!st) return {false, "Unknown base " + base};
     std::string hid;
-    for (const auto& k : st->spec.keypads)
+    for (const auto& k : st->setup.keypads)
         if (k.kind == DeviceKind::Presenter) {
             hid = k.hid;
             break;
@@ -788,7 +788,7 @@ SimOutcome SimBaseLibrary::scannerCommand(const std::string& base, const std::st
     SimBaseStation* st = find(base);
     if (!st) return {false, "Unknown base " + base};
     std::string hid;
-    for (const auto& k : st->spec.keypads)
+    for (const auto& k : st->setup.keypads)
         if (k.kind == DeviceKind::Scanner) {
             hid = k.hid;
             break;
@@ -808,7 +808,7 @@ SimOutcome SimBaseLibrary::reportConfig(const std::string& port, const VPanelBas
 SimOutcome SimBaseLibrary::presenterKey(const std::string& port, const std::string& keyName) {
     SimBaseStation* st = find(port);
     if (!st || !st->oldest()) return {false, "Unknown base " + port};
-    const int p = st->spec.serialPort;
+    const int p = st->setup.serialPort;
     toPanels(*st, eventDelayMs, [p, keyName](SimVPanel& panel) { panel.PresenterKey(p, keyName); });
     return {};
 }

@@ -59,9 +59,9 @@ struct SimOutcome {
 
 class SimBaseStation {
 public:
-    explicit SimBaseStation(SimBaseSpec s) : spec(std::move(s)) {}
+    explicit SimBaseStation(SimBaseSpec s) : setup(std::move(s)) {}
 
-    SimBaseSpec spec;
+    SimBaseSpec setup;
     bool linkUp = true;
     bool radioOn = false;
     bool voteOpen = false;
@@ -119,7 +119,7 @@ public:
     std::unique_ptr<KelvarinVPanel> createVPanel() override;
 
     // Set-up.
-    SimBaseStation& addBase(SimBaseSpec spec);
+    SimBaseStation& addBase(SimBaseSpec setup);
     std::size_t baseCount() const { return stations_.size(); }
     SimBaseStation& station(std::size_t index) { return *stations_.at(index); }
     SimBaseStation* find(const std::string& base);

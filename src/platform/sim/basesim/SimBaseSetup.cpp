@@ -41,19 +41,19 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
     int added = 0;
     for (long long n = 1; n <= count && n <= 64; ++n) {
         const std::string sec = "base" + numText(n);
-        SimBaseSpec spec;
-        spec.type = toUpper(get(sec, "type", "KELVARIN COREHUB G2"));
+        SimBaseSpec setup;
+        setup.type = toUpper(get(sec, "type", "KELVARIN COREHUB G2"));
         const std::string connection = toLower(get(sec, "connection", "usb"));
-        spec.connection = connection == "ethernet" ? SimConnection::Ethernet
-                          : connection == "serial" || spec.type == "KELVARIN BASE V3" ? SimConnection::Serial
+        setup.connection = connection == "ethernet" ? SimConnection::Ethernet
+                          : connection == "serial" || setup.type == "KELVARIN BASE V3" ? SimConnection::Serial
                                                                                      : SimConnection::Usb;
-        spec.id = get(sec, "id", numText(100100100100LL + n - 1));
-        spec.address = get(sec, "address", "192.168.1." + numText(100 + n));
-        spec.serialPort = static_cast<int>(toLong(get(sec, "port", numText(n))));
-        spec.firmware = get(sec, "firmware", spec.type == "KELVARIN COREHUB G1" ? "1.01.00.1607.1819"
+        setup.id = get(sec, "id", numText(100100100100LL + n - 1));
+        setup.address = get(sec, "address", "192.168.1." + numText(100 + n));
+        setup.serialPort = static_cast<int>(toLong(get(sec, "port", numText(n))));
+        setup.firmware = get(sec, "firmware", setup.type == "KELVARIN COREHUB G1" ? "1.01.00.1607.1819"
                                                                                : "2.00.01.1801.1545");
-        spec.session.PrimaryChannel = static_cast<int>(toLong(get(sec, "channel", "69")));
-        spec.session.SessionID = static_cast<int>(toLong(get(sec, "session", "1")));
+        setup.session.PrimaryChannel = static_cast<int>(toLong(get(sec, "channel", "69")));
+        setup.session.SessionID = static_cast<int>(toLong(get(sec, "session", "1")));
         const int battery = static_cast<int>(toLong(get(sec, "battery", "385")));
         const int signal = static_cast<int>(toLong(get(sec, "signal", "-45")));
 
@@ -67,7 +67,7 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
                 k.sid = static_cast<int>(toLong(f[1]));
                 k.battery = battery;
                 k.signal = signal;
-                spec.keypads.push_back(k);
+                setup.keypads.push_back(k);
             }
         } else {
             const auto sids = parseKeypadList(get(sec, "keypads", "1-20"));
@@ -78,7 +78,7 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
                 k.sid = sid;
                 k.battery = battery;
                 k.signal = signal;
-                spec.keypads.push_back(k);
+                setup.keypads.push_back(k);
             }
         }
         for (const auto& [key, kind] : {std::pair{"presenter", DeviceKind::Presenter},
@@ -88,9 +88,9 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
             SimKeypad k;
             k.hid = hid;
             k.kind = kind;
-            spec.keypads.push_back(k);
+            setup.keypads.push_back(k);
         }
-        library.addBase(std::move(spec));
+        library.addBase(std::move(setup));
         ++added;
     }
     return added;
