@@ -137,17 +137,6 @@ int VoteIntakeModule::randomBetween(int lo, int hi) {
     return std::uniform_int_distribution<int>(lo, hi)(random_);
 }
 
-void VoteIntakeModule::startSimulation() {
-    if (MainForm* m = c_.mainForm()) {
-        m->LogEvent("Simulating Votes", LOG_XX);
-        m->tmr_simulateVotes.setEnabled(true);
-    }
-}
-
-void VoteIntakeModule::stopSimulation() {
-    if (MainForm* m = c_.mainForm()) m->tmr_simulateVotes.setEnabled(false);
-}
-
 void VoteIntakeModule::tmr_simulateVotes_Timer() {
     MainForm* m = c_.mainForm();
     if (!m || c_.glo.ShuttingDown || c_.glo.InitialisedState != INIT_STATE_INITIALISED) return;

@@ -24,9 +24,6 @@ public:
 
     // A vote starts: the voter list and the counters begin again.
     void resetForVote();
-    // The simulation buttons switch the vote simulator on and off.
-    void startSimulation();
-    void stopSimulation();
     void seed(std::uint32_t s) { random_.seed(s); }
 
     const std::string& buffer() const { return buffer_; }

@@ -154,7 +154,7 @@ int VoteRun::VoteStart() {
         c_.trace("*** VOTE STARTED ***", "StartVote", kModule);
         startedPorts_.clear();
         ReadActiveKeypads();
-        voteStarted = true;
+        c_.glo.voteRunning = true;
         bool g1 = false, g2 = false;
         for (const auto& b : c_.glo.bases) {
             const std::string type = toUpper(trim(b.baseType));
@@ -194,7 +194,7 @@ int VoteRun::VoteStart() {
 void VoteRun::VoteEnd() {
     trap(c_.errors, kModule, "EndVote", [&] {
         c_.trace("*** VOTE ENDED ***", "EndVote", kModule);
-        voteStarted = false;
+        c_.glo.voteRunning = false;
         std::string ended;
         for (const auto& b : c_.glo.bases) {
             if (toUpper(trim(b.baseType)) != "KELVARIN BASE V3") continue;

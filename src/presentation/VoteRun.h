@@ -27,8 +27,6 @@ public:
     // Closes it on the oldest bases (the Prioritizer drivers are ended by their own call).
     void VoteEnd();
 
-    // Set while a vote started by command runs (read by the vote intake).
-    bool voteStarted = false;
     // What a display program added to the vote name after "@@".
     std::string voteNameDetail;
     const std::string& startedPorts() const { return startedPorts_; }

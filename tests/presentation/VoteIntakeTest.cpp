@@ -152,10 +152,10 @@ TEST(VoteSimulator, BatchesOfRandomVotesWithinTheLimits) {
     IntakeWorld w;
     w.main().txt_simulateVotesMaxKpadNum = "20";
     w.main().txt_simulateVotesCount = "4";
-    w.c().intake->startSimulation();
+    w.main().cmd_start_Click();
     EXPECT_TRUE(w.logged("Simulating Votes"));
     w.scheduler.advance(25 * 8);
-    w.c().intake->stopSimulation();
+    w.main().cmd_Stop_Click();
     w.flush();
     ASSERT_FALSE(w.sent.empty());
     int records = 0;

@@ -45,10 +45,10 @@ TEST(WiredCommands, VoteStartAndEndReachTheDriversAndTheIntake) {
     EXPECT_EQ(w.calls, (CallLog{"g2.StartVote"}));
     EXPECT_EQ(w.c().intake->distinctVoters(), 0);  // a new vote, a new voter list
     EXPECT_EQ(w.glo().ActiveKeypads.text(), ",4,8,");
-    EXPECT_TRUE(w.c().voteRun->voteStarted);
+    EXPECT_TRUE(w.glo().voteRunning);
     w.send("ENDVOTE");
     EXPECT_EQ(w.calls.back(), "g2.EndVote(False,False)");
-    EXPECT_FALSE(w.c().voteRun->voteStarted);
+    EXPECT_FALSE(w.glo().voteRunning);
     w.send("votename=Colours@@slide 2");
     EXPECT_EQ(w.glo().voteName, "Colours");
     EXPECT_EQ(w.c().voteRun->voteNameDetail, "slide 2");
