@@ -59,34 +59,35 @@ const IntField kIntFields[] = {
 };
 constexpr const char* kPauseKey = "TEXT VOTE PAUSE ENABLED";
 
-// Index, label default and setting key of the presenter menu.
+// The presenter menu in index order: each entry's setting key, whose default in the settings
+// table is its label, or the label itself for the two entries without a key.
 struct MenuItem {
-    const char* label;
     const char* key;
+    const char* keylessLabel;
 };
 const MenuItem kMenu[PresenterMenu::kCount] = {
-    {"   Next", "NEXT SLIDE"},
-    {"   Back", "PREVIOUS SLIDE"},
-    {"    Up", "SCROLL UP"},
-    {"   Down", "SCROLL DOWN"},
-    {"   Home", "HOME"},
-    {"   End", "END"},
-    {" GoTo [x]", "GOTO SLIDE X"},
-    {"Start Vote", "START VOTE"},
-    {"  Revote", "REVOTE"},
-    {"Pause Vote", "PAUSE VOTE"},
-    {"  Resume", ""},
-    {" Vol Up", "VOLUME UP"},
-    {" Vol Down", "VOLUME DOWN"},
-    {" Vol Mute", "VOLUME MUTE"},
-    {"Show Audio", "AUDIO DIALOG SHOW"},
-    {"Hide Audio", "AUDIO DIALOG HIDE"},
-    {"Mic Active", ""},
-    {"Kpads Off", "KEYPADS TURN ALL OFF"},
-    {"FindMe On", "KEYPADS FIND ME ON"},
-    {"FindMe Off", "KEYPADS FIND ME OFF"},
-    {"Search", "KEYPADS STRONGEST SIG SEARCH SESSION"},
-    {"Search All", "KEYPADS STRONGEST SIG SEARCH ALL"},
+    {"NEXT SLIDE", ""},
+    {"PREVIOUS SLIDE", ""},
+    {"SCROLL UP", ""},
+    {"SCROLL DOWN", ""},
+    {"HOME", ""},
+    {"END", ""},
+    {"GOTO SLIDE X", ""},
+    {"START VOTE", ""},
+    {"REVOTE", ""},
+    {"PAUSE VOTE", ""},
+    {"", "  Resume"},
+    {"VOLUME UP", ""},
+    {"VOLUME DOWN", ""},
+    {"VOLUME MUTE", ""},
+    {"AUDIO DIALOG SHOW", ""},
+    {"AUDIO DIALOG HIDE", ""},
+    {"", "Mic Active"},
+    {"KEYPADS TURN ALL OFF", ""},
+    {"KEYPADS FIND ME ON", ""},
+    {"KEYPADS FIND ME OFF", ""},
+    {"KEYPADS STRONGEST SIG SEARCH SESSION", ""},
+    {"KEYPADS STRONGEST SIG SEARCH ALL", ""},
 };
 
 }  // namespace
@@ -126,7 +127,9 @@ void KeypadDisplayTexts::load(const std::filesystem::path& settingsFile) {
 std::vector<std::string> displayLines(std::string_view text) { return split(text, "|"); }
 
 PresenterMenu::PresenterMenu() {
-    for (std::size_t i = 0; i < kCount; ++i) labels[i] = kMenu[i].label;
+    const Options defaults;
+    for (std::size_t i = 0; i < kCount; ++i)
+        labels[i] = *kMenu[i].key ? defaults.text(section::kPresenterText, kMenu[i].key) : kMenu[i].keylessLabel;
 }
 
 const char* PresenterMenu::settingKey(std::size_t index) { return index < kCount ? kMenu[index].key : ""; }

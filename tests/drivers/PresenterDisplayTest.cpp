@@ -62,6 +62,10 @@ TEST(DisplayTexts, SettingsOverrideTheDefaultsInEitherFileForm) {
     EXPECT_TRUE(t.TextVotePauseEnabled);
     EXPECT_EQ(t.KeypadPrompt01, "Mic?");
     EXPECT_EQ(t.PrevoteText, "UNUSED");
+    // The 22 default labels, in index order.
+    EXPECT_EQ(PresenterMenu().menuText(),
+              "   Next|   Back|    Up|   Down|   Home|   End| GoTo [x]|Start Vote|  Revote|Pause Vote|  Resume| Vol Up|"
+              " Vol Down| Vol Mute|Show Audio|Hide Audio|Mic Active|Kpads Off|FindMe On|FindMe Off|Search|Search All");
     PresenterMenu m;
     m.load(dir / "new.ini");
     EXPECT_EQ(m.labels[0], "Forward");
