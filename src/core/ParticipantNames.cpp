@@ -130,7 +130,7 @@ void readWorkbook(Controller& c, const fs::path& file, NameTable& table) {
 }
 
 ppt::Presentation* activePresentation(Controller& c) {
-    ppt::Application* app = c.glo.usePowerPoint ? c.glo.ppApp : nullptr;
+    ppt::Application* app = c.glo.ppApp;
     if (!app || app->presentationCount() <= 0) return nullptr;
     return app->activePresentation();
 }
