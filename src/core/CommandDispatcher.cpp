@@ -36,13 +36,6 @@ std::string trimLine(std::string_view s) {
 
 float toSingle(double v) { return static_cast<float>(std::clamp(v, -static_cast<double>(FLT_MAX), static_cast<double>(FLT_MAX))); }
 
-// The highest system keypad number of the configured bases.
-int highestKeypad(const GlobalState& glo) {
-    long long highest = 0;
-    for (const auto& b : glo.bases) highest = std::max(highest, static_cast<long long>(b.offset) + b.gridHi);
-    return static_cast<int>(std::clamp<long long>(highest, 0, 65535));
-}
-
 // How many keypads the configured bases serve.
 long long keypadCount(const GlobalState& glo) {
     long long n = 0;
@@ -312,9 +305,12 @@ void CommandDispatcher::startVote(MainForm& form) {
     glo.voteStartTime = c_.ports.scheduler.now().secondsSinceMidnight();
     glo.voteRunning = true;
     glo.voteStartedByCommand = true;
-    const auto size = static_cast<std::size_t>(highestKeypad(glo)) + 1;
-    glo.keypadVotes.assign(size, -1);
-    glo.keypadVoteTimes.assign(size, -1.0);
+    glo.resetKeypadVotes();
+    // The per-option values start each vote at -1. The vote's configuration lines come before
+    // its STARTVOTE, so a display program that wants values for this vote sends its
+    // randomvotestring after the start; the values of the vote that ended stay readable until
+    // the next one starts.
+    std::fill(glo.optionValues.begin(), glo.optionValues.end(), -1.0f);
     const int bases = targets().voteStart();
     form.FromCtrlFormBaseStationStartVoteCount(bases);
 }
@@ -325,9 +321,6 @@ void CommandDispatcher::endVote() {
     glo.textVoteOptions.clear();
     glo.voteStartedByCommand = false;
     glo.voteRunning = false;
-    // The per-option values belong to one vote; the next vote's configuration lines (which
-    // precede its STARTVOTE) start again from -1.
-    std::fill(glo.optionValues.begin(), glo.optionValues.end(), -1.0f);
     targets().voteEnd();
     for (KeypadDriver* d : corehubDrivers()) d->EndVote(false, false);
 }
@@ -365,9 +358,12 @@ void CommandDispatcher::keyLine(MainForm& form, const std::string& line) {
     } else if (key == "kelvarindisplay") {
         glo.kelvarinDisplay = toInt16Field(number());
     } else if (key == "keypadsactive") {
-        glo.keypadsActive = value;
+        // Through the vote run, so that the presentation's tag and the intake's list agree.
+        targets().setActiveKeypads(value);
     } else if (key == "abstain") {
-        glo.abstainKey = toInt16Field(number());
+        // The key that means "abstain"; 0 turns the conversion off.
+        form.key_Abstain = toInt16Field(number());
+        form.Opt_Abstain = form.key_Abstain != 0;
     } else if (key == "prevotetext") {
         glo.prevoteText = value;
     } else if (key == "votetext") {
@@ -441,7 +437,7 @@ std::string CommandDispatcher::voteInfoReply() const {
     // The two switches travel as 0/1, which every display program reads as a number.
     lines.push_back(std::string("scrollingDisplay=") + (p.scrollingDisplay ? "1" : "0"));
     lines.push_back(std::string("useOffsets=") + (offsets ? "1" : "0"));
-    lines.push_back("maxKeypads=" + numText(highestKeypad(glo)));
+    lines.push_back("maxKeypads=" + numText(glo.highestKeypad()));
     return join(lines, "\r\n");
 }
 

@@ -18,7 +18,12 @@ int DefaultCommandTargets::voteStart() {
 
 void DefaultCommandTargets::freeCursor() { c_.ports.desktop.clipCursor(false); }
 
-void DefaultCommandTargets::activeKeypads() { c_.LogEvent(c_.glo.keypadsActive, LOG_XX); }
+void DefaultCommandTargets::activeKeypads() { c_.LogEvent(c_.glo.ActiveKeypads.text(), LOG_XX); }
+
+void DefaultCommandTargets::setActiveKeypads(const std::string& list) {
+    // Without the vote run there is no presentation tag to keep: only the intake's list.
+    c_.glo.ActiveKeypads = activeKeypadsText(list);
+}
 
 void DefaultCommandTargets::showBubbleMessageLog() {
     auto* f = c_.forms.get<BubbleMessageLogForm>(BubbleMessageLogForm::kName);

@@ -38,6 +38,8 @@ public:
     virtual void activeKeypads() = 0;
     // READACTIVEKEYPADS: read the list from the active presentation.
     virtual void readActiveKeypads() = 0;
+    // The key line "keypadsactive": the vote's active-keypad list ("3,7,12"; empty: all).
+    virtual void setActiveKeypads(const std::string& list) = 0;
 
     // The presenter hot-key procedures, with the key text of the key line.
     virtual void ctrlKeyPressed(const std::string& key) = 0;
@@ -73,6 +75,7 @@ public:
     void freeCursor() override;
     void activeKeypads() override;
     void readActiveKeypads() override {}
+    void setActiveKeypads(const std::string& list) override;
     void ctrlKeyPressed(const std::string&) override {}
     void altKeyPressed(const std::string&) override {}
     void adminKeyPressed(const std::string&) override {}

@@ -90,6 +90,17 @@ void Controller::LogEvent(std::string_view text, int kind) {
     if (auto* m = mainForm()) m->LogEvent(text, kind);
 }
 
+ppt::Application* Controller::getPowerPointObject() {
+    return glo.usePowerPoint ? ports.presentation.getActiveObject() : nullptr;
+}
+
+void Controller::setUsePowerPoint(bool on) {
+    glo.usePowerPoint = on;
+    if (on) return;  // attaching again is lazy, as at start-up
+    glo.ppApp = nullptr;
+    watcher->forgetAttachment();
+}
+
 void Controller::attachPresentation() { watcher->InitPPTObject(false); }
 
 void Controller::loadMainForm() {
@@ -169,7 +180,6 @@ void Controller::connectBases() {
         const bool ownBar = bar == nullptr;
         if (ownBar) bar = &forms.load<FrmInit>(*this);
         bool anyUp = false;
-        bool anyCorehubUp = false;
         std::vector<const PortEntry*> failed;
         for (const auto& base : glo.bases) {
             if (glo.ShuttingDown) break;
@@ -181,7 +191,6 @@ void Controller::connectBases() {
             bar->changed();
             if (drivers->openBase(base)) {
                 anyUp = true;
-                if (startsWith(toUpper(base.baseType), "KELVARIN COREHUB")) anyCorehubUp = true;
             } else {
                 failed.push_back(&base);
             }
@@ -197,7 +206,8 @@ void Controller::connectBases() {
                         "port before continuing",
                     MsgIcon::Critical);
         }
-        if (anyCorehubUp && glo.options.flag(section::kKelvarinOptions, "CONTROL KEYPAD"))
+        // Whatever came up: the warning is about unplugging a base while the program runs.
+        if (glo.options.flag(section::kKelvarinOptions, "CONTROL KEYPAD"))
             ports.dialogs.message("Presenter Keypad Enabled",
                                   "With the presenter keypad enabled it is very important to close\r\n"
                                   " all instances of PowerPoint before unplugging the Kelvarin Base Station",
@@ -265,7 +275,7 @@ void Controller::GlobalInitSub() {
 
         attachPresentation();  // 5
         if (stopped()) return;
-        ports.desktop.showTaskBar(true);  // 6
+        watcher->ShowHideTaskBar(true);  // 6: hidden only over a full-screen show running now
         glo.intakeTuning[0] = 1;
         glo.intakeTuning[1] = 2;
         glo.intakeTuning[2] = 256;
@@ -287,9 +297,14 @@ void Controller::GlobalInitSub() {
         if (stopped()) return;
         glo.optionCount = 10;  // 13
         glo.optionValues.assign(static_cast<std::size_t>(glo.optionCount), -1.0f);
+        glo.resetKeypadVotes();
         if (auto* m = mainForm()) {
             m->tmrCheck4PPT.setEnabled(true);
             m->tmr_refreshLowLevelKeyboardHook.setEnabled(true);
+            // Programs before Office 2000 (version 9) raise no slide-show events: their shows
+            // are found by polling.
+            const double version = ParseNumber(glo.pptVersion);
+            m->tmrCheckSlideShow.setEnabled(version > 0 && version < 9);
         }
         if (glo.hookAllowed && keyboard) hotKeys->SetHook();
         if (stopped()) return;
@@ -309,31 +324,39 @@ void Controller::FullShutdown(bool showCloseForm) {
     if (fullShutdownRunning_) return;
     fullShutdownRunning_ = true;
     glo.ShuttingDown = true;
-    trap(errors, kObject, "FullShutdown", [&] {
+    // Each step under its own trap: a step that fails is reported and the next one still runs,
+    // so the process always ends and lets go of what it holds.
+    auto step = [this](auto&& body) { trap(errors, kObject, "FullShutdown", body); };
+    step([&] {
         trace("Function Start: glo.FullShutDownInitiated=" + boolText(glo.FullShutDownInitiated), "FullShutdown");
-        trap(errors, kObject, "FullShutdown", [&] { ports.desktop.showTaskBar(true); });
+    });
+    step([&] { ports.desktop.showTaskBar(true); });
+    step([&] {
         if (glo.hookActive) hotKeys->RemoveHook();
-
-        const auto loaded = forms.all();
-        for (std::size_t i = loaded.size(); i-- > 0;) {
-            Form* f = loaded[i];
-            if (f->Name() == MainForm::kName) continue;
+    });
+    const auto loaded = forms.all();
+    for (std::size_t i = loaded.size(); i-- > 0;) {
+        Form* f = loaded[i];
+        if (f->Name() == MainForm::kName) continue;
+        step([&] {
             trace("Unload Forms(" + numText(static_cast<long long>(i)) + "):" + f->Name(), "FullShutDown");
             forms.unload(*f);
-        }
-
-        MainForm* main = mainForm();
-        if (!main) {
-            trace("controllerLoaded=False", "FullShutdown");
-        } else {
-            trace("controllerLoaded=True", "FullShutdown");
-            main->PowerPointClosed();
-            main->RemoveFromTray();
-            trap(errors, kObject, "FullShutdown", [&] { drivers->closePorts(); });
-            forms.unload(*main);
-        }
-        forms.load<CloseControllerForm>(*this).tmr_CloseApp.setEnabled(true);
-    });
+        });
+    }
+    step([&] { audioReferences.clear(); });
+    MainForm* main = mainForm();
+    if (!main) {
+        step([&] { trace("controllerLoaded=False", "FullShutdown"); });
+    } else {
+        step([&] { trace("controllerLoaded=True", "FullShutdown"); });
+        step([&] { main->PowerPointClosed(); });
+        step([&] { main->RemoveFromTray(); });
+        step([&] { drivers->closePorts(); });
+        step([&] {
+            if (MainForm* m = mainForm()) forms.unload(*m);
+        });
+    }
+    step([&] { forms.load<CloseControllerForm>(*this).tmr_CloseApp.setEnabled(true); });
 }
 
 }  // namespace tlx

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "core/BaseDrivers.h"
 #include "core/ErrorObject.h"
@@ -29,6 +30,9 @@ class KeyboardSource;
 class Spreadsheet;
 class CommandTargets;
 class CommandDispatcher;
+namespace ppt {
+class Application;
+}
 
 struct Ports {
     Scheduler& scheduler;
@@ -68,9 +72,19 @@ public:
     std::unique_ptr<CommandTargets> targets;
     // Drains the main form's command queue.
     std::unique_ptr<CommandDispatcher> dispatcher;
+    // What the audio feature keeps alive beyond its window (the playthrough engine and its
+    // streams); shutdown lets go of them before the main form and the drivers go.
+    std::vector<std::shared_ptr<void>> audioReferences;
 
     // The main form, nullptr when it is not loaded.
     MainForm* mainForm() const;
+    // The running presentation program's object (the get-object call); nullptr when none
+    // runs or while its use is switched off. Every attach goes through here.
+    ppt::Application* getPowerPointObject();
+    // "-noppt" switches the presentation program's use off: the controller lets go of an
+    // attached program and stays away from it until it is switched on again.
+    void setUsePowerPoint(bool on);
+
     // LogEvent on the main form, when it is loaded.
     void LogEvent(std::string_view text, int kind);
     // Trace helpers (object "Controller" unless given).

@@ -1,6 +1,7 @@
 #include "core/Form.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "ports/Scheduler.h"
 
@@ -15,7 +16,14 @@ void FormRegistry::unload(Form& form) {
     if (it == forms_.end()) return;
     std::unique_ptr<Form> owned = std::move(*it);
     forms_.erase(it);
-    owned->unloading();
+    // A form whose own unload work fails is gone all the same (its views are told); the
+    // failure then goes to the caller's trap.
+    std::exception_ptr failure;
+    try {
+        owned->unloading();
+    } catch (...) {
+        failure = std::current_exception();
+    }
     owned->Hide();
     unloaded(*owned);
     graveyard_.push_back(std::move(owned));
@@ -24,6 +32,7 @@ void FormRegistry::unload(Form& form) {
             sweep_ = 0;
             graveyard_.clear();
         });
+    if (failure) std::rethrow_exception(failure);
 }
 
 Form* FormRegistry::find(const std::string& name) const {

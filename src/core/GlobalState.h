@@ -1,6 +1,7 @@
 #pragma once
 // `glo`: the one global state record of a controller. Each field is written only by the
 // module that owns its feature; everyone may read it.
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -90,7 +91,6 @@ struct GlobalState {
     std::int16_t startFrom = 1;
     // Keypad display mode; 1 shows letters (A, B, C ...) for the answers of a single-digit vote.
     std::int16_t kelvarinDisplay = 0;
-    std::string keypadsActive;
     std::string prevoteText, voteText, answerText, questionTextShort;
     std::string voteEndedText;
     // The answers a single-digit vote allows, comma-separated; empty means the option range.
@@ -99,7 +99,6 @@ struct GlobalState {
     std::string voteType;
     std::int32_t allocation = 0, limits = 0, points = 0;
     std::int32_t kvpOptions = 0;
-    std::int16_t abstainKey = 0;  // the key that means "abstain"; 0: no abstain option
     std::vector<float> optionValues;
     std::string textVoteOptions;
     std::string savedBaseType;  // first base type saved by KBOARD
@@ -115,6 +114,19 @@ struct GlobalState {
     std::vector<int> keypadVotes;
     std::vector<double> keypadVoteTimes;
 
+    // The highest system keypad number of the configured bases (offset + highest keypad).
+    int highestKeypad() const {
+        long long highest = 0;
+        for (const auto& b : bases) highest = std::max(highest, static_cast<long long>(b.offset) + b.gridHi);
+        return static_cast<int>(std::clamp<long long>(highest, 0, 65535));
+    }
+    // Both per-keypad vote arrays sized to the configured keypads and emptied (-1).
+    void resetKeypadVotes() {
+        const auto size = static_cast<std::size_t>(highestKeypad()) + 1;
+        keypadVotes.assign(size, -1);
+        keypadVoteTimes.assign(size, -1.0);
+    }
+
     // Participant list: keypad number (unique), name without double quotes, vote weighting.
     struct Participant {
         std::int16_t keypad = 0;
@@ -123,7 +135,6 @@ struct GlobalState {
     };
     std::vector<Participant> participants;
     // Keypad drivers.
-    bool extendedVoteData = false;         // votes carry ";" + their two numeric attributes
     bool registryVersionOverride = false;  // read registries whatever the base version
     bool winningKeypadShown = false;
     bool waitingForBase = false;           // cleared by the oldest base's code 20

@@ -20,4 +20,15 @@ bool KeypadList::contains(std::string_view keypad) const {
     return members_.count(std::string(keypad)) != 0;
 }
 
+std::string activeKeypadsTag(std::string_view list) {
+    if (!list.empty() && list.front() == ',') list.remove_prefix(1);
+    if (!list.empty() && list.back() == ',') list.remove_suffix(1);
+    return std::string(list);
+}
+
+std::string activeKeypadsText(std::string_view list) {
+    const std::string tag = activeKeypadsTag(list);
+    return tag.empty() ? std::string() : "," + tag + ",";
+}
+
 }  // namespace tlx

@@ -28,4 +28,10 @@ private:
     std::unordered_set<std::string> members_;
 };
 
+// A list as the presentation's tag "ActiveKeypads" keeps it: one leading and one trailing
+// comma dropped (",3,7," and "3,7" both give "3,7").
+std::string activeKeypadsTag(std::string_view list);
+// The same list as the intake tests it: a comma before and after (",3,7,"), or empty.
+std::string activeKeypadsText(std::string_view list);
+
 }  // namespace tlx

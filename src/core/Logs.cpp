@@ -69,6 +69,9 @@ void Logs::trace(float elapsedSeconds, std::string_view text, std::string_view o
 }
 
 void Logs::voteTrace(std::string_view text) {
+    // Written only with "LOGEVENTS TO FILE" on, not whenever called: the switch keeps every
+    // trace file away from a run that did not ask for one, and with it off a busy vote would
+    // open and close a file for every key press.
     if (!glo_.traceToFile) return;
     try {
         std::string line = "[" + dateAndTime() + "] " + " | ";

@@ -23,7 +23,8 @@ public:
     void trace(std::string_view text, std::string_view object, std::string_view procedure) {
         trace(0.0f, text, object, procedure);
     }
-    // Dated vote-data trace file; only while the trace-to-file flag is on.
+    // Dated vote-data trace file; only while the trace-to-file flag ("LOGEVENTS TO FILE") is
+    // on, as every trace file: the writer is called for every received vote.
     void voteTrace(std::string_view text);
     // "debug.log" in the per-user data folder.
     void debugFile(std::string_view text);

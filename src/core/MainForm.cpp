@@ -4,6 +4,7 @@
 
 #include "core/CommandDispatcher.h"
 #include "core/Controller.h"
+#include "core/SmallForms.h"
 #include "core/Text.h"
 #include "ports/Desktop.h"
 #include "ports/Dialogs.h"
@@ -30,7 +31,7 @@ MainForm::MainForm(Controller& controller)
       tmrVKeyPressed(controller.ports.scheduler, "tmrVKeyPressed", 20),
       tmrCheck4PPT(controller.ports.scheduler, "tmrCheck4PPT", 2000),
       tmrCheckSlideShow(controller.ports.scheduler, "tmrCheckSlideShow", 1000),
-      tmr_Check4TLXEdit(controller.ports.scheduler, "tmr_Check4TLXEdit", 1000),
+      tmr_Check4TLXEdit(controller.ports.scheduler, "tmr_Check4TLXEdit", 500),
       tmr_refreshLowLevelKeyboardHook(controller.ports.scheduler, "tmr_refreshLowLevelKeyboardHook", 5000,
                                       true),
       tmr_simulateVotes(controller.ports.scheduler, "tmr_simulateVotes", 25),
@@ -55,7 +56,7 @@ void MainForm::Form_Load() {
         lblOffice = "Office 2000 or later detected";
 
         if (IsPowerPointRunning()) {
-            c_.glo.ppApp = c_.ports.presentation.getActiveObject();
+            c_.glo.ppApp = c_.getPowerPointObject();
             LogEvent("glo.ppApp GetObject Done", LOG_XX);
         }
 
@@ -155,12 +156,14 @@ void MainForm::cmd_Stop_Click() {
 
 void MainForm::tmr_SendData_Timer() {
     trap(c_.errors, kObject, "tmr_SendData_Timer", [&] {
-        if (c_.glo.InitialisedState != INIT_STATE_INITIALISED) return;
+        if (c_.glo.InitialisedState != INIT_STATE_INITIALISED || c_.glo.ShuttingDown) return;
         tmr_SendData.setEnabled(false);
         std::string sData;
         sData.swap(txt_data);
         // A queue emptied by CLEAR after it was enabled leaves nothing to send.
         if (sData.empty()) return;
+        if (keypadTestActive)
+            if (auto* ktest = c_.forms.get<KeypadTestForm>(KeypadTestForm::kName)) ktest->ReceiveData(sData);
         FromCtrlForm(sData);
         for (const auto& line : split(sData, "\r\n")) {
             const std::string t = trim(line);

@@ -106,7 +106,8 @@ public:
     Signal<const std::string&> logLine;
 
     // Vote intake: counter boxes (0 accepted, 1 received, 2 distinct voters), the abstain
-    // option and its key, the keypad-test flag, and the vote simulator's two boxes.
+    // option and its key (set by the key line "abstain"), the keypad-test flag (set while
+    // the keypad test window `ktest` is loaded), and the vote simulator's two boxes.
     std::string txt_VoteCounter[3] = {"0", "0", "0"};
     bool Opt_Abstain = false;
     int key_Abstain = 0;

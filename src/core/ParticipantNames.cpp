@@ -29,8 +29,12 @@ public:
     // keypad, name and weighting as text; an absent or blank weighting counts 1.
     void add(const std::string& keypadText, const std::string& nameText, const std::string* weightingText) {
         const double k = std::nearbyint(ParseNumber(keypadText));
-        // Not a keypad number at all (text, 0, negative, beyond the field): a bad line.
-        if (!(k >= 1 && k <= 32767)) return;
+        // Not a keypad number at all (text, 0, negative, beyond the field): not imported, and
+        // said so once the load is done.
+        if (!(k >= 1 && k <= 32767)) {
+            notImported_ += (notImported_.empty() ? "" : ", ") + trim(keypadText);
+            return;
+        }
         const auto keypad = toInt16Field(k);
         for (const auto& r : rows_)
             if (r.keypad == keypad) {
@@ -55,6 +59,7 @@ public:
     }
 
     const std::string& duplicates() const { return duplicates_; }
+    const std::string& notImported() const { return notImported_; }
     std::size_t size() const { return rows_.size(); }
 
 private:
@@ -71,6 +76,7 @@ private:
 
     std::vector<GlobalState::Participant>& rows_;
     std::string duplicates_;
+    std::string notImported_;
 };
 
 void readTag(const std::string& tag, NameTable& table) {
@@ -133,10 +139,10 @@ ppt::Presentation* activePresentation(Controller& c) {
 
 void LoadParticipantNames(Controller& c, std::string& status) {
     GlobalState& glo = c.glo;
-    glo.participants.clear();
     status.clear();
     NameTable table(glo.participants);
     trap(c.errors, kObject, "LoadParticipantNames", [&] {
+        // A refused load leaves the list as it was.
         if (c.settings.DisableParticipantList()) {
             status = "Participant list disabled";
             return;
@@ -146,6 +152,7 @@ void LoadParticipantNames(Controller& c, std::string& status) {
             status = "No active presentation";
             return;
         }
+        glo.participants.clear();
         const std::string tag = p->tags().item(kParticipantNamesTag);
         if (!tag.empty()) {
             status = "Participant names read from the presentation tag";
@@ -175,6 +182,8 @@ void LoadParticipantNames(Controller& c, std::string& status) {
         else
             readNamesTxt(file, table);
     });
+    if (!table.notImported().empty())
+        c.LogEvent("Participant rows NOT imported, keypad not from 1 to 32767: " + table.notImported(), 2);
     // Whatever the source, a keypad appears once; the message keeps its historic wording.
     if (!table.duplicates().empty())
         c.ports.dialogs.message("Names Failed to Load",

@@ -1,6 +1,7 @@
 #include "core/SmallForms.h"
 
 #include "core/Controller.h"
+#include "core/MainForm.h"
 #include "ports/Desktop.h"
 
 namespace tlx {
@@ -18,6 +19,20 @@ void BubbleMessageLogForm::tmrRefresh_Timer() {
     shownLength_ = log.size();
     txtLog = log;
     changed();
+}
+
+KeypadTestForm::KeypadTestForm(Controller& controller) : Form(kName), c_(controller) {
+    setCaption("Keypad Test");
+    if (MainForm* m = c_.mainForm()) m->keypadTestActive = true;
+}
+
+void KeypadTestForm::ReceiveData(const std::string& data) {
+    received.push_back(data);
+    changed();
+}
+
+void KeypadTestForm::unloading() {
+    if (MainForm* m = c_.mainForm()) m->keypadTestActive = false;
 }
 
 CloseControllerForm::CloseControllerForm(Controller& controller)

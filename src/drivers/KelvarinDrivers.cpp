@@ -135,7 +135,7 @@ void KelvarinDrivers::VoteReceived(int keypad, const std::string& data, const st
             answer[0] >= 'A' && answer[0] <= 'I')
             answer = numText(answer[0] - 'A' + 1);
         if (trim(answer).empty()) return;
-        if (c_.glo.extendedVoteData) answer += ";" + field3 + ";" + field4;
+        if (const MainForm* m = c_.mainForm(); m && m->keypadTestActive) answer += ";" + field3 + ";" + field4;
         const double b = ParseNumber(base);
         const int baseIndex = std::fabs(b) < 1e6 ? static_cast<int>(b) : 0;
         if (c_.voteIntake)

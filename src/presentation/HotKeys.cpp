@@ -2,6 +2,7 @@
 
 #include <cctype>
 
+#include "audio/AudioWindow.h"
 #include "core/Controller.h"
 #include "core/MainForm.h"
 #include "core/Text.h"
@@ -195,10 +196,11 @@ bool KeyboardHook::guards(bool ctrl, const std::string& key, ppt::Slide*& slide,
         log(who + "Ctrl Key also pressed");
         return false;
     }
-    const bool attached = c_.watcher->InitPPTObject(false);
-    if (ctrl && !attached) {
+    // A failed attach stops Ctrl and Alt alike. Alt's exit line names the empty program object
+    // when there is none, and the failed attach when an old object is still held.
+    if (!c_.watcher->InitPPTObject(false)) {
         log("InitPPTObject FAILED");
-        log(who + "Not InitPPTObject");
+        log(who + (ctrl || c_.glo.ppApp ? "Not InitPPTObject" : "glo.ppApp Is Nothing"));
         return false;
     }
     if (!ctrl && !c_.glo.ppApp) {
@@ -246,8 +248,11 @@ void KeyboardHook::actioned(bool ctrl, const std::string& key) {
 
 void KeyboardHook::ctrlDigit(ppt::Slide& slide, ppt::Presentation& p, int digit) {
     if (tagSet(slide.tags(), "Murmelo")) {
-        // Microphone slide: the digit picks the speaker in the audio window.
-        queue("SHOWAUDIO");
+        // Microphone slide: the digit picks the speaker's line on the slide.
+        frmAudio& audio = showAudioWindow(c_);
+        if (contains(slide.tags().item("TLXVOTE"), "<MurmeloControlPanel>True</MurmeloControlPanel>"))
+            audio.ShowControlPanel(true);
+        audio.RunFromSlide(digit);
         return;
     }
     if (tagSet(slide.tags(), "tlxvote") && tagSet(slide.tags(), "tlxvotes") && tagSet(p.tags(), "tlx_DefaultGroup")) {
@@ -269,11 +274,19 @@ void KeyboardHook::ctrlCharts(ppt::Slide& slide) {
     for (int i = 1; i <= slide.shapeCount() && !charts; ++i)
         if (ppt::Shape* s = slide.shape(i); s && s->visible() && icontains(s->name(), "tallix chart")) charts = true;
     if (!charts) return;
+    // Each chart is made visible and pasted again: put back on top of the slide, as a fresh
+    // paste lands, so that nothing added after it covers it. (The object model has no
+    // clipboard; bringing the shape to the front is what the paste does to it.)
+    std::vector<ppt::Shape*> found;
     for (int i = 1; i <= slide.shapeCount(); ++i) {
         ppt::Shape* s = slide.shape(i);
         if (!s) continue;
         const std::string n = toLower(s->name());
-        if (contains(n, " tallix chart ") || contains(n, " tallix chart 0") || startsWith(n, "reshow ")) s->setVisible(true);
+        if (contains(n, " tallix chart ") || contains(n, " tallix chart 0") || startsWith(n, "reshow ")) found.push_back(s);
+    }
+    for (ppt::Shape* s : found) {
+        s->setVisible(true);
+        s->bringToFront();
     }
 }
 

@@ -1,5 +1,6 @@
 #include "presentation/PresentationTargets.h"
 
+#include "audio/AudioWindow.h"
 #include "core/Controller.h"
 #include "core/DebugForms.h"
 #include "ports/Desktop.h"
@@ -43,6 +44,12 @@ void PresentationTargets::enablePowerPoint() { c_.ports.desktop.enableProcessWin
 void PresentationTargets::toggleTopMost() { c_.watcher->TogglePPTSlideShowTopMost(-2, false); }
 
 void PresentationTargets::readActiveKeypads() { c_.voteRun->ReadActiveKeypads(); }
+void PresentationTargets::setActiveKeypads(const std::string& list) { c_.voteRun->SetActiveKeypads(list); }
+
+bool PresentationTargets::showAudio() {
+    showAudioWindow(c_);
+    return true;
+}
 
 void PresentationTargets::ctrlKeyPressed(const std::string& key) { c_.hotKeys->CtrlKeyPressed(key); }
 void PresentationTargets::altKeyPressed(const std::string& key) { c_.hotKeys->AltKeyPressed(key); }

@@ -17,6 +17,8 @@ public:
     void enablePowerPoint() override;
     void toggleTopMost() override;
     void readActiveKeypads() override;
+    void setActiveKeypads(const std::string& list) override;
+    bool showAudio() override;
     void ctrlKeyPressed(const std::string& key) override;
     void altKeyPressed(const std::string& key) override;
     void setHook() override;

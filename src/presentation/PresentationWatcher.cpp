@@ -27,15 +27,19 @@ bool PresentationWatcher::IsPowerPointRunning() const { return processRunning(c_
 
 bool PresentationWatcher::InitPPTObject(bool force) {
     presentation_ = nullptr;
+    // Switched off, the program is not there for us, attached or not.
+    if (!c_.glo.usePowerPoint) {
+        pptFound_ = false;
+        return false;
+    }
     if (force) pptFound_ = false;
     if (pptFound_) return true;
-    if (!c_.glo.usePowerPoint) return false;
     pptFound_ = IsPowerPointRunning();
     if (!pptFound_) return false;
     // Automation errors here only leave the flag as the caller sees it.
     try {
         c_.glo.ppApp = nullptr;
-        c_.glo.ppApp = c_.ports.presentation.getActiveObject();
+        c_.glo.ppApp = c_.getPowerPointObject();
         if (!c_.glo.ppApp) {
             pptFound_ = false;
             return false;
@@ -73,8 +77,16 @@ std::string PresentationWatcher::buildGotoMenu(ppt::Presentation& p) const {
     return menu;
 }
 
+void PresentationWatcher::forgetAttachment() {
+    pptFound_ = false;
+    presentation_ = nullptr;
+}
+
 void PresentationWatcher::SlideShowBegin(ppt::SlideShowWindow* Wn) {
     trap(c_.errors, kForm, "SlideShowBegin", [&] {
+        // Without a show window there is no show to begin; with the program switched off its
+        // window is not ours to touch.
+        if (!Wn || !c_.glo.usePowerPoint) return;
         c_.glo.slideShowActive = true;
         c_.trace("SLIDE SHOW BEGIN", "SlideShowBegin", kForm);
         ShowHideTaskBar();
@@ -82,11 +94,10 @@ void PresentationWatcher::SlideShowBegin(ppt::SlideShowWindow* Wn) {
             c_.trace("Minize All Windows", "SlideShowBegin", kForm);
             c_.ports.desktop.minimizeAllWindows();
         }
-        if (Wn) showWindow_ = Wn->hwnd();
-        if (!c_.settings.DisableForceSlideShowTopMost() && Wn && Wn->isFullScreen())
-            TogglePPTSlideShowTopMost(-1, false);
+        showWindow_ = Wn->hwnd();
+        if (!c_.settings.DisableForceSlideShowTopMost() && Wn->isFullScreen()) TogglePPTSlideShowTopMost(-1, false);
         c_.trace("Slide Show Activate", "SlideShowBegin", kForm);
-        if (Wn) Wn->activate();
+        Wn->activate();
         if (!c_.glo.ppApp) return;
         ppt::Presentation* p = c_.glo.ppApp->activePresentation();
         if (!p) return;
@@ -148,8 +159,9 @@ void PresentationWatcher::TogglePPTSlideShowTopMost(int mode, bool force) {
             if (!target && c_.settings.DisableForceSlideShowNoTopMost()) return;
         }
         if (c_.glo.ppApp) presentation_ = c_.glo.ppApp->activePresentation();
-        topMost_ = target;
+        // The remembered state is the one last applied: without a show window nothing is.
         if (!showWindow_) return;
+        topMost_ = target;
         c_.trace(std::string("Set Slide Show Window ") + (target ? "HWND_TOPMOST" : "HWND_NOTOPMOST"),
                  "TogglePPTSlideShowTopMost", kModule);
         c_.ports.desktop.setTopMost(showWindow_, target);
@@ -160,9 +172,10 @@ void PresentationWatcher::ShowHideTaskBar(bool eventActive, bool forceShow) {
     trap(c_.errors, kTaskBar, "ShowHideTaskBar", [&] {
         c_.trace("Begin, bEventActive=" + boolText(eventActive) + ", bForceShow=" + boolText(forceShow),
                  "ShowHideTaskBar", kTaskBar);
-        // The task bar would overlap a full-screen show.
+        // The task bar would overlap a full-screen show: one the controller follows, or (with
+        // eventActive) one that runs already, as at start-up.
         bool overlap = false;
-        if (c_.glo.slideShowActive && c_.glo.ppApp && c_.glo.ppApp->slideShowWindowCount() > 0)
+        if ((eventActive || c_.glo.slideShowActive) && c_.glo.ppApp && c_.glo.ppApp->slideShowWindowCount() > 0)
             overlap = c_.glo.ppApp->slideShowWindow(1)->isFullScreen();
         c_.trace("Check4Overlap = " + boolText(overlap), "ShowHideTaskBar", kTaskBar);
         Desktop& d = c_.ports.desktop;

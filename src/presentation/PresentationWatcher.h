@@ -20,6 +20,8 @@ public:
     // Attaches to the running program (never starts one); a set found-flag short-cuts it
     // unless force is given.
     bool InitPPTObject(bool force);
+    // Lets go of the attachment ("-noppt"): the next attach starts from the process list.
+    void forgetAttachment();
     bool IsPowerPointRunning() const;
 
     void SlideShowBegin(ppt::SlideShowWindow* Wn);
@@ -30,6 +32,7 @@ public:
 
     // mode: -1 (true) top-most, 0 not top-most, -2 toggle the remembered state.
     void TogglePPTSlideShowTopMost(int mode, bool force);
+    // eventActive: a show may run that the controller has not been told of (start-up).
     void ShowHideTaskBar(bool eventActive = false, bool forceShow = false);
 
     void tmrCheck4PPT_Timer();

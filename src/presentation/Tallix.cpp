@@ -45,7 +45,7 @@ void tallix::SlideShowBegin(ppt::SlideShowWindow* Wn) {
 void tallix::SlideShowBegin(std::int64_t window) {
     ppt::SlideShowWindow* Wn = nullptr;
     trap(c_.errors, kObject, "SlideShowBegin", [&] {
-        ppt::Application* app = c_.glo.ppApp ? c_.glo.ppApp : c_.ports.presentation.getActiveObject();
+        ppt::Application* app = c_.glo.ppApp ? c_.glo.ppApp : c_.getPowerPointObject();
         if (!app) return;
         const int count = app->slideShowWindowCount();
         for (int i = 1; i <= count && !Wn; ++i)
@@ -71,7 +71,7 @@ void tallix::SlideShowNextSlide() {
 int tallix::CurrentSlide() {
     int slide = 0;
     trap(c_.errors, kObject, "CurrentSlide", [&] {
-        ppt::Application* app = c_.glo.ppApp ? c_.glo.ppApp : c_.ports.presentation.getActiveObject();
+        ppt::Application* app = c_.glo.ppApp ? c_.glo.ppApp : c_.getPowerPointObject();
         if (!app) return;
         ppt::Presentation* p = app->activePresentation();
         if (!p) return;
@@ -97,7 +97,7 @@ void tallix::init(const std::string& NewArgs) {
         c_.trace("Mid - glo.InitialisedState = " + numText(c_.glo.InitialisedState), "Init", kObject);
         if (!NewArgs.empty()) {
             c_.glo.commandLine = NewArgs;
-            c_.glo.usePowerPoint = !icontains(c_.glo.commandLine, "-noppt");
+            c_.setUsePowerPoint(!icontains(c_.glo.commandLine, "-noppt"));
         }
         subscribe();
         c_.trace("End - glo.InitialisedState = " + numText(c_.glo.InitialisedState), "Init", kObject);
@@ -144,9 +144,10 @@ void tallix::unsubscribe() {
 }
 
 void Main(Controller& controller) {
-    // Forced on, then replaced by the setting, which decides whether a trace file is written.
+    // Forced on: Main's opening lines are traced before anything has read the setting, so
+    // every start leaves them in the dated trace file. GlobalInitSub replaces the flag with
+    // the setting ("LOGEVENTS TO FILE"), which decides about every later line.
     controller.glo.traceToFile = true;
-    controller.glo.traceToFile = controller.settings.LogEventsToFile();
     auto state = [&] { return numText(controller.glo.InitialisedState); };
     controller.trace("Initial Load from Main Sub - BEGIN, glo.InitialisedState=" + state(), "Main");
     controller.trace("Set oTLX = New tallix, glo.InitialisedState=" + state(), "Main");

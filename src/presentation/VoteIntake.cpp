@@ -23,15 +23,13 @@ void appendRecord(std::string& to, const std::string& keypad, const std::string&
     to += "],";
 }
 
-// The abstain key turns a vote (or the first part of a multi-part vote) into -2.
+// The abstain key turns a vote (or the first part of a multi-part vote) into -2. Parts are
+// compared as numbers, so "05;2" with key 5 becomes "-2;2".
 void applyAbstain(std::string& vote, int key) {
-    const std::string keyText = numText(key);
     const auto semi = vote.find(';');
-    if (semi != std::string::npos) {
-        if (vote.substr(0, semi) == keyText) vote = "-2" + vote.substr(semi);
-        return;
-    }
-    if (isNumeric(vote) && ParseNumber(vote) == key) vote = "-2";
+    const std::string first = vote.substr(0, semi);
+    if (!isNumeric(first) || ParseNumber(first) != key) return;
+    vote = semi == std::string::npos ? std::string("-2") : "-2" + vote.substr(semi);
 }
 }  // namespace
 

@@ -27,24 +27,22 @@ void VoteRun::tmrCheck4Vote_Timer() {
     MainForm* m = c_.mainForm();
     if (!m) return;
     trap(c_.errors, kForm, "tmrCheck4Vote_Timer", [&] {
-        // A refusal leaves nothing behind, the armed check included: one V press, one check.
+        // A refusal before the check proper leaves the check armed: it tries again on the next
+        // tick until the controller and the presentation program are there. From then on one
+        // V press gives one check.
         if (c_.glo.ShuttingDown) {
-            m->tmrCheck4Vote.setEnabled(false);
             logCheck("V Down: tmrCheck4Vote_Timer: glo.ShuttingDown=TRUE");
             return;
         }
         if (c_.glo.InitialisedState != INIT_STATE_INITIALISED) {
-            m->tmrCheck4Vote.setEnabled(false);
             logCheck("V Down: tmrCheck4Vote_Timer: glo.InitialisedState <> INIT_STATE_INITIALISED");
             return;
         }
         if (!c_.watcher->InitPPTObject(false)) {
-            m->tmrCheck4Vote.setEnabled(false);
             logCheck("V Down: tmrCheck4Vote_Timer: InitPPTObject=FALSE");
             return;
         }
         if (!c_.watcher->IsPowerPointRunning()) {
-            m->tmrCheck4Vote.setEnabled(false);
             logCheck("V Down: tmrCheck4Vote_Timer: IsPowerPointRunning=FALSE");
             return;
         }
@@ -113,7 +111,7 @@ void VoteRun::tmrVKeyPressed_Timer() {
 
 void VoteRun::ReadActiveKeypads() {
     trap(c_.errors, kModule, "ReadActiveKeypads", [&] {
-        if (!c_.glo.ppApp) c_.glo.ppApp = c_.ports.presentation.getActiveObject();
+        if (!c_.glo.ppApp) c_.glo.ppApp = c_.getPowerPointObject();
         if (!c_.glo.ppApp) return;
         ppt::Presentation* p = c_.glo.ppApp->activePresentation();
         if (!p) return;
@@ -124,12 +122,12 @@ void VoteRun::ReadActiveKeypads() {
 
 void VoteRun::SetActiveKeypads(const std::string& list) {
     trap(c_.errors, kModule, "SetActiveKeypads", [&] {
-        std::string rest = list;
-        if (startsWith(rest, ",")) rest.erase(0, 1);
-        if (endsWith(rest, ",")) rest.pop_back();
-        if (!c_.glo.ppApp) c_.glo.ppApp = c_.ports.presentation.getActiveObject();
+        // The intake's list and the tag that the next vote start reads back say the same.
+        c_.glo.ActiveKeypads = activeKeypadsText(list);
+        if (!c_.glo.ppApp) c_.glo.ppApp = c_.getPowerPointObject();
         if (!c_.glo.ppApp) return;
-        if (ppt::Presentation* p = c_.glo.ppApp->activePresentation()) p->tags().add("ActiveKeypads", rest);
+        if (ppt::Presentation* p = c_.glo.ppApp->activePresentation())
+            p->tags().add("ActiveKeypads", activeKeypadsTag(list));
     });
 }
 
@@ -152,6 +150,7 @@ int VoteRun::VoteStart() {
     int taking = 0;
     trap(c_.errors, kModule, "StartVote", [&] {
         c_.trace("*** VOTE STARTED ***", "StartVote", kModule);
+        c_.logs.voteTrace("*** VOTE STARTED ***");
         startedPorts_.clear();
         ReadActiveKeypads();
         c_.glo.voteRunning = true;
@@ -164,6 +163,8 @@ int VoteRun::VoteStart() {
                 startedPorts_ += mark;
                 if (Black3Driver* v3 = c_.drivers->black3()) {
                     v3->StartVote(b.port);
+                    // The oldest driver reads the flag too: a comms error now is one during a vote.
+                    c_.glo.Voting = true;
                     ++taking;
                 }
             } else if (type == "KELVARIN COREHUB" || type == "KELVARIN COREHUB G1") {
@@ -194,6 +195,7 @@ int VoteRun::VoteStart() {
 void VoteRun::VoteEnd() {
     trap(c_.errors, kModule, "EndVote", [&] {
         c_.trace("*** VOTE ENDED ***", "EndVote", kModule);
+        c_.logs.voteTrace("*** VOTE ENDED ***");
         c_.glo.voteRunning = false;
         std::string ended;
         for (const auto& b : c_.glo.bases) {

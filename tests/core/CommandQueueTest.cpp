@@ -7,6 +7,7 @@
 #include "CommandChannelFixture.h"
 #include "core/Controller.h"
 #include "core/Logs.h"
+#include "core/SmallForms.h"
 #include "presentation/Tallix.h"
 
 using namespace tlx;
@@ -233,6 +234,23 @@ TEST_F(CommandChannel, SendTimerWaitsForInitialisation) {
     w.scheduler.advance(50);
     ASSERT_EQ(sent.size(), 1u);
     EXPECT_EQ(sent[0], "early");
+    // Going down, nothing more leaves.
+    w.main().AddDataToTxQueue("late");
+    w.glo().ShuttingDown = true;
+    w.scheduler.advance(500);
+    EXPECT_EQ(sent.size(), 1u);
+}
+
+TEST_F(CommandChannel, TheKeypadTestWindowAlsoGetsTheOutgoingDataWhileLoaded) {
+    auto& ktest = w.c().forms.load<KeypadTestForm>(w.c());
+    EXPECT_TRUE(w.main().keypadTestActive);
+    w.main().AddDataToTxQueue("[1;2],");
+    w.main().AddDataToTxQueue("[3;4],");
+    w.scheduler.advance(50);
+    EXPECT_EQ(ktest.received, (std::vector<std::string>{"[1;2],\r\n[3;4],"}));
+    EXPECT_EQ(sent, ktest.received);
+    w.c().forms.unload(ktest);
+    EXPECT_FALSE(w.main().keypadTestActive);
 }
 
 TEST_F(CommandChannel, AnyBytesOfAnyLengthNeverBreakTheDispatcher) {

@@ -93,13 +93,11 @@ TEST_F(CommandChannel, StartAndEndVote) {
     EXPECT_EQ(w.glo().keypadVoteTimes[0], -1.0);
 
     w.glo().votesReceived = 12;
-    w.glo().optionValues = {1.0f, 2.0f};
     send("PCAOPTIONS=1,2\r\nENDVOTE");
     EXPECT_EQ(w.glo().votesReceived, 0);
     EXPECT_EQ(w.glo().textVoteOptions, "");
     EXPECT_FALSE(w.glo().voteStartedByCommand);
     EXPECT_FALSE(w.glo().voteRunning);
-    EXPECT_EQ(w.glo().optionValues, (std::vector<float>{-1.0f, -1.0f}));
     // The vote run's end step first, then every loaded Corehub driver.
     const std::vector<std::string> expected = {"voteStart", "voteEnd", "g1.EndVote(False,False)",
                                                "g2.EndVote(False,False)"};
@@ -138,8 +136,14 @@ TEST_F(CommandChannel, KeyboardVotingSwitchSavesAndRestoresTheFirstBaseType) {
 }
 
 TEST_F(CommandChannel, ShowEditTimerAndDebugView) {
-    send("PPA_STARTSHOWEDIT");
+    int ticks = 0;
+    w.main().tmr_Check4TLXEdit.onTick = [&] { ++ticks; };
+    send("PPA_STARTSHOWEDIT");  // enabled 50 ms in, when the queue runs
     EXPECT_TRUE(w.main().tmr_Check4TLXEdit.enabled());
+    w.scheduler.advance(349);
+    EXPECT_EQ(ticks, 0);
+    w.scheduler.advance(1);  // every half second
+    EXPECT_EQ(ticks, 1);
     send("ppa_endshowedit");
     EXPECT_FALSE(w.main().tmr_Check4TLXEdit.enabled());
     EXPECT_FALSE(w.main().debugView);
@@ -254,6 +258,21 @@ TEST_F(CommandChannel, PcaOptionsStoreOneTrailingComma) {
     EXPECT_EQ(w.glo().textVoteOptions, "");
 }
 
+TEST_F(CommandChannel, PerOptionValuesResetAtVoteStartNotAtVoteEnd) {
+    send("options=3\r\nrandomvotestring=1;2;3\r\nENDVOTE");
+    EXPECT_EQ(w.glo().optionValues, (std::vector<float>{1.0f, 2.0f, 3.0f}));
+    send("STARTVOTE");
+    EXPECT_EQ(w.glo().optionValues, (std::vector<float>{-1.0f, -1.0f, -1.0f}));
+}
+
+TEST_F(CommandChannel, AbstainSetsTheMainFormsAbstainOptionAndZeroTurnsItOff) {
+    send("abstain=5");
+    EXPECT_TRUE(w.main().Opt_Abstain);
+    EXPECT_EQ(w.main().key_Abstain, 5);
+    send("ABSTAIN=0");
+    EXPECT_FALSE(w.main().Opt_Abstain);
+}
+
 TEST_F(CommandChannel, KeysInAnyCaseAndValuesKeepTheirCase) {
     send("votename=Q1");
     EXPECT_EQ(w.glo().voteName, "Q1");
@@ -266,19 +285,18 @@ TEST_F(CommandChannel, KeysInAnyCaseAndValuesKeepTheirCase) {
     EXPECT_EQ(w.glo().prevoteText, "Get Ready");
     EXPECT_EQ(w.glo().answerText, "A|B");
     EXPECT_EQ(w.glo().questionTextShort, "Lunch?");
-    EXPECT_EQ(w.glo().keypadsActive, ",3,7,");
+    EXPECT_EQ(w.glo().ActiveKeypads.text(), ",3,7,");
     EXPECT_EQ(w.glo().voteType, "SingleDigit");
     send("votetype=9.0");
     EXPECT_EQ(w.glo().voteType, "9");
 }
 
 TEST_F(CommandChannel, NumbersFillTheirFieldsAndClampAtTheirEnds) {
-    send("options=12\r\nstartfrom=0\r\nkelvarindisplay=2\r\nabstain=5\r\nallocation=100\r\nlimits=3\r\n"
+    send("options=12\r\nstartfrom=0\r\nkelvarindisplay=2\r\nallocation=100\r\nlimits=3\r\n"
          "points=1,000\r\nkvpoptions=7");
     EXPECT_EQ(w.glo().optionCount, 12);
     EXPECT_EQ(w.glo().startFrom, 0);
     EXPECT_EQ(w.glo().kelvarinDisplay, 2);
-    EXPECT_EQ(w.glo().abstainKey, 5);
     EXPECT_EQ(w.glo().allocation, 100);
     EXPECT_EQ(w.glo().limits, 3);
     EXPECT_EQ(w.glo().points, 1000);

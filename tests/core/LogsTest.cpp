@@ -46,14 +46,22 @@ TEST(TraceFile, VoteDataTraceLine) {
               "[22/11/26 09:30:00.000]  | VOTE RX - ACCEPTED [1;2],\r\n");
 }
 
-TEST(TraceFile, NothingIsWrittenWithTheSwitchOffOrAbsent) {
+// Main forces the switch on before anything can read the setting, so the lines before
+// GlobalInitSub reads it are traced on every start; from then on the switch decides.
+TEST(TraceFile, WithTheSwitchOffOrAbsentOnlyTheForcedLinesBeforeTheSettingIsReadAreWritten) {
     for (const char* value : std::initializer_list<const char*>{"0", nullptr}) {
         TestWorld w;
         if (value) w.writeSettings("DEBUG", "LOGEVENTS TO FILE", value);
         w.start();
         w.c().logs.voteTrace("x");
         EXPECT_FALSE(w.glo().traceToFile);
-        EXPECT_TRUE(fs::is_empty(w.temp())) << (value ? value : "absent");
+        std::vector<std::string> texts;
+        for (const auto& l : w.traceLines()) texts.push_back(l.substr(l.rfind("] | ") + 4));
+        EXPECT_EQ(texts, (std::vector<std::string>{"Initial Load from Main Sub - BEGIN, glo.InitialisedState=0",
+                                                   "Set oTLX = New tallix, glo.InitialisedState=0",
+                                                   "Begin - glo.InitialisedState = 0"}))
+            << (value ? value : "absent");
+        EXPECT_FALSE(fs::exists(w.c().logs.voteTraceFilePath()));
     }
 }
 

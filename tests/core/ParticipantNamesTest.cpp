@@ -100,7 +100,8 @@ TEST_F(Names, NamesTxtKeepsTheFirstOfADuplicateAndSaysWhich) {
     EXPECT_EQ(w.dialogs.shown[0].text, std::string(kDuplicatesHead) + "\r\n - 5\r\n - 6");
 }
 
-TEST_F(Names, NamesTxtKeepsGoodLinesAroundBadOnes) {
+TEST_F(Names, NamesTxtKeepsGoodLinesAroundBadOnesAndReportsThemInTheLog) {
+    w.start();
     writeFile(folder / "names.txt",
               "\xEF\xBB\xBF"
               "1,Ann\n"                        // no weighting: counts once
@@ -117,6 +118,8 @@ TEST_F(Names, NamesTxtKeepsGoodLinesAroundBadOnes) {
     EXPECT_EQ(table(w.glo()),
               (std::vector<std::string>{"1|Ann|1", "2|Smith, John|3", "3|Spaced|0", "4||1", "5|Last|7"}));
     EXPECT_TRUE(w.dialogs.shown.empty());
+    EXPECT_TRUE(w.logged(" - XX - Participant rows NOT imported, keypad not from 1 to 32767: keypad, 0, -4, "
+                         "99999, garbage without commas"));
 }
 
 TEST_F(Names, ThePresentationTagTakesPrecedenceOverEveryFile) {
@@ -223,6 +226,22 @@ TEST_F(Names, NothingIsLoadedWithoutAPresentationOrWhenSwitchedOff) {
     ppt.app.open("");
     EXPECT_EQ(load(), "No participant list found");
     EXPECT_TRUE(w.dialogs.shown.empty());
+}
+
+TEST_F(Names, RefusedLoadsLeaveTheListAsItWas) {
+    writeFile(folder / "names.txt", "3,Ann,2\r\n");
+    w.start();
+    std::vector<std::string> sent;
+    w.main().FromCtrlForm.connect([&](const std::string& s) { sent.push_back(s); });
+    w.writeSettings("DEBUG", "DISABLE PARTICIPANT LIST", "1");
+    w.main().AddDataToCommandQueue("LOADNAMES");
+    w.scheduler.advance(200);
+    EXPECT_EQ(table(w.glo()), (std::vector<std::string>{"3|Ann|2"}));
+    w.writeSettings("DEBUG", "DISABLE PARTICIPANT LIST", "0");
+    ppt.app.active = -1;  // no active presentation
+    w.main().AddDataToCommandQueue("GETNAMES");
+    w.scheduler.advance(200);
+    EXPECT_EQ(sent, (std::vector<std::string>{"StartListOfNames\r\n3, Ann, 2\r\nEndListOfNames"}));
 }
 
 TEST_F(Names, GetNamesRepliesWithTheFreshListAndLoadNamesRereadsIt) {

@@ -4,6 +4,7 @@
 #include "core/MainForm.h"
 #include "core/SmallForms.h"
 #include "core/Text.h"
+#include "ports/AppError.h"
 #include "support/TestWorld.h"
 
 using namespace tlx;
@@ -87,14 +88,66 @@ TEST(Quit, YesShutsDownInOrderAndEndsTheProcessFromATimer) {
     EXPECT_EQ(rest, expected);
 }
 
-TEST(Shutdown, StopsEveryTimerOfTheMainForm) {
+// Closing the ports may wait for a base's answer and let other events run meanwhile; by then
+// none of the main form's timers may be left to run.
+TEST(Shutdown, NoTimerOfTheMainFormRunsWhileThePortsClose) {
     TestWorld w;
     w.start();
-    auto& main = w.main();
-    std::vector<Timer*> running;
-    for (Timer* t : main.timers()) t->setEnabled(true);
-    main.stopTimers();
-    for (Timer* t : main.timers()) EXPECT_FALSE(t->enabled()) << t->name();
+    struct SlowToClose : NoBaseDrivers {
+        explicit SlowToClose(Scheduler& s) : scheduler(s) {}
+        void closePorts() override { scheduler.waitUntil([] { return false; }, 1.0); }
+        Scheduler& scheduler;
+    };
+    w.c().drivers = std::make_unique<SlowToClose>(w.scheduler);
+    MainForm& m = w.main();
+    std::vector<std::string> ran;
+    for (Timer* t : {&m.tmr_executeCommand, &m.tmr_SendData, &m.tmr_VotesRxBuffer, &m.tmrCheck4Vote, &m.tmrRunVote,
+                     &m.tmrVKeyPressed, &m.tmrCheck4PPT, &m.tmrCheckSlideShow, &m.tmr_Check4TLXEdit,
+                     &m.tmr_refreshLowLevelKeyboardHook, &m.tmr_simulateVotes, &m.tmr_IconAnimate}) {
+        t->onTick = [&ran, t] { ran.push_back(t->name()); };
+        t->setEnabled(true);
+    }
+    w.c().FullShutdown(false);
+    EXPECT_TRUE(ran.empty()) << join(ran, ", ");
+}
+
+// A window that raises in its unload handler.
+class FailingForm : public Form {
+public:
+    FailingForm() : Form("frmFailing") {}
+
+protected:
+    void unloading() override { throw AppError(5, "Invalid procedure call"); }
+};
+
+TEST(Shutdown, EveryStepRunsUnderItsOwnTrapSoAFailureSkipsNothing) {
+    TestWorld w;
+    w.start();
+    w.c().forms.load<FailingForm>();
+    w.c().FullShutdown(false);
+    EXPECT_FALSE(w.tray.icon);
+    EXPECT_EQ(w.c().mainForm(), nullptr);
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.desktop.ended());
+    const std::string errLog = readFile(w.c().logs.errLogPath());
+    EXPECT_TRUE(contains(errLog, "Description: Invalid procedure call\r\nModule: Controller\r\nProcedure: FullShutdown"));
+}
+
+TEST(Shutdown, TheAudioReferencesGoBeforeTheMainForm) {
+    bool released = false, mainFormLoaded = false, over = false;
+    TestWorld w;
+    w.start();
+    Controller* c = &w.c();
+    w.c().audioReferences.push_back(std::shared_ptr<int>(new int(0), [&, c](int* p) {
+        delete p;
+        if (over) return;
+        released = true;
+        mainFormLoaded = c->mainForm() != nullptr;
+    }));
+    w.c().FullShutdown(false);
+    EXPECT_TRUE(released);
+    EXPECT_TRUE(mainFormLoaded);
+    over = true;
 }
 
 TEST(Shutdown, WithTheMainFormAlreadyGoneTheProcessStillEnds) {

@@ -4,6 +4,7 @@
 #include "core/MainForm.h"
 #include "core/PortFile.h"
 #include "core/Text.h"
+#include "support/FakePresentation.h"
 #include "support/TestWorld.h"
 
 using namespace tlx;
@@ -69,6 +70,8 @@ TEST(Startup, TraceOfMainAndGlobalInitSub) {
         "Begin - glo.InitialisedState = 0",
         "Begin - glo.InitialisedState = 0",
         "Mid - glo.InitialisedState = 1",
+        "Begin, bEventActive=True, bForceShow=False",  // the task bar at step 6
+        "Check4Overlap = False",
         "Full Load Time Taken",
         "End - glo.InitialisedState = 2",
         "Set oTLX = Nothing, glo.InitialisedState=2",
@@ -194,17 +197,56 @@ TEST(BaseConnection, NoBaseUpReportsEachThatFailed) {
     EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
 }
 
-TEST(BaseConnection, PresenterKeypadWarning) {
+TEST(BaseConnection, PresenterKeypadWarningWhetherOrNotABaseCameUp) {
+    for (const std::vector<std::string>& up : {std::vector<std::string>{"100100100100"}, std::vector<std::string>{}}) {
+        TestWorld w;
+        writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
+        w.writeSettings("KELVARIN OPTIONS", "CONTROL KEYPAD", "1");
+        w.c().drivers = std::make_unique<FakeDrivers>(w.c(), up);
+        w.start();
+        ASSERT_FALSE(w.dialogs.shown.empty());
+        EXPECT_EQ(w.dialogs.shown.back().title, "Presenter Keypad Enabled");
+        EXPECT_EQ(w.dialogs.shown.back().text,
+                  "With the presenter keypad enabled it is very important to close\r\n"
+                  " all instances of PowerPoint before unplugging the Kelvarin Base Station");
+        EXPECT_EQ(w.dialogs.shown.size(), up.empty() ? 2u : 1u);
+    }
+}
+
+TEST(Startup, VoteBuffersAreSizedToTheConfiguredKeypadsBeforeAnyVote) {
     TestWorld w;
-    writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
-    w.writeSettings("KELVARIN OPTIONS", "CONTROL KEYPAD", "1");
-    w.c().drivers = std::make_unique<FakeDrivers>(w.c(), std::vector<std::string>{"100100100100"});
+    writePorts(w, {{"1", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}, {"2", "KELVARIN COREHUB G2", 1, 30, false, 0, 40}});
+    w.c().drivers = std::make_unique<FakeDrivers>(w.c(), std::vector<std::string>{"1", "2"});
     w.start();
-    ASSERT_EQ(w.dialogs.shown.size(), 1u);
-    EXPECT_EQ(w.dialogs.shown[0].title, "Presenter Keypad Enabled");
-    EXPECT_EQ(w.dialogs.shown[0].text,
-              "With the presenter keypad enabled it is very important to close\r\n"
-              " all instances of PowerPoint before unplugging the Kelvarin Base Station");
+    EXPECT_EQ(w.glo().keypadVotes, std::vector<int>(71, -1));  // keypads 0..70
+    EXPECT_EQ(w.glo().keypadVoteTimes, std::vector<double>(71, -1.0));
+}
+
+TEST(Startup, AShowAlreadyRunningKeepsTheTaskBarHidden) {
+    TestWorld w;
+    pptx::DeckPlan plan;
+    plan.slides.resize(2);
+    w.openDeck(plan);
+    w.presentation.Begin();
+    w.desktop.showTaskBar(false);
+    w.start();
+    EXPECT_FALSE(w.desktop.taskBarVisible());
+    TestWorld without;
+    without.desktop.showTaskBar(false);
+    without.start();
+    EXPECT_TRUE(without.desktop.taskBarVisible());
+}
+
+// Programs from Office 2000 on report their slide-show events; older ones are polled.
+TEST(Startup, TheSlideShowPollRunsOnlyForAProgramOlderThanOffice2000) {
+    for (const std::string version : {"8.0", "9.0", "16.0"}) {
+        FakePresentationApp ppt;
+        ppt.app.versionText = version;
+        TestWorld w;
+        useFakePresentation(w, ppt);
+        w.start();
+        EXPECT_EQ(w.main().tmrCheckSlideShow.enabled(), version == "8.0") << version;
+    }
 }
 
 TEST(Startup, ShuttingDownDuringInitialisationStopsTheRestAndShutsDown) {

@@ -36,6 +36,10 @@ struct OldBaseWorld {
     }
     kpdriver_KELVARIN_BLACK_3& v3() { return *drivers.v3(); }
     void settle() { w.scheduler.advance(100); }
+    void startVote() {
+        w.main().AddDataToCommandQueue("STARTVOTE");
+        settle();
+    }
     std::size_t messages(const std::string& text) {
         std::size_t n = 0;
         for (const auto& s : w.dialogs.shown) n += s.text == text ? 1 : 0;
@@ -80,7 +84,7 @@ TEST(Black3, ConfigurationRecoveryCheck) {
 
 TEST(Black3, EveryCommsErrorDuringAVoteEndsItWithTheMessage) {
     OldBaseWorld o;
-    o.w.glo().Voting = true;
+    o.startVote();
     o.w.baseLibrary.error("3", 1);
     o.settle();
     EXPECT_EQ(o.v3().CommsErrorCounter("3"), 0);
@@ -103,7 +107,7 @@ TEST(Black3, CommsErrorOutsideAVoteOrDuringSetUp) {
     EXPECT_EQ(o.messages(kCommsMessage), 1u);
     EXPECT_FALSE(o.w.logged("Base Station Failure"));
     o.w.c().forms.load<FrmInit>(o.w.c());
-    o.w.glo().Voting = true;
+    o.startVote();
     o.w.baseLibrary.error("3", 1);
     o.settle();
     EXPECT_EQ(o.messages(kCommsMessage), 1u);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "DriverWorld.h"
+#include "core/SmallForms.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -140,7 +141,7 @@ TEST(ControllerVote, LetterAnswersBecomeNumbersOnlyForLetterKeypads) {
     EXPECT_EQ(send("C"), "C");
     EXPECT_EQ(send(""), "<dropped>");
     EXPECT_EQ(send("  "), "<dropped>");
-    d.glo().extendedVoteData = true;
+    d.w.c().forms.load<KeypadTestForm>(d.w.c());  // the keypad test wants the readings too
     EXPECT_EQ(send("4"), "4;385;-45");
 }
 

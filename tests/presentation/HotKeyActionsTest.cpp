@@ -1,4 +1,5 @@
 // The Ctrl and Alt actions on the current slide's shapes and tags.
+#include "audio/AudioWindow.h"
 #include "presentation/HotKeys.h"
 
 #include "platform/sim/SimPresentation.h"
@@ -37,6 +38,29 @@ TEST(CtrlActions, GShowsTheChartsOfAReplaySlide) {
     EXPECT_FALSE(w.visible("other"));
     EXPECT_TRUE(w.logged("ACTIONED - 'G'"));
     EXPECT_TRUE(w.logged("CTRL KEY PRESSED ACTIONED - 'G'"));
+    // Pasted again, the charts lie on top of what was added after them.
+    std::vector<std::string> order;
+    for (int i = 1; i <= w.current().shapeCount(); ++i) order.push_back(w.current().shape(i)->name());
+    const std::vector<std::string> top(order.end() - 3, order.end());
+    EXPECT_EQ(top, (std::vector<std::string>{" tallix chart 1", " tallix chart 02", "reshow 1"}));
+}
+
+TEST(CtrlActions, DigitsOnAMicrophoneSlideReachTheAudioWindow) {
+    ActionWorld w({slide("Floor", {{"Murmelo", "True"}}),
+                   slide("Panel", {{"Murmelo", "True"}, {"TLXVOTE", "<MurmeloControlPanel>True</MurmeloControlPanel>"}})});
+    w.presentation.Begin();
+    w.ctrl("3");
+    auto* audio = w.c().forms.get<frmAudio>(frmAudio::kName);
+    ASSERT_NE(audio, nullptr);
+    EXPECT_TRUE(audio->Visible());
+    EXPECT_FALSE(audio->controlPanelVisible);
+    EXPECT_TRUE(w.logged("CTRL KEY PRESSED ACTIONED - '3'"));
+    w.presentation.Next();
+    w.ctrl("0");
+    EXPECT_EQ(w.c().forms.get<frmAudio>(frmAudio::kName), audio);  // loaded once
+    EXPECT_TRUE(audio->controlPanelVisible);
+    EXPECT_EQ(audio->slideTurns, (std::vector<int>{3, 0}));
+    EXPECT_EQ(w.main().txt_command, "");  // nothing queued: no chart program either
 }
 
 TEST(CtrlActions, TStepsThroughASequenceChartByChart) {

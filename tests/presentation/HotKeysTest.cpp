@@ -3,6 +3,7 @@
 #include "core/MainForm.h"
 #include "core/Text.h"
 #include "presentation/HotKeys.h"
+#include "presentation/PresentationWatcher.h"
 #include "support/TestWorld.h"
 
 using namespace tlx;
@@ -162,6 +163,21 @@ TEST(CtrlKey, GuardsWithoutThePresentationProgram) {
     EXPECT_TRUE(w.logged("CTRL KEY PRESSED EXIT - Not InitPPTObject"));
     w.c().hotKeys->AltKeyPressed("A");
     EXPECT_TRUE(w.logged("ALT KEY PRESSED EXIT - glo.ppApp Is Nothing"));
+    EXPECT_FALSE(w.logged("ALT KEY PRESSED EXIT - Not InitPPTObject"));
+}
+
+// Alt exits on a failed attach as Ctrl does; its exit line names the empty program object
+// when there is none, and otherwise says the attach failed.
+TEST(AltKey, AFailedAttachExitsAndNamesAnEmptyProgramObjectElseTheAttach) {
+    TestWorld w;
+    w.start();
+    w.presentation.quit();
+    w.c().watcher->InitPPTObject(true);  // fails; the program object is still the old one
+    ASSERT_NE(w.glo().ppApp, nullptr);
+    w.c().hotKeys->AltKeyPressed("A");
+    EXPECT_TRUE(w.logged(" - XX - InitPPTObject FAILED"));
+    EXPECT_TRUE(w.logged("ALT KEY PRESSED EXIT - Not InitPPTObject"));
+    EXPECT_FALSE(w.logged("glo.ppApp.Presentations"));
 }
 
 TEST(CtrlKey, NoOpenPresentation) {

@@ -1,5 +1,6 @@
 #include "presentation/Tallix.h"
 
+#include "presentation/HotKeys.h"
 #include "presentation/PresentationFixture.h"
 
 using namespace tlx;
@@ -37,6 +38,42 @@ TEST(AutomationClass, NoPptAnywhereInTheArgumentsInAnyCase) {
     EXPECT_FALSE(w.glo().usePowerPoint);
     t.init("");  // an empty text keeps what was stored
     EXPECT_FALSE(w.glo().usePowerPoint);
+}
+
+TEST(AutomationClass, NoPptKeepsTheControllerAwayFromAnAttachedProgram) {
+    ShowWorld w({slide("One"), slide("Vote", {{"TLXVOTE", "x"}})});
+    w.presentation.Begin();
+    w.presentation.Next();
+    w.presentation.active()->tags().add("tlxCurrentSlide", "2");
+    EXPECT_EQ(w.addIn->CurrentSlide(), 2);
+    w.addIn->init("-noppt");
+    EXPECT_EQ(w.addIn->CurrentSlide(), 0);
+    w.typeKey('V');
+    w.scheduler.advance(100);
+    EXPECT_TRUE(w.logged("V Down: tmrCheck4Vote_Timer: InitPPTObject=FALSE"));
+    w.c().hotKeys->CtrlKeyPressed("G");
+    EXPECT_TRUE(w.logged("CTRL KEY PRESSED EXIT - Not InitPPTObject"));
+    w.main().AddDataToCommandQueue("NEXTSLIDE\r\nkeypadsactive=3");
+    w.scheduler.advance(100);
+    EXPECT_EQ(w.presentation.CurrentSlide().value, 2);
+    EXPECT_EQ(w.presentation.PresentationTag("ActiveKeypads").value, "");
+    EXPECT_TRUE(w.presentation.macrosRun().empty());
+    // Switched on again, the check that V armed finds its vote.
+    w.addIn->init("plain");
+    w.scheduler.advance(100);
+    EXPECT_EQ(w.presentation.macrosRun(), (std::vector<std::string>{"DoRapidpoll"}));
+}
+
+TEST(AutomationClass, VoteLoadedAndSlideShowBeginDoNothingWithoutARunningShow) {
+    ShowWorld w({slide("One")});
+    w.glo().traceToFile = true;
+    w.addIn->VoteLoaded();
+    w.addIn->SlideShowBegin(nullptr);
+    w.addIn->SlideShowBegin(std::int64_t{1});
+    EXPECT_FALSE(w.glo().slideShowActive);
+    EXPECT_EQ(w.count("g2.SetPresenterGotoMenu(Exit|1:One)"), 0);
+    EXPECT_FALSE(w.traced("SLIDE SHOW BEGIN"));
+    EXPECT_TRUE(w.desktop.taskBarVisible());
 }
 
 TEST(AutomationClass, CurrentSlideIsTheTagsNumber) {

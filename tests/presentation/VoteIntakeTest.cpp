@@ -93,14 +93,15 @@ TEST(VoteIntake, RepeatVotesAreForwardedButCountOneVoter) {
     EXPECT_EQ(w.c().intake->distinctVoters(), 1);
 }
 
-TEST(VoteIntake, AbstainKeyBecomesMinusTwo) {
+TEST(VoteIntake, TheAbstainLineMakesItsKeyMinusTwoComparingTheFirstPartAsANumber) {
     IntakeWorld w;
-    w.main().Opt_Abstain = true;
-    w.main().key_Abstain = 5;
-    w.votes(1, {{1, "5"}, {2, "5;2"}, {3, "2;5"}, {4, "15"}, {5, "4"}});
+    w.main().AddDataToCommandQueue("abstain=5");
+    w.scheduler.advance(60);
+    w.votes(1, {{1, "5"}, {2, "05;2"}, {3, "5;2"}, {4, "2;5"}, {5, "15"}, {6, "4"}});
     w.flush();
-    EXPECT_EQ(w.sent[0], "[1;-2],[2;-2;2],[3;2;5],[4;15],[5;4],");
-    w.main().Opt_Abstain = false;
+    EXPECT_EQ(w.sent.back(), "[1;-2],[2;-2;2],[3;-2;2],[4;2;5],[5;15],[6;4],");
+    w.main().AddDataToCommandQueue("abstain=0");
+    w.scheduler.advance(60);
     w.votes(1, {{1, "5"}});
     w.flush();
     EXPECT_EQ(w.sent.back(), "[1;5],");

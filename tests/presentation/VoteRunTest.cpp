@@ -1,3 +1,4 @@
+#include "presentation/VoteIntake.h"
 #include "presentation/VoteRun.h"
 #include "presentation/PresentationWatcher.h"
 
@@ -61,7 +62,11 @@ TEST(VKey, WithoutAShowOrAPresentationProgram) {
     w.main().tmrCheck4Vote.setEnabled(true);
     w.scheduler.advance(100);
     EXPECT_TRUE(w.logged("V Down: tmrCheck4Vote_Timer: InitPPTObject=FALSE"));
-    EXPECT_FALSE(w.main().tmrCheck4Vote.enabled());  // a refusal leaves nothing armed
+    // A refusal before the check proper tries again on the next tick, until the check runs.
+    EXPECT_TRUE(w.main().tmrCheck4Vote.enabled());
+    w.presentation.start();
+    w.scheduler.advance(100);
+    EXPECT_FALSE(w.main().tmrCheck4Vote.enabled());
 }
 
 TEST(VKey, AMicrophoneSlideAsksForTheAudioWindow) {
@@ -143,6 +148,41 @@ TEST(VoteStart, EveryBaseTypeOnItsDriverAndEachOldPortOnce) {
     w.c().voteRun->VoteEnd();
     EXPECT_EQ(w.calls, (CallLog{"black3.EndVote(3)", "black3.EndVote(4)"}));
     EXPECT_FALSE(w.glo().Voting);
+}
+
+TEST(VoteStart, AVoteOnTheOldestBasesAloneIsAVoteRunningToo) {
+    ShowWorld w({slide("One")});
+    w.drivers->withBlack3 = true;
+    w.glo().bases = {base("3", "KELVARIN BASE V3")};
+    w.c().voteRun->VoteStart();
+    EXPECT_TRUE(w.glo().Voting);
+    w.c().voteRun->VoteEnd();
+    EXPECT_FALSE(w.glo().Voting);
+}
+
+// The vote-data trace is written only while "LOGEVENTS TO FILE" is on, as every trace file
+// is: with it off a busy vote would open and close a file for every key press.
+TEST(VoteDataTrace, OnlyWithLogEventsToFileOnAndEachVoteFramedInIt) {
+    ShowWorld w({slide("One")});
+    w.glo().bases = {base("100", "KELVARIN COREHUB G2", 1, 40)};
+    auto vote = [&] {
+        w.c().voteRun->VoteStart();
+        std::vector<float> keypads{1, 99};
+        std::vector<std::string> votes{"2", "3"};
+        w.c().intake->SendVotes(keypads, votes, 0, 1);
+        w.c().voteRun->VoteEnd();
+    };
+    vote();
+    const auto file = w.c().logs.voteTraceFilePath();
+    EXPECT_FALSE(std::filesystem::exists(file));
+    w.glo().traceToFile = true;
+    vote();
+    std::vector<std::string> texts;
+    for (const auto& line : split(readFile(file), "\r\n"))
+        if (!line.empty()) texts.push_back(line.substr(line.find(" | ") + 3));
+    EXPECT_EQ(texts, (std::vector<std::string>{"*** VOTE STARTED ***", "VOTE RX - ACCEPTED: [1;2],",
+                                               "VOTE RX - REJECTED: [99;3],", "ACTIVE KPADS: ", "MAX KPAD NUM: 40",
+                                               "*** VOTE ENDED ***"}));
 }
 
 TEST(VoteStart, ActiveKeypadsAreReadAgainAtEveryStart) {

@@ -88,6 +88,14 @@ TEST(SlideShow, ToggleTopMostRemembersItsState) {
     EXPECT_FALSE(w.desktop.topMost(hwnd));
 }
 
+TEST(SlideShow, ToggleTopMostWithoutAShowWindowChangesNothing) {
+    ShowWorld w({slide("One")});
+    w.glo().traceToFile = true;
+    w.c().watcher->TogglePPTSlideShowTopMost(-2, false);
+    EXPECT_FALSE(w.c().watcher->topMostState());
+    EXPECT_FALSE(w.traced("Set Slide Show Window HWND_TOPMOST"));
+}
+
 TEST(Poll, KeepsTheShowOnTopUnlessADisplayProgramRuns) {
     ShowWorld w({slide("One")});
     w.presentation.Begin();

@@ -1,4 +1,5 @@
 // Commands whose work the presentation side does, each proven by its effect.
+#include "audio/AudioWindow.h"
 #include "core/DebugForms.h"
 #include "platform/sim/SimPresentation.h"
 #include "presentation/PresentationFixture.h"
@@ -52,6 +53,33 @@ TEST(WiredCommands, VoteStartAndEndReachTheDriversAndTheIntake) {
     w.send("votename=Colours@@slide 2");
     EXPECT_EQ(w.glo().voteName, "Colours");
     EXPECT_EQ(w.c().voteRun->voteNameDetail, "slide 2");
+}
+
+TEST(WiredCommands, KeypadsActiveSetsTheTagAndTheListTheIntakeHonours) {
+    CommandWorld w;
+    w.glo().bases = {base("100", "KELVARIN COREHUB G2", 1, 40)};
+    std::vector<std::string> sent;
+    w.main().FromCtrlForm.connect([&](const std::string& s) { sent.push_back(s); });
+    w.send("keypadsactive=3,7,12");
+    EXPECT_EQ(w.presentation.PresentationTag("ActiveKeypads").value, "3,7,12");
+    EXPECT_EQ(w.glo().ActiveKeypads.text(), ",3,7,12,");
+    w.send("STARTVOTE");
+    std::vector<float> keypads{4, 7};
+    std::vector<std::string> votes{"1", "2"};
+    w.c().intake->SendVotes(keypads, votes, 0, 1);
+    w.scheduler.advance(100);
+    EXPECT_EQ(sent, (std::vector<std::string>{"[7;2],"}));
+}
+
+TEST(WiredCommands, ShowAudioLoadsTheAudioWindowOnTop) {
+    CommandWorld w;
+    w.glo().bases = {base("100", "KELVARIN COREHUB G2")};
+    w.send("SHOWAUDIO");
+    auto* audio = w.c().forms.get<frmAudio>(frmAudio::kName);
+    ASSERT_NE(audio, nullptr);
+    EXPECT_TRUE(audio->Visible());
+    EXPECT_TRUE(audio->topMost);
+    EXPECT_TRUE(w.logged("Audio Form Loaded and made TopMost"));
 }
 
 TEST(WiredCommands, ShowWindowAndDesktop) {

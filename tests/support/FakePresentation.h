@@ -94,8 +94,9 @@ struct MacroCall {
 
 class FakeApplication : public ppt::Application {
 public:
-    std::string version() const override { return "16.0"; }
+    std::string version() const override { return versionText; }
     std::string name() const override { return "Microsoft PowerPoint"; }
+    std::string versionText = "16.0";
     std::string addInPath(const std::string& addInName) const override;
     int presentationCount() const override { return static_cast<int>(presentations.size()); }
     ppt::Presentation* activePresentation() override;
