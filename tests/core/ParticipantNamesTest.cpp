@@ -11,6 +11,7 @@
 #include "ports/AppError.h"
 #include "support/FakePresentation.h"
 #include "support/TestWorld.h"
+#include "support/TestPaths.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -18,10 +19,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::path sourceDir() {
-    if (const char* dir = std::getenv("TLX_SOURCE_DIR")) return dir;
-    return fs::path(__FILE__).parent_path().parent_path().parent_path();
-}
+using tlx::test::sourceDir;
 
 // "keypad|name|weighting" per participant, for compact comparisons.
 std::vector<std::string> table(const GlobalState& glo) {

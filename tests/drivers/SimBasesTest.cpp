@@ -4,13 +4,13 @@
 
 #include "DriverWorld.h"
 #include "platform/sim/basesim/SimBaseLibrary.h"
+#include "support/TestPaths.h"
 
 using namespace tlx;
 using namespace tlx::test;
 
 TEST(SimSetup, TheDemoFileDescribesTwoG2BasesWithRegistries) {
-    const char* source = std::getenv("TLX_SOURCE_DIR");
-    const std::filesystem::path sourceDir = source ? source : TLX_SOURCE_DIR_DEFAULT;
+    const std::filesystem::path sourceDir = tlx::test::sourceDir();
     VirtualScheduler s;
     SimBaseLibrary lib(s);
     ASSERT_EQ(loadSimBases(lib, (sourceDir / "examples" / "sim" / "demo.ini").string()), 2);

@@ -15,17 +15,13 @@
 #include "platform/files/pptx/Deck.h"
 #include "platform/files/pptx/Package.h"
 #include "platform/files/pptx/Zip.h"
+#include "support/TestPaths.h"
 
 namespace tlx::test::pptx {
 
 using namespace tlx::pptx;
 
-inline std::filesystem::path sourceDir() {
-    if (const char* dir = std::getenv("TLX_SOURCE_DIR")) return dir;
-    for (auto p = std::filesystem::current_path(); !p.empty() && p != p.root_path(); p = p.parent_path())
-        if (std::filesystem::exists(p / "tests/data/decks")) return p;
-    return ".";
-}
+using tlx::test::sourceDir;
 
 inline std::filesystem::path deckFile(const std::string& name) { return sourceDir() / "tests/data/decks" / name; }
 

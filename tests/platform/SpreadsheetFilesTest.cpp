@@ -9,6 +9,7 @@
 #include "platform/files/FileSpreadsheet.h"
 #include "ports/AppError.h"
 #include "support/TestWorld.h"
+#include "support/TestPaths.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -18,10 +19,7 @@ namespace {
 
 using Sheet = std::vector<std::vector<std::string>>;
 
-fs::path sourceDir() {
-    if (const char* dir = std::getenv("TLX_SOURCE_DIR")) return dir;
-    return fs::path(__FILE__).parent_path().parent_path().parent_path();
-}
+using tlx::test::sourceDir;
 
 fs::path xlsFixture() { return sourceDir() / "tests" / "data" / "names" / "tallix Participant list.xls"; }
 
