@@ -136,7 +136,7 @@ TEST(Black3, PresenterKeysAndVotes) {
     ASSERT_EQ(o.intake.records.size(), 1u);
     EXPECT_EQ(o.intake.records[0].votes[0], "2");
     EXPECT_EQ(o.intake.records[0].keypads[0], 4.0f);
-    EXPECT_EQ(o.intake.records[0].base, 3);
+    EXPECT_EQ(o.intake.records[0].base, 0);  // the port file's first row, not its port
     o.v3().EndVote("3");
     EXPECT_FALSE(o.w.baseLibrary.press("3", 4, "2"));
     EXPECT_TRUE(o.v3().SetDetectMode(2));

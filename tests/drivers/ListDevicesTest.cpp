@@ -19,7 +19,7 @@ TEST(ListDevices, StartUpConnectsTheConfiguredBase) {
     EXPECT_EQ(r.highestKeypad, 40);
     EXPECT_FALSE(d.w.dialogs.any("Unable to initialise Kelvarin Base"));
     EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: GetUSBDevices - 0"));
-    EXPECT_TRUE(d.g2().logged("1 - Corehub g2: ListDevices: RadioEnable - 0"));
+    EXPECT_TRUE(d.g2().logged("0 - Corehub g2: ListDevices: RadioEnable - 0"));
     EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: OverallTime - 0"));
     EXPECT_TRUE(d.station().radioOn);
 }
@@ -60,7 +60,7 @@ TEST(ListDevices, EachDriverListsOnceHoweverManyOfItsBasesAreConfigured) {
     EXPECT_EQ(countLogged(d.g2(), "ListDevices: OverallTime"), 1);
     EXPECT_EQ(d.g2().connectedCount(), 3);
     for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(d.station(i).callCount("RadioEnable"), 1);
-    EXPECT_TRUE(d.g2().logged("3 - Corehub g2: ListDevices: GetSessionConfig - 0"));
+    EXPECT_TRUE(d.g2().logged("2 - Corehub g2: ListDevices: GetSessionConfig - 0"));
 }
 
 TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSetting) {
@@ -104,7 +104,7 @@ TEST(ListDevices, FirmwareDecidesWhichDriverTakesABase) {
     EXPECT_TRUE(g1->logged(" - Corehub: ListDevices: OverallTime"));
     ASSERT_FALSE(w.tray.balloons.empty());
     EXPECT_EQ(w.tray.balloons.back().text,
-              "Kelvarin Corehub Error\r\nBase station 2 is incompatible with this version of tallix and must be "
+              "Kelvarin Corehub Error\r\nBase station 100 100 100 300 is incompatible with this version of tallix and must be "
               "upgraded\r\nYour Version: 1.00.05.0101.0001\r\nMinimum Allowed Version: 1.01.00");
     EXPECT_EQ(w.tray.balloons.back().iconKind, 3);
     EXPECT_FALSE(w.dialogs.any("Unable to initialise"));
@@ -122,6 +122,9 @@ TEST(ListDevices, KeypadLimitsCarryOverByIdentifier) {
     EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);
     g1->PauseAutoUpdateOfSessionConfig(true);
     w.baseLibrary.station(0).setup.keypads.resize(3);
+    g1->ListDevices();  // a re-scan keeps the registry copy it has read
+    EXPECT_EQ(g1->localRegistry(0).size(), 40u);
+    g1->ResetBaseGetRegistryLog();
     g1->ListDevices();
     EXPECT_EQ(g1->baseTable()[0].lowestKeypad, 1);
     EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);
