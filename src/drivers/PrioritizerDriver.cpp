@@ -274,7 +274,8 @@ int KelvarinPrioritizerDriver::ListDevices() {
         oKV.reset();
 
         // The table is rebuilt; per-base keypad limits and registry copies carry over by serial
-        // number, and the registry read log stays (a re-scan reads only bases not read yet).
+        // number, and the registry read log stays for the bases found again (a re-scan reads
+        // only the bases it has no copy of).
         std::vector<BaseStationRecord> old = std::move(bases_);
         std::array<LocalRegistry, kMaxBases> oldReg = std::move(localReg_);
         bases_.clear();
@@ -283,6 +284,16 @@ int KelvarinPrioritizerDriver::ListDevices() {
             o.reset();
         }
         for (auto& r : localReg_) r.clear();
+        struct KeepFound {
+            KelvarinPrioritizerDriver& d;
+            ~KeepFound() {
+                std::string kept;
+                for (const auto& b : split(d.m_RegistryReadLog, "|"))
+                    for (const auto& r : d.bases_)
+                        if (!b.empty() && r.identifier == b) kept += "|" + b;
+                d.m_RegistryReadLog = kept;
+            }
+        } keepFound{*this};
         if (list.empty()) return BaseErrorCode::Success;
 
         for (const auto& item : split(list, "|")) {

@@ -142,3 +142,27 @@ TEST(Black3, PresenterKeysAndVotes) {
     EXPECT_TRUE(o.v3().SetDetectMode(2));
     EXPECT_FALSE(o.v3().SetDetectMode(5));
 }
+
+TEST(Black3, VotesCarryTheConfiguredTextsAndTheBasesIdentity) {
+    OldBaseWorld o;
+    o.w.writeSettings("KELVARIN CORE HUB OPTIONS", "VOTE SUCCESS TEXT", "Got it");
+    o.w.writeSettings("KELVARIN CORE HUB OPTIONS", "VOTE END TEXT", "All done");
+    o.w.writeSettings("KELVARIN CORE HUB OPTIONS", "PREVOTE TEXT", "");
+    o.w.glo().voteType = "SINGLEDIGIT";
+    o.v3().StartVote("3");
+    SimBaseStation& st = o.w.baseLibrary.station(0);
+    EXPECT_EQ(st.vote.VoteText, "Got it");
+    EXPECT_EQ(st.vote.VoteEndedText, "All done");
+    EXPECT_EQ(st.vote.VotedText, "Sending Vote...");
+    ASSERT_TRUE(o.w.baseLibrary.press("3", 2, "1"));
+    o.settle();
+    std::string shown;
+    ASSERT_TRUE(o.w.baseLibrary.screen("3", 2, shown));
+    EXPECT_EQ(shown, "Got it");
+    ASSERT_EQ(o.intake.records.size(), 1u);
+    EXPECT_EQ(o.intake.records[0].base, 0);
+    EXPECT_TRUE(o.v3().logged("0 - VoteReceived Event - Port:3, Keypad:2, VoteData:1"));
+    o.v3().EndVote("3");
+    ASSERT_TRUE(o.w.baseLibrary.screen("3", 2, shown));
+    EXPECT_EQ(shown, "All done");
+}

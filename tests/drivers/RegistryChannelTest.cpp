@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "DriverWorld.h"
 #include "core/Text.h"
 #include "drivers/LocalRegistry.h"
@@ -212,4 +214,44 @@ TEST(Registry, BasesBelowTheRegistryVersionHaveNone) {
     w.glo().registryVersionOverride = true;
     EXPECT_EQ(g1->GetRegistry("0", true), 0);
     EXPECT_EQ(g1->localRegistry(0).size(), 5u);
+}
+
+TEST(PassThrough, TheSevenMembersReportAFailureInTheLogAndToTheUser) {
+    DriverWorld d;
+    struct Member {
+        const char* operation;  // as the base library names it
+        const char* member;
+        const char* caption;
+        std::function<int()> call;
+    };
+    KelvarinBaseConfig bc;
+    KelvarinSessionConfig sc;
+    KelvarinKeypadConfig kc;
+    kc.HID = "300100001";
+    auto& g2 = d.g2();
+    const std::vector<Member> members = {
+        {"SetBaseConfig", "SetBaseConfig", "Set Base Config Error", [&] { return g2.SetBaseConfig("0", bc); }},
+        {"SetKeypadConfig", "SetKeypadConfig", "Set Keypad Config Error", [&] { return g2.SetKeypadConfig("0", kc); }},
+        {"GetBaseConfig", "GetBaseConfig", "Get Base Config Error", [&] { return g2.GetBaseConfig("0", bc); }},
+        {"ResetBase", "ResetBase", "Reset Base Error", [&] { return g2.ResetBase("0"); }},
+        {"RebootRadio", "RebootBaseRadio", "Reboot Base Radio Error", [&] { return g2.RebootBaseRadio("0"); }},
+        {"SetSessionConfig", "SetSessionConfig", "Set Session Config Error", [&] { return g2.SetSessionConfig("0", sc); }},
+        {"GetSessionConfig", "GetSessionConfig", "Get Session Config Error", [&] { return g2.GetSessionConfig("0", sc); }},
+    };
+    for (const Member& m : members) {
+        d.sim().fail(kBase1, m.operation, 6);
+        EXPECT_EQ(m.call(), 6) << m.member;
+        EXPECT_TRUE(g2.logged(std::string(" - ") + m.member + " FAILED - 6: TX Comms failed")) << m.member;
+        EXPECT_TRUE(g2.logged(std::string("0 - Corehub g2:   ") + m.member + " = 6")) << m.member;
+        ASSERT_FALSE(d.w.dialogs.shown.empty());
+        EXPECT_EQ(d.w.dialogs.shown.back().title, "Kelvarin Corehub Error");
+        EXPECT_EQ(d.w.dialogs.shown.back().text, "Base Station 100 100 100 100\r\n" + std::string(m.caption) +
+                                                      "\r\nCode: 6\r\nDescription: TX Comms failed");
+        EXPECT_EQ(m.call(), 0) << m.member;  // the failure was once only
+    }
+    // A base that is not there: named as the caller named it.
+    EXPECT_EQ(g2.ResetBase("7"), 3);
+    EXPECT_TRUE(g2.logged(" - ResetBase FAILED - 3: Base station not found"));
+    EXPECT_EQ(d.w.dialogs.shown.back().text,
+              "Base Station 7\r\nReset Base Error\r\nCode: 3\r\nDescription: Base station not found");
 }

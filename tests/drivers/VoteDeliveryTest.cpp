@@ -190,3 +190,39 @@ TEST(Crowd, EveryKeypadAnswersOnceAtTheRate) {
     e.settle(4000);
     EXPECT_EQ(e.intake.votes(), d.intake.votes());
 }
+
+TEST(VoteDelivery, TheVoteCarriesTheTimeTheBaseTookItNotTheTimeItArrived) {
+    DriverWorld d;
+    d.singleDigit();
+    d.g2().StartVote();
+    d.sim().eventDelayMs = 2500;  // a slow link: the event comes long after the press
+    d.w.scheduler.advance(1000);
+    const double pressed = d.w.scheduler.now().secondsSinceMidnight();
+    ASSERT_TRUE(d.sim().press(kBase1, 4, "2"));
+    d.w.scheduler.advance(3000);
+    ASSERT_EQ(d.intake.records.size(), 1u);
+    EXPECT_DOUBLE_EQ(d.intake.records[0].time, pressed);
+    EXPECT_GT(d.w.scheduler.now().secondsSinceMidnight() - d.intake.records[0].time, 2.9);
+}
+
+TEST(VoteDelivery, APresenterKeypadsRequestIsAMicRequestLikeAnyOther) {
+    DriverWorld d({kBase1}, 5, false);
+    SimKeypad presenter;
+    presenter.hid = "300199901";
+    presenter.kind = DeviceKind::Presenter;
+    presenter.sid = 99;
+    d.station().setup.keypads.push_back(presenter);
+    d.start();
+    ASSERT_EQ(d.g2().GetFirstPresentersHID(), "300199901");
+    std::vector<std::string> mics, presenterMics;
+    d.g2().MicRequest.connect(
+        [&](const KelvarinVote& v, const std::string&, bool now) { mics.push_back(v.HID + (now ? " now" : "")); });
+    d.g2().PresenterMicRequest.connect(
+        [&](const KelvarinVote& v, const std::string&, bool) { presenterMics.push_back(v.HID); });
+    d.g2().StartAudioRequests("0,11");
+    ASSERT_TRUE(d.sim().micRequest(kBase1, 99, false));
+    ASSERT_TRUE(d.sim().micRequest(kBase1, 2, false));
+    d.settle();
+    EXPECT_EQ(mics, (std::vector<std::string>{"300199901", "300100002"}));
+    EXPECT_TRUE(presenterMics.empty());
+}

@@ -172,3 +172,34 @@ TEST(VoteOps, WithNoBaseConnectedEverythingCompletesQuietly) {
     EXPECT_TRUE(w.dialogs.any("Unable to connect to base station 1"));
     EXPECT_EQ(g2->baseTable().size(), 0u);
 }
+
+TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingTheVoteIsBuiltFrom) {
+    DriverWorld d;
+    GlobalState& g = d.glo();
+    g.voteType = "SINGLEDIGIT";
+    g.questionTextShort = "Q";
+    g.voteText = "V";
+    g.voteEndedText = "E";
+    g.prevoteText = "P";
+    g.answerText = "A";
+    g.validAnswers = "1,2";
+    g.optionCount = 4;
+    g.startFrom = 1;
+    g.kelvarinDisplay = 1;
+    g.allocation = 5;
+    g.limits = 6;
+    g.points = 7;
+    g.kvpOptions = 8;
+    d.g2().StartVote();
+    d.g2().EndVote(true, false);
+    EXPECT_EQ(g.voteType, "SINGLEDIGIT");  // kept unless asked
+    EXPECT_EQ(g.optionCount, 4);
+    d.g2().EndVote(true, true);
+    for (const std::string* t : {&g.voteType, &g.questionTextShort, &g.voteText, &g.voteEndedText, &g.prevoteText,
+                                 &g.answerText, &g.validAnswers})
+        EXPECT_EQ(*t, "");
+    EXPECT_EQ(g.optionCount, 0);
+    EXPECT_EQ(g.startFrom, 0);
+    EXPECT_EQ(g.kelvarinDisplay, 0);
+    EXPECT_EQ(g.allocation + g.limits + g.points + g.kvpOptions, 0);
+}
