@@ -51,9 +51,14 @@ void KelvarinDrivers::loadDriverForms() {
             v3_->VoteReceived.connect([this](int k, const std::string& d, const std::string& f3,
                                              const std::string& f4, const std::string& b, const std::string& h,
                                              double t) { VoteReceived(k, d, f3, f4, b, h, t); });
+            // A communication error ended the vote on an oldest base: its vote ends, and the
+            // display programs hear which base failed, by its identity like any base error.
             v3_->BaseFailure.connect([this](const std::string& port) {
                 c_.LogEvent("Base Station Failure - Port " + port, LOG_XX);
                 v3_->EndVote(port);
+                if (MainForm* m = c_.mainForm())
+                    m->FromCtrlFormBaseStationError(serialPortBaseIndex(c_.glo, baseIndexOf(port)),
+                                                    "Communication Error - Base Station " + port);
             });
         }
     });

@@ -95,7 +95,10 @@ bool UpdateVoteObjectFromGlobalVariables(const GlobalState& glo, const KeypadDis
     } else if (name == "TEXT" || name == "MESSAGE") {
         v.MessageText = glo.voteText;
     }
-    // The vote's own texts where its key lines gave them, the settings' texts otherwise.
+    // Every keypad text goes out with the vote, before it opens: the keypads show most of them
+    // at moments only the radio side sees (a press on its way, no acknowledgement, a lost link),
+    // so the base must hold them already. The vote's own texts where its key lines gave them,
+    // the settings' texts otherwise.
     v.VoteQuestionText = glo.questionTextShort;
     v.VoteText = glo.voteText.empty() ? texts.VoteSuccessText : glo.voteText;
     v.VoteEndedText = glo.voteEndedText.empty() ? texts.VoteEndText : glo.voteEndedText;

@@ -80,6 +80,9 @@ TEST(Black3, ConfigurationRecoveryCheck) {
 
 TEST(Black3, EveryCommsErrorDuringAVoteEndsItWithTheMessage) {
     OldBaseWorld o;
+    std::vector<std::pair<int, std::string>> errors;
+    o.w.main().FromCtrlFormBaseStationError.connect(
+        [&](int base, const std::string& text) { errors.emplace_back(base, text); });
     o.w.glo().Voting = true;
     o.w.baseLibrary.error("3", 1);
     o.settle();
@@ -94,6 +97,8 @@ TEST(Black3, EveryCommsErrorDuringAVoteEndsItWithTheMessage) {
     EXPECT_FALSE(o.v3().logged("Controller.StartVote"));
     EXPECT_TRUE(o.w.logged("Base Station Failure - Port 3"));
     EXPECT_TRUE(o.v3().logged(" Base Station ERROR: 3, 1"));
+    ASSERT_EQ(errors.size(), 2u);  // the base by its row in the port file, not its port
+    EXPECT_EQ(errors[0], (std::pair<int, std::string>{0, "Communication Error - Base Station 3"}));
 }
 
 TEST(Black3, CommsErrorOutsideAVoteOrDuringSetUp) {
