@@ -228,10 +228,13 @@ std::string Settings::ChartExportFormat() const {
 }
 
 std::vector<fs::path> Settings::readFiles() const {
+    // A folder variable that is not set gives a relative path: no file, not one beside us.
+    std::vector<fs::path> files;
     const fs::path user = glo_.localDataFolder.empty() ? userFile() : dataFolderFile();
     const fs::path shared = allUsersFile();
-    if (shared == user) return {user};
-    return {user, shared};
+    if (user.is_absolute()) files.push_back(user);
+    if (shared.is_absolute() && shared != user) files.push_back(shared);
+    return files;
 }
 
 void Settings::loadOptions(Options& options) const {

@@ -194,17 +194,19 @@ void KelvarinPrioritizerDriver::attach(int slot, KelvarinBase& b) {
     // Base 1 also carries audio, debug traffic and the presenter keypad.
     b.AudioStatus.connect([this](const KelvarinAudioStatus& s) {
         guard("AudioStatus", [&] {
-            log(baseText(1) + " - AudioStatus Event - Streaming:" + boolText(s.Streaming) + ", RSSI:" + numText(s.RSSI) +
-                    ", LQI:" + numText(s.LQI),
+            log(baseText(1) + " - AudioStatus Event - Streaming:" + boolText(s.Streaming) +
+                    ", RSSI:" + numText(s.RSSI) + ", LQI:" + numText(s.LQI),
                 "AudioStatus");
             AudioStatus(s, baseText(1));
         });
     });
     b.DebugRx.connect([this](const std::string& t) {
-        if (c_.glo.options.flag(section::kCoreHubOptions, "COREHUB DEBUG")) log(baseText(1) + " - DebugRx: " + t, "DebugRx");
+        if (c_.glo.options.flag(section::kCoreHubOptions, "COREHUB DEBUG"))
+            log(baseText(1) + " - DebugRx: " + t, "DebugRx");
     });
     b.DebugTx.connect([this](const std::string& t) {
-        if (c_.glo.options.flag(section::kCoreHubOptions, "COREHUB DEBUG")) log(baseText(1) + " - DebugTx: " + t, "DebugTx");
+        if (c_.glo.options.flag(section::kCoreHubOptions, "COREHUB DEBUG"))
+            log(baseText(1) + " - DebugTx: " + t, "DebugTx");
     });
     if (!f_.presenterMembers) return;
     b.PresenterCommandReceived.connect([this](const std::string& hid, int command, int source, int value) {
@@ -218,7 +220,8 @@ void KelvarinPrioritizerDriver::attach(int slot, KelvarinBase& b) {
     });
     b.ScannerCommandReceived.connect([this](const std::string& hid, const std::string& data) {
         guard("ScannerCommandReceived", [&] {
-            log(baseText(1) + " - ScannerCommandReceived Event - HID:" + hid + ", Data:" + data, "ScannerCommandReceived");
+            log(baseText(1) + " - ScannerCommandReceived Event - HID:" + hid + ", Data:" + data,
+                "ScannerCommandReceived");
             ScannerCommand(hid, data);
         });
     });

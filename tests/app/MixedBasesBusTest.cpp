@@ -114,7 +114,8 @@ TEST_F(MixedBasesOnTheBus, EachKeypadNumberAndEachBaseErrorIsItsOwnBases) {
                                "disconnected - attempting auto reconnect\""));
     EXPECT_EQ(screen(kG1, 3), "Base Signal Lost||Attempting to|reconnect");
     ASSERT_EQ(bases("Reconnect", {QString::fromLatin1(kG1)}).type(), QDBusMessage::ReplyMessage);
-    EXPECT_TRUE(heard(display, "FromTLXCtrlBaseFeedback 2 \"Base Station 100 100 100 200\\r\\nAuto reconnect success\""));
+    EXPECT_TRUE(
+        heard(display, "FromTLXCtrlBaseFeedback 2 \"Base Station 100 100 100 200\\r\\nAuto reconnect success\""));
 
     ASSERT_TRUE(display.call("SendCommand", {QStringLiteral("ENDVOTE")}).arguments().value(0).toBool());
     ASSERT_TRUE(waitFor([&] {

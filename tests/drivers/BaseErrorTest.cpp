@@ -68,7 +68,8 @@ TEST(BaseError, AlternateBaseIsShownAtMostOnceIn30SecondsPerBase) {
     d.drivers.BaseError("0", 10, "");
     const auto b = balloons(d.w);
     ASSERT_EQ(b.size(), before + 3);
-    EXPECT_EQ(b[before], (std::pair<std::string, int>{"Base Station 100 100 100 100\r\nAlternate base on same channel", 3}));
+    EXPECT_EQ(b[before],
+              (std::pair<std::string, int>{"Base Station 100 100 100 100\r\nAlternate base on same channel", 3}));
     EXPECT_EQ(b[before + 1].first, "Base Station 100 100 100 200\r\nAlternate base on same channel");
     EXPECT_EQ(b[before + 2].first, "Base Station 100 100 100 100\r\nAlternate base on same channel");
 }

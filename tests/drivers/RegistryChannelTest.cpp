@@ -235,8 +235,10 @@ TEST(PassThrough, TheSevenMembersReportAFailureInTheLogAndToTheUser) {
         {"GetBaseConfig", "GetBaseConfig", "Get Base Config Error", [&] { return g2.GetBaseConfig("0", bc); }},
         {"ResetBase", "ResetBase", "Reset Base Error", [&] { return g2.ResetBase("0"); }},
         {"RebootRadio", "RebootBaseRadio", "Reboot Base Radio Error", [&] { return g2.RebootBaseRadio("0"); }},
-        {"SetSessionConfig", "SetSessionConfig", "Set Session Config Error", [&] { return g2.SetSessionConfig("0", sc); }},
-        {"GetSessionConfig", "GetSessionConfig", "Get Session Config Error", [&] { return g2.GetSessionConfig("0", sc); }},
+        {"SetSessionConfig", "SetSessionConfig", "Set Session Config Error",
+         [&] { return g2.SetSessionConfig("0", sc); }},
+        {"GetSessionConfig", "GetSessionConfig", "Get Session Config Error",
+         [&] { return g2.GetSessionConfig("0", sc); }},
     };
     for (const Member& m : members) {
         d.sim().fail(kBase1, m.operation, 6);

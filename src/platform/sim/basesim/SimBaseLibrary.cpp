@@ -648,12 +648,10 @@ void SimBaseLibrary::openVote(SimBaseStation& st, const KelvarinVote& vote) {
 }
 
 void SimBaseLibrary::closeVote(SimBaseStation& st) {
-    if (st.voteOpen) {
-        st.voteOpen = false;
-        for (auto& k : st.setup.keypads)
-            if (k.kind == DeviceKind::Keypad) show(st, k, st.vote.VoteEndedText, st.vote.VoteEndedTextTime);
-    }
+    if (!st.voteOpen) return;
     st.voteOpen = false;
+    for (auto& k : st.setup.keypads)
+        if (k.kind == DeviceKind::Keypad) show(st, k, st.vote.VoteEndedText, st.vote.VoteEndedTextTime);
 }
 
 void SimBaseLibrary::show(SimBaseStation& st, SimKeypad& keypad, const std::string& text, int tenths) {
