@@ -36,7 +36,29 @@ bool sameSerial(std::string_view a, std::string_view b) {
     }
 }
 
-bool isCorehubType(std::string_view type) { return startsWith(toUpper(trim(type)), "KELVARIN COREHUB"); }
+// The type without surrounding blanks, without copying it.
+std::string_view trimmed(std::string_view s) {
+    const auto a = s.find_first_not_of(" \t");
+    if (a == std::string_view::npos) return {};
+    return s.substr(a, s.find_last_not_of(" \t") - a + 1);
+}
+
+// ASCII letters compared without regard to case (type names are plain upper-case words).
+bool sameLetters(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const char x = a[i] >= 'a' && a[i] <= 'z' ? static_cast<char>(a[i] - 32) : a[i];
+        const char y = b[i] >= 'a' && b[i] <= 'z' ? static_cast<char>(b[i] - 32) : b[i];
+        if (x != y) return false;
+    }
+    return true;
+}
+
+bool isCorehubType(std::string_view type) {
+    constexpr std::string_view kCorehub = "KELVARIN COREHUB";
+    const std::string_view t = trimmed(type);
+    return t.size() >= kCorehub.size() && sameLetters(t.substr(0, kCorehub.size()), kCorehub);
+}
 
 }  // namespace
 
@@ -44,22 +66,22 @@ bool sameSerialNumber(std::string_view a, std::string_view b) { return sameSeria
 
 int corehubBaseIndex(const GlobalState& glo, std::string_view serial) {
     for (std::size_t i = 0; i < glo.bases.size(); ++i)
-        if (isCorehubType(glo.bases[i].baseType) && sameSerial(glo.bases[i].port, serial)) return static_cast<int>(i);
+        if (sameSerial(glo.bases[i].port, serial) && isCorehubType(glo.bases[i].baseType))  // the cheap test first
+            return static_cast<int>(i);
     return kUnlistedBase;
 }
 
 int serialPortBaseIndex(const GlobalState& glo, int port) {
     for (std::size_t i = 0; i < glo.bases.size(); ++i) {
         const PortEntry& b = glo.bases[i];
-        if (toUpper(trim(b.baseType)) == "KELVARIN BASE V3" && isNumeric(trim(b.port)) && ParseNumber(b.port) == port)
+        if (sameLetters(trimmed(b.baseType), "KELVARIN BASE V3") && isNumeric(trim(b.port)) && ParseNumber(b.port) == port)
             return static_cast<int>(i);
     }
     return kUnlistedBase;
 }
 
 bool onSerialPort(const PortEntry& base) {
-    const std::string type = toUpper(trim(base.baseType));
-    return !isCorehubType(type) && type != kKeyboardBaseType;
+    return !isCorehubType(base.baseType) && !sameLetters(trimmed(base.baseType), kKeyboardBaseType);
 }
 
 std::string baseName(const PortEntry& base) {
