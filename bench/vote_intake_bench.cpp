@@ -78,7 +78,7 @@ struct Intake {
     }
     void deliver(std::vector<float>& keypads, std::vector<std::string>& votes, int base) {
         if (keypads.empty()) return;
-        intake().SendVotes(keypads, votes, 0.0, base + 1);
+        intake().SendVotes(keypads, votes, 0.0, base);
         keypads.clear();
         votes.clear();
     }
@@ -91,15 +91,15 @@ std::string keypadsList(int n) {
     return s;
 }
 
-// A batch as a driver hands it over. The timed votes come from base 1, whose keypad offset is
-// 0, so that SendVotes (which adds the offset in place) leaves the arrays as they were and
-// they serve again without being made anew.
+// A batch as a driver hands it over. The timed votes come from the first base (identity 0),
+// whose keypad offset is 0, so that SendVotes (which adds the offset in place) leaves the
+// arrays as they were and they serve again without being made anew.
 struct Batch {
     std::vector<float> keypads;
     std::vector<std::string> votes;
 };
 
-// Batches of `size` votes from base 1's keypads 1..kTimedKeypads, in turn.
+// Batches of `size` votes from the first base's keypads 1..kTimedKeypads, in turn.
 std::vector<Batch> batches(int size) {
     std::vector<Batch> v;
     const int count = std::max(1, kTimedKeypads / size);
@@ -139,7 +139,7 @@ void BM_SendVotes(benchmark::State& state) {
     std::int64_t votes = 0;
     for (auto _ : state) {
         Batch& b = work[next];
-        in.intake().SendVotes(b.keypads, b.votes, 0.0, 1);
+        in.intake().SendVotes(b.keypads, b.votes, 0.0, 0);
         form.txt_data.clear();
         votes += size;
         if (++next == work.size()) next = 0;
@@ -176,7 +176,7 @@ void BM_VoteToDisplayEvent(benchmark::State& state) {
     std::int64_t votes = 0;
     for (auto _ : state) {
         Batch& b = work[next];
-        in.intake().SendVotes(b.keypads, b.votes, 0.0, 1);
+        in.intake().SendVotes(b.keypads, b.votes, 0.0, 0);
         in.flush();
         votes += size;
         if (++next == work.size()) next = 0;

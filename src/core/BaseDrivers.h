@@ -2,11 +2,31 @@
 // What the rest of the controller needs of the keypad drivers. The drivers module serves
 // these interfaces; until a driver serves a base type, its bases simply do not come up.
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/GlobalState.h"
 
 namespace tlx {
+
+// A base station's identity, as every event and the vote intake carry it: its row in the port
+// file (glo.bases), counted from 0 as the vote-information reply numbers the rows ("offset=" +
+// index + ...). Drivers number the bases they hold in slots of their own; a slot never leaves
+// its driver. A base the port file does not list has no row and reports as -1.
+inline constexpr int kUnlistedBase = -1;
+// Serial numbers compare as whole numbers: blanks and leading zeros do not count.
+bool sameSerialNumber(std::string_view a, std::string_view b);
+// The row of the Corehub base (G1 or G2) with this serial number.
+int corehubBaseIndex(const GlobalState& glo, std::string_view serial);
+// The row of the oldest generation's base ("KELVARIN BASE V3") on this serial port.
+int serialPortBaseIndex(const GlobalState& glo, int port);
+// Bases on a serial port (the oldest generation and the older serial types) are named by
+// their port; Corehub bases by their serial number.
+bool onSerialPort(const PortEntry& base);
+// A base as people are told about it: its serial number "### 000 000 000", or its port number.
+std::string baseName(const PortEntry& base);
+// The name of the base with this identity, or the identity itself when no row has it.
+std::string baseName(const GlobalState& glo, int baseIndex);
 
 // A base station the drivers can see, as the set-up form lists it.
 struct FoundBase {
@@ -64,8 +84,8 @@ public:
     virtual KeypadDriver* corehubG1() { return nullptr; }  // `oKVv4`
     virtual KeypadDriver* corehubG2() { return nullptr; }  // `oKVv5`
     virtual Black3Driver* black3() { return nullptr; }
-    // The range of the base that received votes (its number as the drivers report it). By
-    // default the base of that position in the port file, counted from 1.
+    // The range of the base that received votes, by its identity: that row of the port file.
+    // A base with no row has no keypads (every vote from it is rejected).
     virtual KeypadRange keypadRange(int baseIndex, const GlobalState& glo) const;
 };
 
@@ -81,7 +101,8 @@ public:
 class VoteIntake {
 public:
     virtual ~VoteIntake() = default;
-    // Parallel arrays of keypad numbers and vote texts received by one base (index from 0).
+    // Parallel arrays of keypad numbers and vote texts received by one base (index from 0),
+    // the time the base reported with them (seconds since midnight) and the base's identity.
     virtual void SendVotes(std::vector<float>& keypads, std::vector<std::string>& votes, double time,
                            int baseIndex) = 0;
 };

@@ -200,7 +200,7 @@ void Controller::connectBases() {
             for (const PortEntry* b : failed)
                 ports.dialogs.message(
                     "tallix Controller",
-                    "Unable to initialise Kelvarin Base " + formatDigits(b->port, "### 000 000 000") +
+                    "Unable to initialise Kelvarin Base " + baseName(*b) +
                         "\r\n\r\nPlease ensure that the base station is plugged in and the drivers are installed"
                         "\r\n\r\nIt may be necessary to remove and plug\r\nthe base station back into the USB "
                         "port before continuing",

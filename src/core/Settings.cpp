@@ -124,6 +124,54 @@ std::vector<std::pair<std::string, std::string>> readSettingsFileInFull(const fs
     return out;
 }
 
+struct SettingsFiles::Layer {
+    bool commaForm = false;
+    std::vector<std::pair<std::string, std::string>> pairs;  // comma form: upper-cased keys
+    CSimpleIniA ini;
+};
+
+SettingsFiles::SettingsFiles(const std::vector<fs::path>& files) {
+    for (const auto& f : files) {
+        std::error_code ec;
+        if (!fs::is_regular_file(f, ec)) continue;
+        auto* layer = new Layer;
+        layer->pairs = readSettingsFileInFull(f, &layer->commaForm);
+        if (layer->commaForm) {
+            for (auto& [k, v] : layer->pairs) k = toUpper(k);
+        } else {
+            layer->pairs.clear();
+            if (!loadIni(layer->ini, f)) {
+                delete layer;
+                continue;
+            }
+        }
+        layers_.push_back(layer);
+    }
+}
+
+SettingsFiles::~SettingsFiles() {
+    for (auto* l : layers_) delete l;
+}
+
+bool SettingsFiles::get(const std::string& section, const std::string& key, std::string& value) const {
+    for (const Layer* l : layers_) {
+        if (l->commaForm) {
+            const std::string k = toUpper(key);
+            for (const auto& [pk, pv] : l->pairs)
+                if (pk == k) {
+                    value = pv;
+                    return true;
+                }
+            continue;
+        }
+        if (const char* v = l->ini.GetValue(section.c_str(), key.c_str(), nullptr)) {
+            value = unquote(v);
+            return true;
+        }
+    }
+    return false;
+}
+
 fs::path Settings::userFile() const {
     return fs::path(desktop_.environment("APPDATA")) / "tallix" / "tlx.ini";
 }
@@ -179,27 +227,21 @@ std::string Settings::ChartExportFormat() const {
     return readSwitchText("TALLIX OPTIONS", "CHART EXPORT FORMAT", "EMF");
 }
 
+std::vector<fs::path> Settings::readFiles() const {
+    // A folder variable that is not set gives a relative path: no file, not one beside us.
+    std::vector<fs::path> files;
+    const fs::path user = glo_.localDataFolder.empty() ? userFile() : dataFolderFile();
+    const fs::path shared = allUsersFile();
+    if (user.is_absolute()) files.push_back(user);
+    if (shared.is_absolute() && shared != user) files.push_back(shared);
+    return files;
+}
+
 void Settings::loadOptions(Options& options) const {
-    fs::path file = dataFolderFile();
-    std::error_code ec;
-    if (!fs::is_regular_file(file, ec)) file = allUsersFile();
-    if (!fs::is_regular_file(file, ec)) return;
-    bool commaForm = false;
-    const auto pairs = readSettingsFileInFull(file, &commaForm);
-    if (commaForm) {
-        // The older comma form has no sections: keys are matched by name alone.
-        for (const auto& def : savedSettingDefs())
-            for (const auto& [k, v] : pairs)
-                if (iequals(k, def.key)) {
-                    options.set(def.section, def.key, v);
-                    break;
-                }
-        return;
-    }
-    CSimpleIniA ini;
-    if (!loadIni(ini, file)) return;
+    const SettingsFiles files(readFiles());
+    std::string v;
     for (const auto& def : savedSettingDefs())
-        if (const char* v = ini.GetValue(def.section, def.key, nullptr)) options.set(def.section, def.key, unquote(v));
+        if (files.get(def.section, def.key, v)) options.set(def.section, def.key, v);
 }
 
 bool Settings::SaveSettings(const Options& options) const {

@@ -40,6 +40,28 @@ private:
 std::vector<std::pair<std::string, std::string>> readSettingsFileInFull(
     const std::filesystem::path& file, bool* commaForm = nullptr);
 
+// The settings files as the controller reads its options and texts: each key in its section,
+// from the first file that has it (the per-user file before the shared one). A file in the
+// older comma form has no sections, so its keys are matched by name alone. Files are read
+// once, when the reader is made; missing or unreadable files have no keys.
+class SettingsFiles {
+public:
+    explicit SettingsFiles(const std::vector<std::filesystem::path>& files);
+    ~SettingsFiles();
+    SettingsFiles(const SettingsFiles&) = delete;
+    SettingsFiles& operator=(const SettingsFiles&) = delete;
+    // The value, or false when no file has the key.
+    bool get(const std::string& section, const std::string& key, std::string& value) const;
+    std::string text(const std::string& section, const std::string& key, const std::string& defaultValue) const {
+        std::string v;
+        return get(section, key, v) ? v : defaultValue;
+    }
+
+private:
+    struct Layer;
+    std::vector<Layer*> layers_;
+};
+
 class Settings {
 public:
     Settings(GlobalState& glo, Desktop& desktop) : glo_(glo), desktop_(desktop) {}
@@ -70,8 +92,11 @@ public:
     bool ShowBaseStatusDuringLiveVote() const;
     std::string ChartExportFormat() const;
 
-    // Reads every option of the table from the data folder's file (either form), keeping
-    // the defaults for what is missing or unreadable.
+    // The per-user file (the data folder's, or %APPDATA%'s before the folders are resolved)
+    // and the shared one, in that order of precedence.
+    std::vector<std::filesystem::path> readFiles() const;
+    // Reads every option of the table from its section of both files (either form), keeping
+    // the defaults for what neither has.
     void loadOptions(Options& options) const;
     // Writes every option, in order, to the data folder's file.
     bool SaveSettings(const Options& options) const;

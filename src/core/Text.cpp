@@ -113,6 +113,15 @@ std::string repeat(char c, std::size_t n) { return std::string(n, c); }
 
 std::string left(std::string_view s, std::size_t n) { return std::string(s.substr(0, n)); }
 
+std::string leftChars(std::string_view s, std::size_t n) {
+    std::size_t i = 0;
+    for (std::size_t count = 0; i < s.size() && count < n; ++count) {
+        ++i;  // a lead byte, then its continuation bytes (10xxxxxx)
+        while (i < s.size() && (static_cast<unsigned char>(s[i]) & 0xC0) == 0x80) ++i;
+    }
+    return std::string(s.substr(0, i));
+}
+
 void setSystemDecimalSeparator(char sep) { g_decimalSeparator = sep; }
 char systemDecimalSeparator() { return g_decimalSeparator; }
 

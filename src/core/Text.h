@@ -28,6 +28,8 @@ std::string join(const std::vector<std::string>& parts, std::string_view sep);
 std::string repeat(char c, std::size_t n);
 // The first n characters (fewer when the text is shorter).
 std::string left(std::string_view s, std::size_t n);
+// The first n characters of a UTF-8 text (a character is never cut in two).
+std::string leftChars(std::string_view s, std::size_t n);
 
 // Locale-safe number reader: the system decimal separator becomes ".", then ",", " ",
 // "_", "#" and "%" are removed and the leading number is read; malformed text gives 0.

@@ -33,8 +33,9 @@ kpdriver_KELVARIN_BLACK_3::kpdriver_KELVARIN_BLACK_3(Controller& controller, Bas
     vPanel->BaseConfigReport.connect([this](const VPanelBaseConfig& c) { vPanel_BaseConfig(c); });
     vPanel->PresenterKey.connect([this](int port, const std::string& k) { vPanel_PresenterKey(port, k); });
     vPanel->KeypadScan.connect([this](int port, const std::string& t) { vPanel_KeypadScan(port, t); });
-    vPanel->VoteReceived.connect(
-        [this](int port, int keypad, const std::string& data) { vPanel_VoteReceived(port, keypad, data); });
+    vPanel->VoteReceived.connect([this](int port, int keypad, const std::string& data, double time) {
+        vPanel_VoteReceived(port, keypad, data, time);
+    });
 }
 
 kpdriver_KELVARIN_BLACK_3::~kpdriver_KELVARIN_BLACK_3() = default;
@@ -93,8 +94,11 @@ std::vector<std::string> kpdriver_KELVARIN_BLACK_3::AvailablePorts() {
 void kpdriver_KELVARIN_BLACK_3::StartVote(const std::string& port) {
     trap(c_.errors, kName, "StartVote", [&] {
         if (!vPanel) return;
+        // The keypads show the texts configured in the settings, as the Corehub keypads do.
+        KeypadDisplayTexts texts;
+        texts.load(SettingsFiles(c_.settings.readFiles()));
         KelvarinVote oVote;
-        if (!UpdateVoteObjectFromGlobalVariables(c_.glo, KeypadDisplayTexts{}, oVote)) {
+        if (!UpdateVoteObjectFromGlobalVariables(c_.glo, texts, oVote)) {
             log("Start Vote Quit: UpdateVoteObjectFromGlobalVariables(oVote) = False", "StartVote");
             return;
         }
@@ -196,11 +200,13 @@ void kpdriver_KELVARIN_BLACK_3::vPanel_KeypadScan(int port, const std::string& t
     });
 }
 
-void kpdriver_KELVARIN_BLACK_3::vPanel_VoteReceived(int port, int keypad, const std::string& data) {
+void kpdriver_KELVARIN_BLACK_3::vPanel_VoteReceived(int port, int keypad, const std::string& data, double time) {
     trap(c_.errors, kName, "vPanel_VoteReceived", [&] {
-        log(numText(port) + " - VoteReceived Event - Keypad:" + numText(keypad) + ", VoteData:" + data,
+        const std::string base = numText(serialPortBaseIndex(c_.glo, port));
+        log(base + " - VoteReceived Event - Port:" + numText(port) + ", Keypad:" + numText(keypad) +
+                ", VoteData:" + data,
             "vPanel_VoteReceived");
-        VoteReceived(keypad, trim(data), "", "", numText(port), "");
+        VoteReceived(keypad, trim(data), "", "", base, "", time);
     });
 }
 

@@ -39,10 +39,12 @@ public:
     void vPanel_BaseConfig(const VPanelBaseConfig& config);
     void vPanel_PresenterKey(int port, const std::string& keyName);
     void vPanel_KeypadScan(int port, const std::string& text);
-    void vPanel_VoteReceived(int port, int keypad, const std::string& data);
+    void vPanel_VoteReceived(int port, int keypad, const std::string& data, double time);
 
-    // A key press: keypad, vote data, field 3, field 4, base (the port), HID.
-    Signal<int, const std::string&, const std::string&, const std::string&, const std::string&, const std::string&>
+    // A key press: keypad, vote data, field 3, field 4, base (the base's identity, its row in
+    // the port file), HID, and the time the base took it.
+    Signal<int, const std::string&, const std::string&, const std::string&, const std::string&, const std::string&,
+           double>
         VoteReceived;
     // The controller's base-failure routine takes the port.
     Signal<const std::string&> BaseFailure;

@@ -25,6 +25,7 @@ int toInt(std::string_view s) {
 struct TextField {
     const char* key;
     std::string KeypadDisplayTexts::*field;
+    const char* section = section::kCoreHubOptions;
 };
 struct IntField {
     const char* key;
@@ -42,8 +43,8 @@ const TextField kTextFields[] = {
     {"SIGNAL LOST DURING TRANSMIT TEXT", &KeypadDisplayTexts::SignalLostDuringTransmitText},
     {"WINNING KEYPAD LOAD MESSAGE", &KeypadDisplayTexts::WinningKeypadLoadMessage},
     {"WINNING KEYPAD MAIN MESSAGE", &KeypadDisplayTexts::WinningKeypadMainMessage},
-    {"KEYPAD PROMPT 01", &KeypadDisplayTexts::KeypadPrompt01},
-    {"KEYPAD PROMPT 02", &KeypadDisplayTexts::KeypadPrompt02},
+    {"KEYPAD PROMPT 01", &KeypadDisplayTexts::KeypadPrompt01, section::kAudioOptions},
+    {"KEYPAD PROMPT 02", &KeypadDisplayTexts::KeypadPrompt02, section::kAudioOptions},
 };
 const IntField kIntFields[] = {
     {"PREVOTE TEXT TIME", &KeypadDisplayTexts::PrevoteTextTime},
@@ -98,31 +99,16 @@ KeypadDisplayTexts::KeypadDisplayTexts() {
     TextVotePauseEnabled = ParseNumber(def(kPauseKey)) != 0;
 }
 
-int KeypadDisplayTexts::apply(const std::vector<std::pair<std::string, std::string>>& settings) {
-    int taken = 0;
-    for (const auto& [key, value] : settings) {
-        const std::string k = toUpper(trim(key));
-        for (const auto& f : kTextFields)
-            if (k == f.key) {
-                this->*f.field = value;
-                ++taken;
-            }
-        for (const auto& f : kIntFields)
-            if (k == f.key) {
-                this->*f.field = toInt(value);
-                ++taken;
-            }
-        if (k == kPauseKey) {
-            TextVotePauseEnabled = ParseNumber(value) != 0;
-            ++taken;
-        }
-    }
-    return taken;
+void KeypadDisplayTexts::load(const SettingsFiles& files) {
+    std::string v;
+    for (const auto& f : kTextFields)
+        if (files.get(f.section, f.key, v)) this->*f.field = v;
+    for (const auto& f : kIntFields)
+        if (files.get(section::kCoreHubOptions, f.key, v)) this->*f.field = toInt(v);
+    if (files.get(section::kCoreHubOptions, kPauseKey, v)) TextVotePauseEnabled = ParseNumber(v) != 0;
 }
 
-void KeypadDisplayTexts::load(const std::filesystem::path& settingsFile) {
-    apply(readSettingsFileInFull(settingsFile));
-}
+void KeypadDisplayTexts::load(const std::filesystem::path& settingsFile) { load(SettingsFiles({settingsFile})); }
 
 std::vector<std::string> displayLines(std::string_view text) { return split(text, "|"); }
 
@@ -134,21 +120,13 @@ PresenterMenu::PresenterMenu() {
 
 const char* PresenterMenu::settingKey(std::size_t index) { return index < kCount ? kMenu[index].key : ""; }
 
-int PresenterMenu::apply(const std::vector<std::pair<std::string, std::string>>& settings) {
-    int taken = 0;
-    for (const auto& [key, value] : settings) {
-        const std::string k = toUpper(trim(key));
-        if (k.empty()) continue;
-        for (std::size_t i = 0; i < kCount; ++i)
-            if (k == kMenu[i].key) {
-                labels[i] = value;
-                ++taken;
-            }
-    }
-    return taken;
+void PresenterMenu::load(const SettingsFiles& files) {
+    std::string v;
+    for (std::size_t i = 0; i < kCount; ++i)
+        if (*kMenu[i].key && files.get(section::kPresenterText, kMenu[i].key, v)) labels[i] = v;
 }
 
-void PresenterMenu::load(const std::filesystem::path& settingsFile) { apply(readSettingsFileInFull(settingsFile)); }
+void PresenterMenu::load(const std::filesystem::path& settingsFile) { load(SettingsFiles({settingsFile})); }
 
 std::string PresenterMenu::menuText() const {
     return join(std::vector<std::string>(labels.begin(), labels.end()), "|");

@@ -11,6 +11,8 @@
 
 namespace tlx {
 
+class SettingsFiles;
+
 // One record per Corehub generation; both start from the same defaults.
 struct KeypadDisplayTexts {
     KeypadDisplayTexts();
@@ -39,9 +41,9 @@ struct KeypadDisplayTexts {
     std::string KeypadPrompt01;
     std::string KeypadPrompt02;
 
-    // Overwrites the fields whose keys appear; returns how many were taken.
-    int apply(const std::vector<std::pair<std::string, std::string>>& settings);
-    // Reads the settings file in full (either form) and applies it.
+    // Overwrites the fields whose keys the files have, each from its own section (the core
+    // hub options; the two prompts from the audio options).
+    void load(const SettingsFiles& files);
     void load(const std::filesystem::path& settingsFile);
 };
 
@@ -68,9 +70,10 @@ struct PresenterMenu {
     int value1 = 20;
     int value2 = 20;
     static const char* settingKey(std::size_t index);
-    int apply(const std::vector<std::pair<std::string, std::string>>& settings);
+    // Overwrites the labels whose keys the files have in the presenter text section.
+    void load(const SettingsFiles& files);
     void load(const std::filesystem::path& settingsFile);
-    // The labels joined with "|", as the presenter keypad takes its menu.
+    // The labels joined with "|".
     std::string menuText() const;
 };
 

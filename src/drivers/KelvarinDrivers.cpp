@@ -25,6 +25,11 @@ int severityOf(int code) {
         default: return 0;
     }
 }
+// A base's text as the drivers raise it, back to the base's identity.
+int baseIndexOf(const std::string& base) {
+    const double b = ParseNumber(base);
+    return std::fabs(b) < 1e6 && b == std::floor(b) ? static_cast<int>(b) : kUnlistedBase;
+}
 }  // namespace
 
 KelvarinDrivers::KelvarinDrivers(Controller& controller, BaseLibrary& library) : c_(controller), lib_(library) {}
@@ -44,12 +49,16 @@ void KelvarinDrivers::loadDriverForms() {
         if (!v3_) {
             v3_ = std::make_unique<kpdriver_KELVARIN_BLACK_3>(c_, lib_);
             v3_->VoteReceived.connect([this](int k, const std::string& d, const std::string& f3,
-                                             const std::string& f4, const std::string& b, const std::string& h) {
-                VoteReceived(k, d, f3, f4, b, h);
-            });
+                                             const std::string& f4, const std::string& b, const std::string& h,
+                                             double t) { VoteReceived(k, d, f3, f4, b, h, t); });
+            // A communication error ended the vote on an oldest base: its vote ends, and the
+            // display programs hear which base failed, by its identity like any base error.
             v3_->BaseFailure.connect([this](const std::string& port) {
                 c_.LogEvent("Base Station Failure - Port " + port, LOG_XX);
                 v3_->EndVote(port);
+                if (MainForm* m = c_.mainForm())
+                    m->FromCtrlFormBaseStationError(serialPortBaseIndex(c_.glo, baseIndexOf(port)),
+                                                    "Communication Error - Base Station " + port);
             });
         }
     });
@@ -57,9 +66,8 @@ void KelvarinDrivers::loadDriverForms() {
 
 void KelvarinDrivers::connectEvents(KelvarinPrioritizerDriver& d) {
     d.VoteReceived.connect([this](int k, const std::string& data, const std::string& f3, const std::string& f4,
-                                  const std::string& base, const std::string& hid) {
-        VoteReceived(k, data, f3, f4, base, hid);
-    });
+                                  const std::string& base, const std::string& hid,
+                                  double time) { VoteReceived(k, data, f3, f4, base, hid, time); });
     d.BaseError.connect(
         [this](const std::string& base, int code, const std::string& extra) { BaseError(base, code, extra); });
 }
@@ -123,7 +131,8 @@ void KelvarinDrivers::closePorts() {
 }
 
 void KelvarinDrivers::VoteReceived(int keypad, const std::string& data, const std::string& field3,
-                                   const std::string& field4, const std::string& base, const std::string& hid) {
+                                   const std::string& field4, const std::string& base, const std::string& hid,
+                                   double time) {
     (void)hid;
     trap(c_.errors, kObject, "oKVv5_VoteReceived", [&] {
         if (c_.glo.InitialisedState != INIT_STATE_INITIALISED || c_.glo.ShuttingDown) return;
@@ -136,21 +145,20 @@ void KelvarinDrivers::VoteReceived(int keypad, const std::string& data, const st
             answer = numText(answer[0] - 'A' + 1);
         if (trim(answer).empty()) return;
         if (const MainForm* m = c_.mainForm(); m && m->keypadTestActive) answer += ";" + field3 + ";" + field4;
-        const double b = ParseNumber(base);
-        const int baseIndex = std::fabs(b) < 1e6 ? static_cast<int>(b) : 0;
-        if (c_.voteIntake)
-            c_.voteIntake->SendVotes(keypads, votes, c_.ports.scheduler.now().secondsSinceMidnight(), baseIndex);
+        if (c_.voteIntake) c_.voteIntake->SendVotes(keypads, votes, time, baseIndexOf(base));
     });
 }
 
 void KelvarinDrivers::BaseError(const std::string& base, int code, const std::string& extra) {
     trap(c_.errors, kObject, "oKVv5_BaseError", [&] {
         if (c_.glo.InitialisedState != INIT_STATE_INITIALISED || c_.glo.ShuttingDown) return;
-        std::string message = "Base Station " + base + "\r\n" + GetCPPErrorString(code);
+        const int index = baseIndexOf(base);
+        // People are told the base's serial number (or port); programs get its identity.
+        std::string message = "Base Station " + baseName(c_.glo, index) + "\r\n" + GetCPPErrorString(code);
         if (!extra.empty()) message += "\r\n[" + extra + "]";
         int severity = severityOf(code);
         if (code == BaseErrorCode::AlternateBaseOnSameChannel) {
-            const std::string key = "K:" + base;
+            const std::string key = "K:" + numText(index);
             const double now = c_.ports.scheduler.monotonicSeconds();
             auto it = alternateBaseShown_.find(key);
             if (it != alternateBaseShown_.end() && now - it->second < kAlternateBaseQuietSeconds) return;
@@ -159,37 +167,29 @@ void KelvarinDrivers::BaseError(const std::string& base, int code, const std::st
         }
         c_.logs.balloon(message, severity);
         if (MainForm* m = c_.mainForm()) {
-            const double b = ParseNumber(base);
-            m->FromCtrlFormBaseStationError(std::fabs(b) < 1e6 ? static_cast<int>(b) : 0, message);
+            if (code == BaseErrorCode::AutoReconnectSuccess || code == BaseErrorCode::ActionCompleted)
+                m->FromCtrlFormBaseStationFeedback(index, message);
+            else
+                m->FromCtrlFormBaseStationError(index, message);
         }
     });
 }
 
-}  // namespace tlx
-
-namespace tlx {
-
 KeypadRange KelvarinDrivers::keypadRange(int baseIndex, const GlobalState& glo) const {
-    auto digits = [](const std::string& t) {
-        std::string d;
-        for (char ch : t)
-            if (ch >= '0' && ch <= '9') d += ch;
-        const auto nz = d.find_first_not_of('0');
-        return nz == std::string::npos ? std::string() : d.substr(nz);
-    };
+    KeypadRange r = BaseDrivers::keypadRange(baseIndex, glo);
+    if (baseIndex < 0 || static_cast<std::size_t>(baseIndex) >= glo.bases.size()) return r;
+    const PortEntry& e = glo.bases[static_cast<std::size_t>(baseIndex)];
+    if (onSerialPort(e)) return r;
     for (KelvarinPrioritizerDriver* d : {static_cast<KelvarinPrioritizerDriver*>(g2_.get()),
                                          static_cast<KelvarinPrioritizerDriver*>(g1_.get())}) {
-        if (!d || baseIndex < 1 || static_cast<std::size_t>(baseIndex) > d->baseTable().size()) continue;
-        const BaseStationRecord& rec = d->baseTable()[static_cast<std::size_t>(baseIndex - 1)];
-        for (const PortEntry& e : glo.bases) {
-            if (digits(e.port).empty() || digits(e.port) != digits(rec.identifier)) continue;
-            KeypadRange r;
-            r.offset = e.offset;
-            r.highest = rec.highestKeypad > 0 ? rec.highestKeypad : e.gridHi;
-            return r;
-        }
+        if (!d) continue;
+        for (const BaseStationRecord& rec : d->baseTable())
+            if (rec.connected && rec.highestKeypad > 0 && sameSerialNumber(rec.identifier, e.port)) {
+                r.highest = rec.highestKeypad;
+                return r;
+            }
     }
-    return BaseDrivers::keypadRange(baseIndex, glo);
+    return r;
 }
 
 }  // namespace tlx

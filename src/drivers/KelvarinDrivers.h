@@ -32,9 +32,8 @@ public:
     KeypadDriver* corehubG1() override;
     KeypadDriver* corehubG2() override;
     Black3Driver* black3() override;
-    // A Corehub base's slot in its driver's table, matched to its port-file entry for the
-    // offset; the highest keypad is the registry's, or the set-up range's when the registry
-    // has none.
+    // The base of that port-file row: its offset, and as its highest keypad the registry's
+    // (a Corehub base's driver knows it), or the set-up range's when there is none.
     KeypadRange keypadRange(int baseIndex, const GlobalState& glo) const override;
 
     // The driver forms themselves (nullptr before loadDriverForms).
@@ -42,9 +41,12 @@ public:
     kpdriver_KELVARIN_Prioritizer* oKVv4() { return g1_.get(); }
     kpdriver_KELVARIN_BLACK_3* v3() { return v3_.get(); }
 
-    // The main form's handlers of the Corehub drivers' events.
+    // The main form's handlers of the drivers' events. `base` is the base's text (its
+    // identity); `time` the time the base reported with the vote.
     void VoteReceived(int keypad, const std::string& data, const std::string& field3, const std::string& field4,
-                      const std::string& base, const std::string& hid);
+                      const std::string& base, const std::string& hid, double time);
+    // A base's status: codes that report progress (a reconnect that succeeded, an add-on
+    // action completed) go out as base feedback, every other code as a base error.
     void BaseError(const std::string& base, int code, const std::string& extra);
 
 private:
@@ -58,7 +60,7 @@ private:
     std::unique_ptr<kpdriver_KELVARIN_BLACK_3> v3_;
     bool g2Listed_ = false;
     bool g1Listed_ = false;
-    // Last time "Alternate base on same channel" was shown, per "K:" + base.
+    // Last time "Alternate base on same channel" was shown, per "K:" + the base's identity.
     std::map<std::string, double> alternateBaseShown_;
 };
 

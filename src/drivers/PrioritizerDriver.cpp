@@ -51,7 +51,7 @@ kpdriver_KELVARIN_Prioritizer::kpdriver_KELVARIN_Prioritizer(Controller& control
     : KelvarinPrioritizerDriver(controller, library, flavourG1()) {}
 
 void kpdriver_KELVARIN_Prioritizer::surveyReply(int slot, const KelvarinSurveyReply& reply) {
-    log(numText(slot) + " - KeypadSurveyReply Event - HID:" + reply.HID + ", Channel:" +
+    log(baseText(slot) + " - KeypadSurveyReply Event - HID:" + reply.HID + ", Channel:" +
             numText(reply.ChannelIndex) + ", Votes:" + numText(reply.VotesSent) + ", Acks:" + numText(reply.Acks) +
             (reply.EndOfScan ? ", End Of Scan" : ""),
         "KeypadSurveyReply");
@@ -72,10 +72,9 @@ void KelvarinPrioritizerDriver::loadDisplaySettings() {
     guard("loadDisplaySettings", [&] {
         texts_ = KeypadDisplayTexts{};
         menu_ = PresenterMenu{};
-        if (c_.glo.localDataFolder.empty()) return;
-        const auto file = c_.settings.dataFolderFile();
-        texts_.load(file);
-        menu_.load(file);
+        const SettingsFiles files(c_.settings.readFiles());
+        texts_.load(files);
+        menu_.load(files);
     });
 }
 
@@ -100,9 +99,11 @@ void KelvarinPrioritizerDriver::failed(const char* member, int code, const std::
 
 std::string KelvarinPrioritizerDriver::GetCPPErrorString(int code) const { return tlx::GetCPPErrorString(code); }
 
-void KelvarinPrioritizerDriver::corehubError(const std::string& base, const std::string& caption, int code) {
+void KelvarinPrioritizerDriver::corehubError(int slot, const std::string& base, const std::string& caption,
+                                             int code) {
     c_.ports.dialogs.message("Kelvarin Corehub Error",
-                             "Base Station " + base + "\r\n" + caption + "\r\nCode: " + numText(code) +
+                             "Base Station " + (slot ? baseName(slot) : base) + "\r\n" + caption +
+                                 "\r\nCode: " + numText(code) +
                                  "\r\nDescription: " + tlx::GetCPPErrorString(code),
                              MsgIcon::Exclamation);
 }
@@ -125,15 +126,27 @@ int KelvarinPrioritizerDriver::slotOf(const std::string& base) const {
     if (!isNumeric(replaceAll(t, " ", ""))) return 0;
     const double n = ParseNumber(t);
     const int count = static_cast<int>(bases_.size());
-    if (n >= 1 && n <= count && n == std::floor(n)) {
-        const int slot = static_cast<int>(n);
-        return bases_[static_cast<std::size_t>(slot - 1)].connected ? slot : 0;
+    // An identity names the base of that port-file row; any other number is a serial number.
+    std::string id;
+    if (n >= 0 && n < static_cast<double>(c_.glo.bases.size()) && n == std::floor(n))
+        id = c_.glo.bases[static_cast<std::size_t>(n)].port;
+    else
+        id = t;
+    for (int i = 0; i < count; ++i) {
+        const BaseStationRecord& r = bases_[static_cast<std::size_t>(i)];
+        if (r.connected && r.identifier == idText(id)) return i + 1;
     }
-    const std::string id = idText(t);
-    for (int i = 0; i < count; ++i)
-        if (bases_[static_cast<std::size_t>(i)].connected && bases_[static_cast<std::size_t>(i)].identifier == id)
-            return i + 1;
     return 0;
+}
+
+std::string KelvarinPrioritizerDriver::baseText(int slot) const {
+    if (slot < 1 || slot > static_cast<int>(bases_.size())) return numText(kUnlistedBase);
+    return numText(corehubBaseIndex(c_.glo, bases_[static_cast<std::size_t>(slot - 1)].identifier));
+}
+
+std::string KelvarinPrioritizerDriver::baseName(int slot) const {
+    if (slot < 1 || slot > static_cast<int>(bases_.size())) return "";
+    return formatDigits(bases_[static_cast<std::size_t>(slot - 1)].identifier, "### 000 000 000");
 }
 
 KelvarinBase* KelvarinPrioritizerDriver::baseObject(int slot) const {
@@ -143,11 +156,18 @@ KelvarinBase* KelvarinPrioritizerDriver::baseObject(int slot) const {
 
 int KelvarinPrioritizerDriver::passThrough(const std::string& base, const char* operation, const char* caption,
                                            const std::function<int(KelvarinBase&)>& op) {
-    const int slot = slotOf(base);
+    return passThroughSlot(slotOf(base), base, operation, caption, op);
+}
+
+int KelvarinPrioritizerDriver::passThroughSlot(int slot, const std::string& base, const char* operation,
+                                               const char* caption, const std::function<int(KelvarinBase&)>& op) {
     KelvarinBase* b = baseObject(slot);
     const int rc = b ? op(*b) : BaseErrorCode::BaseNotFound;
-    log(base + f_.logName + operation + " = " + numText(rc), operation);
-    if (rc != BaseErrorCode::Success && caption) corehubError(base, caption, rc);
+    log((slot ? baseText(slot) : base) + f_.logName + operation + " = " + numText(rc), operation);
+    if (rc != BaseErrorCode::Success) {
+        failed(operation, rc, tlx::GetCPPErrorString(rc));
+        if (caption) corehubError(slot, base, caption, rc);
+    }
     return rc;
 }
 
@@ -174,22 +194,24 @@ void KelvarinPrioritizerDriver::attach(int slot, KelvarinBase& b) {
     // Base 1 also carries audio, debug traffic and the presenter keypad.
     b.AudioStatus.connect([this](const KelvarinAudioStatus& s) {
         guard("AudioStatus", [&] {
-            log("1 - AudioStatus Event - Streaming:" + boolText(s.Streaming) + ", RSSI:" + numText(s.RSSI) +
-                    ", LQI:" + numText(s.LQI),
+            log(baseText(1) + " - AudioStatus Event - Streaming:" + boolText(s.Streaming) +
+                    ", RSSI:" + numText(s.RSSI) + ", LQI:" + numText(s.LQI),
                 "AudioStatus");
-            AudioStatus(s, "1");
+            AudioStatus(s, baseText(1));
         });
     });
     b.DebugRx.connect([this](const std::string& t) {
-        if (c_.glo.options.flag(section::kCoreHubOptions, "COREHUB DEBUG")) log("1 - DebugRx: " + t, "DebugRx");
+        if (c_.glo.options.flag(section::kCoreHubOptions, "COREHUB DEBUG"))
+            log(baseText(1) + " - DebugRx: " + t, "DebugRx");
     });
     b.DebugTx.connect([this](const std::string& t) {
-        if (c_.glo.options.flag(section::kCoreHubOptions, "COREHUB DEBUG")) log("1 - DebugTx: " + t, "DebugTx");
+        if (c_.glo.options.flag(section::kCoreHubOptions, "COREHUB DEBUG"))
+            log(baseText(1) + " - DebugTx: " + t, "DebugTx");
     });
     if (!f_.presenterMembers) return;
     b.PresenterCommandReceived.connect([this](const std::string& hid, int command, int source, int value) {
         guard("PresenterCommandReceived", [&] {
-            log("1 - PresenterCommandReceived Event - HID:" + hid + ", Command:" + numText(command),
+            log(baseText(1) + " - PresenterCommandReceived Event - HID:" + hid + ", Command:" + numText(command),
                 "PresenterCommandReceived");
             if (!hid.empty() && std::find(m_Presenters.begin(), m_Presenters.end(), hid) == m_Presenters.end())
                 m_Presenters.push_back(hid);
@@ -198,7 +220,8 @@ void KelvarinPrioritizerDriver::attach(int slot, KelvarinBase& b) {
     });
     b.ScannerCommandReceived.connect([this](const std::string& hid, const std::string& data) {
         guard("ScannerCommandReceived", [&] {
-            log("1 - ScannerCommandReceived Event - HID:" + hid + ", Data:" + data, "ScannerCommandReceived");
+            log(baseText(1) + " - ScannerCommandReceived Event - HID:" + hid + ", Data:" + data,
+                "ScannerCommandReceived");
             ScannerCommand(hid, data);
         });
     });
@@ -253,15 +276,27 @@ int KelvarinPrioritizerDriver::ListDevices() {
         }
         oKV.reset();
 
-        // The table is rebuilt; per-base keypad limits carry over by serial number.
+        // The table is rebuilt; per-base keypad limits and registry copies carry over by serial
+        // number, and the registry read log stays for the bases found again (a re-scan reads
+        // only the bases it has no copy of).
         std::vector<BaseStationRecord> old = std::move(bases_);
+        std::array<LocalRegistry, kMaxBases> oldReg = std::move(localReg_);
         bases_.clear();
         for (auto& o : oKVs_) {
             if (o) o->Disconnect();
             o.reset();
         }
         for (auto& r : localReg_) r.clear();
-        m_RegistryReadLog.clear();
+        struct KeepFound {
+            KelvarinPrioritizerDriver& d;
+            ~KeepFound() {
+                std::string kept;
+                for (const auto& b : split(d.m_RegistryReadLog, "|"))
+                    for (const auto& r : d.bases_)
+                        if (!b.empty() && r.identifier == b) kept += "|" + b;
+                d.m_RegistryReadLog = kept;
+            }
+        } keepFound{*this};
         if (list.empty()) return BaseErrorCode::Success;
 
         for (const auto& item : split(list, "|")) {
@@ -295,10 +330,12 @@ int KelvarinPrioritizerDriver::ListDevices() {
             r.typeName = f_.typeName;
             r.config = cfg;
             r.firmwareVersion = cfg.FirmwareVersion;
-            for (const auto& o : old)
-                if (o.identifier == r.identifier) {
-                    r.lowestKeypad = o.lowestKeypad;
-                    r.highestKeypad = o.highestKeypad;
+            const std::size_t next = bases_.size();
+            for (std::size_t o = 0; o < old.size(); ++o)
+                if (old[o].identifier == r.identifier) {
+                    r.lowestKeypad = old[o].lowestKeypad;
+                    r.highestKeypad = old[o].highestKeypad;
+                    if (o < oldReg.size()) localReg_[next] = std::move(oldReg[o]);
                 }
             r.connected = true;
             bases_.push_back(r);
@@ -306,7 +343,7 @@ int KelvarinPrioritizerDriver::ListDevices() {
             attach(slot, *object);
             oKVs_[static_cast<std::size_t>(slot - 1)] = std::move(object);
             if (VersionCompare(r.firmwareVersion, version::kMinimum) < 0)
-                c_.logs.balloon("Kelvarin Corehub Error\r\nBase station " + numText(slot) +
+                c_.logs.balloon("Kelvarin Corehub Error\r\nBase station " + baseName(slot) +
                                     " is incompatible with this version of tallix and must be upgraded\r\n"
                                     "Your Version: " +
                                     r.firmwareVersion + "\r\nMinimum Allowed Version: 1.01.00",
@@ -317,7 +354,7 @@ int KelvarinPrioritizerDriver::ListDevices() {
             if (c_.glo.ShuttingDown) return BaseErrorCode::Success;
             auto& rec = bases_[static_cast<std::size_t>(slot - 1)];
             KelvarinBase& b = *oKVs_[static_cast<std::size_t>(slot - 1)];
-            const std::string base = numText(slot);
+            const std::string base = baseText(slot);
             t = clock.monotonicSeconds();
             if (b.GetSessionConfig(rec.session) != BaseErrorCode::Success)
                 log(base + " - GetSessionConfig FAILED", "ListDevices");
@@ -420,8 +457,8 @@ int KelvarinPrioritizerDriver::GetSessionConfig(const std::string& base, Kelvari
 
 int KelvarinPrioritizerDriver::StopAudio() {
     return guard("StopAudio", [&] {
-        return passThrough(numText(m_AudioSlot), "StopAudio", "Stop Audio Error",
-                           [](KelvarinBase& b) { return b.StopAudio(); });
+        return passThroughSlot(m_AudioSlot, baseText(m_AudioSlot), "StopAudio", "Stop Audio Error",
+                               [](KelvarinBase& b) { return b.StopAudio(); });
     });
 }
 
@@ -435,8 +472,8 @@ int KelvarinPrioritizerDriver::StartAudio(const std::string& hid, const Kelvarin
                 m_AudioSlot = i + 1;
                 break;
             }
-        return passThrough(numText(m_AudioSlot), "StartAudio", nullptr,
-                           [&](KelvarinBase& b) { return b.StartAudio(hid, options); });
+        return passThroughSlot(m_AudioSlot, baseText(m_AudioSlot), "StartAudio", nullptr,
+                               [&](KelvarinBase& b) { return b.StartAudio(hid, options); });
     });
 }
 
@@ -466,7 +503,7 @@ int KelvarinPrioritizerDriver::EndKeypadSurveyScan(const std::string& base) {
 
 void KelvarinPrioritizerDriver::onError(int slot, int code, const std::string& extra) {
     guard("Error", [&] {
-        const std::string base = numText(slot);
+        const std::string base = baseText(slot);
         log(base + " - Error Event - Code:" + numText(code) + ", " + tlx::GetCPPErrorString(code) +
                 (extra.empty() ? "" : " [" + extra + "]"),
             "Error");
@@ -476,7 +513,7 @@ void KelvarinPrioritizerDriver::onError(int slot, int code, const std::string& e
 
 void KelvarinPrioritizerDriver::onKeypadConfig(int slot, const KelvarinKeypadConfig& k) {
     guard("KeypadConfig", [&] {
-        const std::string base = numText(slot);
+        const std::string base = baseText(slot);
         log(base + " - KeypadConfig Event - HID:" + k.HID + ", SID:" + numText(k.SID), "KeypadConfig");
         if (RegistryEntry* e = localReg_[static_cast<std::size_t>(slot - 1)].find(registryKey(k.HID))) {
             e->battery = k.BatteryStrength;
@@ -488,7 +525,7 @@ void KelvarinPrioritizerDriver::onKeypadConfig(int slot, const KelvarinKeypadCon
 
 void KelvarinPrioritizerDriver::onScanReply(int slot, const KelvarinChannelScanReply& r, const char* event) {
     guard(event, [&] {
-        const std::string base = numText(slot);
+        const std::string base = baseText(slot);
         log(base + " - " + event + " Event - Channel:" + numText(r.Channel) + ", Quality:" + numText(r.Quality),
             event);
         m_ScanReplyReceived = true;

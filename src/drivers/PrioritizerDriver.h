@@ -6,8 +6,11 @@
 // members and raises keypad-survey replies.
 //
 // A driver owns up to ten base objects (`oKV01` .. `oKV10`, slots 1..10) and one temporary
-// object `oKV` that lists the attached bases. A base is named by its "base text": the slot
-// number ("1".."10"), or its serial number. Every member logs and swallows its own failures.
+// object `oKV` that lists the attached bases. Slots stay inside the driver: outside it a base
+// is named by its "base text", the base's identity (its row in the port file, from 0; -1 for a
+// base the port file does not list), which every event carries and every member taking a base
+// accepts, as it accepts the base's serial number. Messages for people name a base by its
+// serial number. Every member logs and swallows its own failures.
 #include <array>
 #include <functional>
 #include <map>
@@ -123,8 +126,11 @@ public:
     void DecodePresenterCommand(int command, int commandSource, int value = 0);
 
     // Events.
-    Signal<int, const std::string&, const std::string&, const std::string&, const std::string&, const std::string&>
-        VoteReceived;  // keypad, vote data, field 3, field 4, base, HID
+    // Keypad, vote data, field 3, field 4, base, HID, and the time the base took the press
+    // (seconds since midnight).
+    Signal<int, const std::string&, const std::string&, const std::string&, const std::string&, const std::string&,
+           double>
+        VoteReceived;
     Signal<const KelvarinVote&, const std::string&> VoteReceivedObject;
     Signal<const KelvarinVote&, const std::string&, bool> MicRequest;
     Signal<const KelvarinVote&, const std::string&, bool> PresenterMicRequest;
@@ -144,8 +150,12 @@ public:
     int connectedCount() const;
     // True when a connected base has this serial number (the port file's PORT).
     bool isConnected(const std::string& identifier) const;
-    // Slot of a base text (slot number or serial number); 0 when none.
+    // Slot of a base text (the base's identity or its serial number); 0 when none.
     int slotOf(const std::string& base) const;
+    // The identity of the base in a slot, as text ("-1" when the port file does not list it).
+    std::string baseText(int slot) const;
+    // The base in a slot as people are told about it: its serial number "### 000 000 000".
+    std::string baseName(int slot) const;
     KelvarinBase* baseObject(int slot) const;
     const LocalRegistry& localRegistry(int baseIndex) const { return localReg_.at(static_cast<std::size_t>(baseIndex)); }
     const std::string& registryReadLog() const { return m_RegistryReadLog; }
@@ -155,8 +165,11 @@ public:
     bool scanRunning() const { return m_ScanRunning; }
     KeypadDisplayTexts& displayTexts() { return texts_; }
     PresenterMenu& presenterMenu() { return menu_; }
-    // Re-reads the display texts and presenter labels from the settings file.
+    // Re-reads the display texts and presenter labels from the settings files (done whenever
+    // a vote, the requests or the winner message are sent, so set-up changes take effect).
     void loadDisplaySettings();
+    // Sends the presenter keypad its 22 menu labels (when it has registered).
+    int SendPresenterMenu(const std::string& hid);
 
     // The driver's own log, newest first.
     TextLog txtDebug{20000};
@@ -175,9 +188,13 @@ private:
     auto guard(const char* member, F&& body) -> decltype(body());
     void failed(const char* member, int code, const std::string& text);
     // Runs one operation on one base, logs it and shows the failure caption when given.
+    // A failure is logged as " - " + operation + " FAILED - " + code + ": " + text.
     int passThrough(const std::string& base, const char* operation, const char* caption,
                     const std::function<int(KelvarinBase&)>& op);
-    void corehubError(const std::string& base, const std::string& caption, int code);
+    int passThroughSlot(int slot, const std::string& base, const char* operation, const char* caption,
+                        const std::function<int(KelvarinBase&)>& op);
+    // "Kelvarin Corehub Error": the base named for people, the caption, code and status text.
+    void corehubError(int slot, const std::string& base, const std::string& caption, int code);
     template <class F>
     void forEachBase(F&& fn);
     void attach(int slot, KelvarinBase& base);
@@ -200,7 +217,7 @@ private:
     std::array<std::unique_ptr<KelvarinBase>, kMaxBases> oKVs_;
     std::vector<BaseStationRecord> bases_;
     std::array<LocalRegistry, kMaxBases> localReg_;
-    std::string m_RegistryReadLog;
+    std::string m_RegistryReadLog;  // "|" + serial number of every base read since the reset
     bool m_RegistryReading = false;
     bool m_AllowDuplicateVotes = false;
     bool m_PauseAutoUpdate = false;

@@ -34,7 +34,7 @@ auto KelvarinPrioritizerDriver::guard(const char* member, F&& body) -> decltype(
 }
 
 // Every base slot from 1 up to and including 11; slot 11 never holds a base and slots
-// without a connected base are passed over.
+// without a connected base are passed over. The body gets the slot and the base's text.
 template <class F>
 void KelvarinPrioritizerDriver::forEachBase(F&& fn) {
     for (int slot = 1; slot <= kLastSlot; ++slot) {
@@ -43,7 +43,7 @@ void KelvarinPrioritizerDriver::forEachBase(F&& fn) {
         if (!bases_[static_cast<std::size_t>(slot - 1)].connected) continue;
         KelvarinBase* base = oKVs_[static_cast<std::size_t>(slot - 1)].get();
         if (!base) continue;
-        fn(slot, numText(slot), *base);
+        fn(slot, baseText(slot), *base);
     }
 }
 

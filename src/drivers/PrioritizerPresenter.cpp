@@ -24,6 +24,7 @@ void KelvarinPrioritizerDriver::ShowWinningKeypad(int keypad, bool flag) {
             c_.LogEvent("Winning Keypad Not Loaded - KpadHID NULL", LOG_XX);
             return;
         }
+        loadDisplaySettings();
         KelvarinWinnerMessage message;
         message.LoadMessage = texts_.WinningKeypadLoadMessage;
         message.MainMessage = texts_.WinningKeypadMainMessage;
@@ -60,8 +61,8 @@ int KelvarinPrioritizerDriver::presenterEcho(const std::string& text) {
             log(" - SetPresenterEchoMessage - no presenter keypad", "SetPresenterEchoMessage");
             return BaseErrorCode::RegistryDeviceNotFound;
         }
-        return passThrough("1", "SetPresenterEchoMessage", nullptr,
-                           [&](KelvarinBase& b) { return b.SetPresenterEchoMessage(hid, text); });
+        return passThroughSlot(1, baseText(1), "SetPresenterEchoMessage", nullptr,
+                               [&](KelvarinBase& b) { return b.SetPresenterEchoMessage(hid, text); });
     });
 }
 
@@ -72,9 +73,30 @@ int KelvarinPrioritizerDriver::presenterGotoMenu(const std::string& menu) {
             log(" - SetPresenterGotoMenu - no presenter keypad", "SetPresenterGotoMenu");
             return BaseErrorCode::RegistryDeviceNotFound;
         }
-        const std::string text = menu.empty() ? menu_.menuText() : menu;
-        return passThrough("1", "SetPresenterGotoMenu", nullptr,
-                           [&](KelvarinBase& b) { return b.SetPresenterGotoMenu(hid, text); });
+        return passThroughSlot(1, baseText(1), "SetPresenterGotoMenu", nullptr,
+                               [&](KelvarinBase& b) { return b.SetPresenterGotoMenu(hid, menu); });
+    });
+}
+
+// The menu labels are the presenter keypad's own set-up: they go to it when it registers (the
+// moment the driver learns of it), read afresh from the settings.
+int KelvarinPrioritizerDriver::SendPresenterMenu(const std::string& hid) {
+    return guard("SendPresenterMenu", [&]() -> int {
+        if (trim(hid).empty()) return BaseErrorCode::RegistryDeviceNotFound;
+        loadDisplaySettings();
+        KelvarinPresenterMenu m;
+        m.Labels = menu_.labels;
+        m.Value1 = menu_.value1;
+        m.Value2 = menu_.value2;
+        // Through the base the keypad is registered to.
+        int slot = 1;
+        for (int i = 0; i < static_cast<int>(baseTable().size()); ++i)
+            if (localRegistry(i).find(registryKey(hid))) {
+                slot = i + 1;
+                break;
+            }
+        return passThroughSlot(slot, baseText(slot), "SetPresenterMenu", nullptr,
+                               [&](KelvarinBase& b) { return b.SetPresenterMenu(hid, m); });
     });
 }
 
@@ -90,7 +112,9 @@ void KelvarinPrioritizerDriver::DecodePresenterCommand(int command, int commandS
         if (command == kReadPresenterConfigCommand) {
             const std::string hid = GetFirstPresentersHID();
             KelvarinKeypadConfig config;
-            if (!hid.empty()) GetKeypadConfig("1", hid, config);
+            if (!hid.empty())
+                passThroughSlot(1, baseText(1), "GetKeypadConfig", nullptr,
+                                [&](KelvarinBase& b) { return b.GetKeypadConfig(hid, config); });
             return;
         }
         Desktop& desktop = c_.ports.desktop;

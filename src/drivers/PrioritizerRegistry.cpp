@@ -16,9 +16,11 @@ namespace {
 constexpr int kHighestKeypadNumber = 4095;
 constexpr double kScanReplyTimeout = 5.0;
 
-bool inReadLog(const std::string& log, const std::string& base) {
+// The read log names each base by its serial number, which survives a re-scan that moves
+// the base to another slot.
+bool inReadLog(const std::string& log, const std::string& serial) {
     for (const auto& b : split(log, "|"))
-        if (b == base) return true;
+        if (b == serial) return true;
     return false;
 }
 }  // namespace
@@ -44,7 +46,7 @@ int KelvarinPrioritizerDriver::GetRegistry(const std::string& base, bool forceRe
 }
 
 int KelvarinPrioritizerDriver::readRegistry(int slot, bool forceReadFromBase, bool interactive) {
-    const std::string base = numText(slot);
+    const std::string base = baseText(slot);
     auto& rec = bases_[static_cast<std::size_t>(slot - 1)];
     KelvarinBase* b = baseObject(slot);
     if (!b) return BaseErrorCode::BaseNotFound;
@@ -53,7 +55,7 @@ int KelvarinPrioritizerDriver::readRegistry(int slot, bool forceReadFromBase, bo
     if (rc != BaseErrorCode::Success) {
         log(base + " - GetKeypadRegister FAILED - " + numText(rc) + ": " + tlx::GetCPPErrorString(rc), "GetRegistry");
         if (interactive)
-            c_.ports.dialogs.message("USB Comms Error", "Unable to connect to base station " + base,
+            c_.ports.dialogs.message("USB Comms Error", "Unable to connect to base station " + baseName(slot),
                                      MsgIcon::Exclamation);
         return rc;
     }
@@ -74,7 +76,7 @@ int KelvarinPrioritizerDriver::readRegistry(int slot, bool forceReadFromBase, bo
         rec.lowestKeypad = cfg.RegistryLowSID;
         rec.highestKeypad = cfg.RegistryHighSID;
     }
-    if (inReadLog(m_RegistryReadLog, base) && !forceReadFromBase) return BaseErrorCode::Success;
+    if (inReadLog(m_RegistryReadLog, rec.identifier) && !forceReadFromBase) return BaseErrorCode::Success;
 
     Scheduler& clock = c_.ports.scheduler;
     const double t = clock.monotonicSeconds();
@@ -86,11 +88,11 @@ int KelvarinPrioritizerDriver::readRegistry(int slot, bool forceReadFromBase, bo
         "GetRegistry");
     if (rc != BaseErrorCode::Success) {
         log(base + " - GetKeypadRegister FAILED - " + numText(rc) + ": " + tlx::GetCPPErrorString(rc), "GetRegistry");
-        if (interactive) corehubError(base, "Get Registry Error", rc);
+        if (interactive) corehubError(slot, base, "Get Registry Error", rc);
         return rc;
     }
     localReg_[static_cast<std::size_t>(slot - 1)] = parseRegistryText(text);
-    m_RegistryReadLog += "|" + base;
+    if (!inReadLog(m_RegistryReadLog, rec.identifier)) m_RegistryReadLog += "|" + rec.identifier;
     UpdateGlobalKpadLoAndHi(slot - 1);
     UpdateStaticRegistryLimits(slot - 1);
     return BaseErrorCode::Success;
@@ -137,12 +139,12 @@ int KelvarinPrioritizerDriver::UpdateStaticRegistryLimits(int baseIndex) {
                 changed = true;
             }
             if (!changed) continue;
-            const std::string base = numText(i + 1);
+            const std::string base = baseText(i + 1);
             const int rc = b->SetBaseConfig(cfg);
             if (rc != BaseErrorCode::Success) {
                 log(base + " - UpdateStaticRegistryLimits - Error:" + numText(rc) + ", " + tlx::GetCPPErrorString(rc),
                     "UpdateStaticRegistryLimits");
-                corehubError(base, "Update Static Registry Limits Error", rc);
+                corehubError(i + 1, base, "Update Static Registry Limits Error", rc);
                 status = rc;
                 continue;
             }
@@ -155,11 +157,11 @@ int KelvarinPrioritizerDriver::UpdateStaticRegistryLimits(int baseIndex) {
 int KelvarinPrioritizerDriver::UpdateFlagOnBaseStations(const std::string& hid, int flag) {
     return guard("UpdateFlagOnBaseStations", [&] {
         int status = BaseErrorCode::Success;
-        forEachBase([&](int, const std::string& base, KelvarinBase& b) {
+        forEachBase([&](int slot, const std::string& base, KelvarinBase& b) {
             const int rc = b.UpdateRegistryFlashRIT(hid, flag);
             log(base + f_.logName + "UpdateFlagOnBaseStations = " + numText(rc), "UpdateFlagOnBaseStations");
             if (rc != BaseErrorCode::Success) {
-                corehubError(base, "Update Flag On Base Station", rc);
+                corehubError(slot, base, "Update Flag On Base Station", rc);
                 status = rc;
             }
         });
@@ -248,39 +250,40 @@ int KelvarinPrioritizerDriver::ScanForBestChannel(const std::string& base) {
             bool& flag;
             ~Done() { flag = false; }
         } done{m_ScanRunning};
-        const int count = connectedCount();
-        for (int n = 1; n <= count; ++n) {
-            const std::string text = trim(base).empty() ? numText(n) : trim(base);
-            const int slot = isNumeric(replaceAll(text, " ", "")) ? slotOf(text) : 0;
-            if (slot && baseObject(slot)) {
-                const std::string name = numText(slot);
-                KelvarinChannelList list;
-                int rc = baseObject(slot)->GetChannelList(list);
-                if (rc != BaseErrorCode::Success) {
-                    log(name + " - GetChannelList FAILED - " + numText(rc) + ": " + tlx::GetCPPErrorString(rc),
+        // Every connected base in slot order, or the one named.
+        std::vector<int> slots;
+        if (trim(base).empty()) {
+            for (int n = 1; n <= static_cast<int>(bases_.size()); ++n)
+                if (bases_[static_cast<std::size_t>(n - 1)].connected) slots.push_back(n);
+        } else if (const int named = isNumeric(replaceAll(trim(base), " ", "")) ? slotOf(base) : 0) {
+            slots.push_back(named);
+        }
+        for (int slot : slots) {
+            if (!baseObject(slot)) continue;
+            const std::string name = baseText(slot);
+            KelvarinChannelList list;
+            int rc = baseObject(slot)->GetChannelList(list);
+            if (rc != BaseErrorCode::Success) {
+                log(name + " - GetChannelList FAILED - " + numText(rc) + ": " + tlx::GetCPPErrorString(rc),
+                    "ScanForBestChannel");
+                continue;
+            }
+            for (int c = 0; c < 8; ++c) {
+                KelvarinBase* b = baseObject(slot);
+                if (!b || c_.glo.ShuttingDown) return BaseErrorCode::BaseNotFound;
+                const int channel = list.Channel[static_cast<std::size_t>(c)];
+                m_ScanReplyReceived = false;
+                rc = b->ChannelScan(channel, channel, 1, 100);
+                log(name + f_.logName + "ChannelScan " + numText(channel) + " = " + numText(rc), "ScanForBestChannel");
+                if (rc != BaseErrorCode::Success) return rc;
+                const bool answered = c_.ports.scheduler.waitUntil(
+                    [&] { return m_ScanReplyReceived || c_.glo.ShuttingDown; }, kScanReplyTimeout);
+                if (!answered || !m_ScanReplyReceived) {
+                    log(name + " - ScanForBestChannel - no reply within 5 secs on channel " + numText(channel),
                         "ScanForBestChannel");
-                } else {
-                    for (int c = 0; c < 8; ++c) {
-                        KelvarinBase* b = baseObject(slot);
-                        if (!b || c_.glo.ShuttingDown) return BaseErrorCode::BaseNotFound;
-                        const int channel = list.Channel[static_cast<std::size_t>(c)];
-                        m_ScanReplyReceived = false;
-                        rc = b->ChannelScan(channel, channel, 1, 100);
-                        log(name + f_.logName + "ChannelScan " + numText(channel) + " = " + numText(rc),
-                            "ScanForBestChannel");
-                        if (rc != BaseErrorCode::Success) return rc;
-                        const bool answered = c_.ports.scheduler.waitUntil(
-                            [&] { return m_ScanReplyReceived || c_.glo.ShuttingDown; }, kScanReplyTimeout);
-                        if (!answered || !m_ScanReplyReceived) {
-                            log(name + " - ScanForBestChannel - no reply within 5 secs on channel " +
-                                    numText(channel),
-                                "ScanForBestChannel");
-                            return BaseErrorCode::RxCommsTimeOut;
-                        }
-                    }
+                    return BaseErrorCode::RxCommsTimeOut;
                 }
             }
-            if (!trim(base).empty()) break;  // one named base is scanned once
         }
         return BaseErrorCode::Success;
     });
@@ -288,7 +291,7 @@ int KelvarinPrioritizerDriver::ScanForBestChannel(const std::string& base) {
 
 void KelvarinPrioritizerDriver::onKeypadRegister(int slot, const std::string& hid, int flag, int error) {
     guard("KeypadRegister", [&] {
-        const std::string base = numText(slot);
+        const std::string base = baseText(slot);
         log(base + " - KeypadRegister Event - HID:" + hid + ", Flag:" + numText(flag) + ",Error:" + numText(error),
             "KeypadRegister");
         if (error == BaseErrorCode::Success && !trim(hid).empty()) {
@@ -309,6 +312,7 @@ void KelvarinPrioritizerDriver::onKeypadRegister(int slot, const std::string& hi
         if (flag == DeviceKind::Presenter) {
             if (std::find(m_Presenters.begin(), m_Presenters.end(), hid) == m_Presenters.end())
                 m_Presenters.push_back(hid);
+            if (error == BaseErrorCode::Success && f_.presenterMembers) SendPresenterMenu(hid);
             PresenterValidated(hid);
         } else if (flag == DeviceKind::Scanner) {
             ScannerValidated(hid);

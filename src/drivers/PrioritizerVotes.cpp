@@ -30,6 +30,7 @@ void KelvarinPrioritizerDriver::SilentLoadVoteConfig(int slideNum) {
                 "SilentLoadVoteConfig");
             return;
         }
+        loadDisplaySettings();
         KelvarinVote oVote;
         if (!UpdateVoteObjectFromGlobalVariables(oVote)) {
             log("Silent Loading Vote Quit: UpdateVoteObjectFromGlobalVariables(oVote) = False", "SilentLoadVoteConfig");
@@ -50,6 +51,7 @@ void KelvarinPrioritizerDriver::SilentLoadVoteConfig(int slideNum) {
 int KelvarinPrioritizerDriver::StartVote() {
     return guard("StartVote", [&]() -> int {
         if (m_AudioRequestsOn) EndAudioRequests();
+        loadDisplaySettings();
         KelvarinVote oVote;
         if (!UpdateVoteObjectFromGlobalVariables(oVote)) {
             log(" - Start Vote - UpdateVoteObjectFromGlobalVariables(oVote) = False", "StartVote");
@@ -146,6 +148,7 @@ void KelvarinPrioritizerDriver::EndVote(bool noAudio, bool clearSettings) {
         // Requests ran as the bases' open vote, so they ended with it.
         m_AudioRequestsOn = false;
         if (clearSettings) {
+            // Every vote setting the vote object is built from: its texts and its numbers.
             GlobalState& g = c_.glo;
             g.voteType.clear();
             g.questionTextShort.clear();
@@ -154,6 +157,9 @@ void KelvarinPrioritizerDriver::EndVote(bool noAudio, bool clearSettings) {
             g.prevoteText.clear();
             g.answerText.clear();
             g.validAnswers.clear();
+            g.optionCount = 0;
+            g.startFrom = 0;
+            g.kelvarinDisplay = 0;
             g.allocation = 0;
             g.limits = 0;
             g.points = 0;
@@ -167,6 +173,7 @@ void KelvarinPrioritizerDriver::EndVote(bool noAudio, bool clearSettings) {
 
 void KelvarinPrioritizerDriver::StartAudioRequests(const std::string& keys) {
     guard("StartAudioRequests", [&] {
+        loadDisplaySettings();
         const auto mask = keyMaskOfList(keys);
         if (!mask) {
             failed("StartAudioRequests", BaseErrorCode::InvalidVoteCharacter, "request keys " + keys);
@@ -250,7 +257,7 @@ void KelvarinPrioritizerDriver::rememberVote(const KelvarinVote& v) {
 
 void KelvarinPrioritizerDriver::onVote(int slot, const KelvarinVote& v) {
     guard("VoteReceived", [&] {
-        const std::string base = numText(slot);
+        const std::string base = baseText(slot);
         log(base + " - VoteReceived Event - HID:" + v.HID + ", VoteData:" + v.VoteReplyData, "VoteReceived");
         if (isDuplicate(v)) {
             log("Duplicate Vote Received " + v.HID + ": " + v.VoteReplyData, "VoteReceived");
@@ -263,15 +270,10 @@ void KelvarinPrioritizerDriver::onVote(int slot, const KelvarinVote& v) {
             e && e->SID > 0)
             keypad = e->SID;
         VoteReceived(keypad, trim(v.VoteReplyData), numText(v.BatteryStrength), numText(v.SignalStrength), base,
-                     v.HID);
+                     v.HID, v.KeyPressTime);
         VoteReceivedObject(v, base);
-        if (m_AudioRequestsOn) {
-            const std::string presenter = GetFirstPresentersHID();
-            if (!presenter.empty() && registryKey(presenter) == registryKey(v.HID))
-                PresenterMicRequest(v, base, false);
-            else
-                MicRequest(v, base, false);
-        }
+        // Every accepted vote while requests are on is a request, the presenter keypad's too.
+        if (m_AudioRequestsOn) MicRequest(v, base, false);
     });
 }
 

@@ -22,7 +22,7 @@ public:
 
     // The base is named as the driver names it (slot or serial number).
     frmPrioritizerSessionSettings(Controller& controller, KelvarinPrioritizerDriver* driver = nullptr,
-                                  std::string base = "1");
+                                  std::string base = "0");
 
     // Controls.
     std::string txtID;

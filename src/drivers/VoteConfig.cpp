@@ -51,24 +51,23 @@ int keyBit(int answer) {
 }
 
 std::optional<int> keyMaskOfList(std::string_view list) {
+    // The bits are added, as the keypad library reads the mask: an answer listed twice
+    // counts twice.
     int mask = 0;
     for (const auto& item : split(list, ",")) {
         if (!isNumeric(item)) continue;
         const double a = ParseNumber(item);
-        if (a < 0 || a >= 14) return std::nullopt;
-        mask |= keyBit(static_cast<int>(a));
+        if (a >= 14) return std::nullopt;
+        mask += keyBit(static_cast<int>(a));
     }
     return mask;
 }
 
 std::optional<int> singleDigitKeyMask(const GlobalState& glo) {
     if (!trim(glo.validAnswers).empty()) return keyMaskOfList(glo.validAnswers);
+    // The range form is never an error: answers beyond the keypad's keys add nothing.
     int mask = 0;
-    for (int i = 0; i < glo.optionCount; ++i) {
-        const int a = glo.startFrom + i;
-        if (a < 0 || a >= 14) return std::nullopt;
-        mask |= keyBit(a);
-    }
+    for (int i = 0; i < glo.optionCount; ++i) mask += keyBit(glo.startFrom + i);
     return mask;
 }
 
@@ -96,9 +95,28 @@ bool UpdateVoteObjectFromGlobalVariables(const GlobalState& glo, const KeypadDis
     } else if (name == "TEXT" || name == "MESSAGE") {
         v.MessageText = glo.voteText;
     }
+    // Every keypad text goes out with the vote, before it opens: the keypads show most of them
+    // at moments only the radio side sees (a press on its way, no acknowledgement, a lost link),
+    // so the base must hold them already. The vote's own texts where its key lines gave them,
+    // the settings' texts otherwise.
     v.VoteQuestionText = glo.questionTextShort;
     v.VoteText = glo.voteText.empty() ? texts.VoteSuccessText : glo.voteText;
     v.VoteEndedText = glo.voteEndedText.empty() ? texts.VoteEndText : glo.voteEndedText;
+    v.PrevoteText = glo.prevoteText.empty() ? texts.PrevoteText : glo.prevoteText;
+    v.AnswerText = glo.answerText;
+    v.PrevoteTextTime = texts.PrevoteTextTime;
+    v.VotedText = texts.VotedText;
+    v.RevotedText = texts.RevotedText;
+    v.VoteFailedText = texts.VoteFailedText;
+    v.VoteFailedTextTime = texts.VoteFailedTextTime;
+    v.VoteTextTime = texts.VoteSuccessTextTime;
+    v.VoteEndedTextTime = texts.VoteEndTextTime;
+    v.SignalLostDuringVoteText = texts.SignalLostDuringVoteText;
+    v.SignalLostDuringVoteTextTime = texts.SignalLostDuringVoteTextTime;
+    v.SignalLostDuringTransmitText = texts.SignalLostDuringTransmitText;
+    v.SignalLostDuringTransmitTextTime = texts.SignalLostDuringTransmitTextTime;
+    v.TextVoteFontSize = texts.TextVoteFontSize;
+    v.ListVoteFontSize = texts.ListVoteFontSize;
     v.Limits = glo.limits;
     v.Points = glo.points;
     v.Allocation = glo.allocation;

@@ -26,14 +26,15 @@ bool isSingleDigitVote(std::string_view voteType);
 
 // Key bit of one answer (0..13); 0 for answers without a key.
 int keyBit(int answer);
-// Mask of the allowed answers: the valid-answer list when set, otherwise the option range.
-// Nothing when an answer is out of range.
+// Mask of the allowed answers (the sum of their key bits): the valid-answer list when set,
+// otherwise the option range. Nothing when a listed answer is 14 or more.
 std::optional<int> singleDigitKeyMask(const GlobalState& glo);
-// Mask of a "," list of answers (the request keys "0,11", say); non-numeric entries skipped.
+// Mask of a "," list of answers (the request keys "0,11", say); non-numeric entries skipped,
+// nothing when an entry is 14 or more.
 std::optional<int> keyMaskOfList(std::string_view list);
 
-// Fills a vote object from the vote settings; false (object unconfigured) for an unknown type
-// or an out-of-range answer.
+// Fills a vote object from the vote settings and the keypad display texts; false (object
+// unconfigured) for an unknown type or an out-of-range answer in the list.
 bool UpdateVoteObjectFromGlobalVariables(const GlobalState& glo, const KeypadDisplayTexts& texts,
                                          KelvarinVote& oVote);
 

@@ -143,12 +143,32 @@ struct KelvarinVote {
     bool DisplayLetters = false;      // keypads show A, B, C ... instead of 1, 2, 3 ...
     bool DisplayAnswerNumbers = true;
     std::string VoteQuestionText;
-    std::string VoteText;
+    std::string VoteText;       // shown once a key press has reached the base
     std::string VoteEndedText;
     std::string MessageText;  // text and message votes
     int Limits = 0;
     int Points = 0;
     int Allocation = 0;
+    // What the keypads show at the other moments of the vote, and for how long (in the
+    // library's display-time units, tenths of a second): before the vote, while a press is
+    // on its way (a first one, or a changed answer), when it did not get through, once it
+    // did, at the end, and when the radio link to the base is lost (while voting or while
+    // sending). The fonts are those of text and list votes.
+    std::string PrevoteText;
+    int PrevoteTextTime = 0;
+    std::string VotedText;
+    std::string RevotedText;
+    std::string VoteFailedText;
+    int VoteFailedTextTime = 0;
+    int VoteTextTime = 0;
+    int VoteEndedTextTime = 0;
+    std::string SignalLostDuringVoteText;
+    int SignalLostDuringVoteTextTime = 0;
+    std::string SignalLostDuringTransmitText;
+    int SignalLostDuringTransmitTextTime = 0;
+    std::string AnswerText;
+    int TextVoteFontSize = 0;
+    int ListVoteFontSize = 0;
     // A received vote.
     std::string HID;
     int SID = 0;
@@ -158,6 +178,7 @@ struct KelvarinVote {
     int PollGroupID = 0;
     int PollSlotID = 0;
     long long KeyPressTimeStamp = 0;  // milliseconds since the vote opened
+    double KeyPressTime = 0.0;        // when the base took the press, seconds since midnight
     int VoteReplyID = 0;              // the base's number of the vote answered
 };
 
@@ -188,6 +209,14 @@ struct KelvarinWinnerMessage {
     int MainMessageFont = 2;
     int LedEffect = 1;
     bool Flag = false;
+};
+
+// The presenter keypad's menu: its 22 labels in index order and the record's two further
+// numbers.
+struct KelvarinPresenterMenu {
+    std::array<std::string, 22> Labels;
+    int Value1 = 20;
+    int Value2 = 20;
 };
 
 struct KelvarinSurveyOptions {
@@ -269,6 +298,7 @@ public:
     virtual int ShowWinningKeypad(const std::string& hid, const KelvarinWinnerMessage& message) = 0;
     virtual int SetPresenterEchoMessage(const std::string& hid, const std::string& text) = 0;
     virtual int SetPresenterGotoMenu(const std::string& hid, const std::string& menu) = 0;
+    virtual int SetPresenterMenu(const std::string& hid, const KelvarinPresenterMenu& menu) = 0;
 
     // Events.
     BaseEvent<int, const std::string&> Error;  // code, extra text
@@ -316,7 +346,8 @@ public:
     BaseEvent<int, const std::string&> KeypadScan;         // port, "Keypad Group Scanned" ...
     BaseEvent<const VPanelBaseConfig&> BaseConfigReport;
     BaseEvent<int, const std::string&> PresenterKey;       // port, key name ("V", "GOTO12", ...)
-    BaseEvent<int, int, const std::string&> VoteReceived;  // port, keypad, data
+    // Port, keypad, data, and when the base took the press (seconds since midnight).
+    BaseEvent<int, int, const std::string&, double> VoteReceived;
 };
 
 // Which library generation a base object comes from.

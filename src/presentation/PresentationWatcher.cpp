@@ -66,9 +66,9 @@ std::string PresentationWatcher::buildGotoMenu(ppt::Presentation& p) const {
             ppt::Slide* slide = p.slide(i);
             if (slide) {
                 if (ppt::Shape* title = slide->shapeByName("Title 1"))
-                    item = numText(i) + ":" + left(title->text(), 20);
+                    item = numText(i) + ":" + leftChars(title->text(), 20);
                 if (ppt::Shape* question = slide->shapeByName("tlx_Question"))
-                    item = numText(i) + ":" + left(question->text(), 20);
+                    item = numText(i) + ":" + leftChars(question->text(), 20);
             }
         } catch (...) {
         }

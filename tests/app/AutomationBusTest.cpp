@@ -311,6 +311,10 @@ TEST_F(AutomationBus, SimulationObjectsRelayToTheSimulationAndReportItsFailures)
     EXPECT_EQ(list.signature(), "as");
     EXPECT_EQ(answerOf(list).toStringList(),
               (QStringList{"KELVARIN COREHUB G2;100100100100", "KELVARIN COREHUB G1;200200200200"}));
+    const QDBusMessage screen = b("Screen", {"200200200200", 7});
+    EXPECT_EQ(screen.signature(), "s");
+    EXPECT_EQ(answerOf(screen).toString(), "Keypad 7|of 200200200200");
+    EXPECT_EQ(errorOf(b("Screen", {"999", 7})), "org.freedesktop.DBus.Error.Failed: no simulated base 999");
 
     EXPECT_EQ(errorOf(s("SlideTag", {12, "TLXVOTE"})), "org.freedesktop.DBus.Error.Failed: no slide 12");
     EXPECT_EQ(errorOf(s("GoTo", {0})), "org.freedesktop.DBus.Error.Failed: no slide 0");

@@ -109,6 +109,9 @@ TEST(Tlxctl, PrintsSignalsAndResultsAndSaysWhenNoControllerAnswers) {
     EXPECT_EQ(list.out, "KELVARIN COREHUB G2;100100100100\nKELVARIN COREHUB G1;200200200200\n");
     const ProgramRun press = runProgram(TLXCTL_PATH, {"sim", "bases", "Press", "100100100100", "5", "3"}, env);
     EXPECT_EQ(press.exitCode, 0) << press.err;
+    const ProgramRun screen = runProgram(TLXCTL_PATH, {"sim", "bases", "Screen", "100100100100", "5"}, env);
+    EXPECT_EQ(screen.exitCode, 0) << screen.err;
+    EXPECT_EQ(screen.out, "Keypad 5|of 100100100100\n");
     const ProgramRun failed = runProgram(TLXCTL_PATH, {"sim", "bases", "Press", "999", "5", "3"}, env);
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_NE(failed.err.find("tlxctl: Press failed: no simulated base 999"), std::string::npos) << failed.err;

@@ -123,6 +123,10 @@ public:
     SimResult<std::vector<std::string>> Bases() override {
         return {{"KELVARIN COREHUB G2;100100100100", "KELVARIN COREHUB G1;200200200200"}, ""};
     }
+    SimResult<std::string> Screen(const std::string& b, int k) override {
+        const SimError e = onBase(b, "Screen", b, k);
+        return {e.empty() ? "Keypad " + std::to_string(k) + "|of " + b : "", e};
+    }
     std::vector<std::string> calls;
 
 private:

@@ -66,6 +66,18 @@ TEST(Formats, NumberTexts) {
     EXPECT_EQ(boolText(false), "False");
 }
 
+TEST(Formats, LeftCharsNeverCutsACharacterInTwo) {
+    EXPECT_EQ(leftChars("Grüße", 3), "Grü");
+    EXPECT_EQ(leftChars("Grüße", 5), "Grüße");
+    EXPECT_EQ(leftChars("Grüße", 50), "Grüße");
+    EXPECT_EQ(leftChars("€uro", 1), "€");
+    EXPECT_EQ(leftChars("ab", 0), "");
+    EXPECT_EQ(leftChars("", 3), "");
+    // A stray continuation byte counts with the character before it; a cut lead byte stays whole.
+    EXPECT_EQ(leftChars("a\x80" "b", 1), "a\x80");
+    EXPECT_EQ(leftChars("\xE2\x82", 1), "\xE2\x82");
+}
+
 TEST(Split, EmptyTextHasNoFieldsAndSeparatorsKeepEmptyFields) {
     EXPECT_TRUE(split("", "\r\n").empty());
     EXPECT_EQ(split("a\r\n\r\nb", "\r\n"), (std::vector<std::string>{"a", "", "b"}));

@@ -8,6 +8,8 @@ using namespace tlx::test;
 
 namespace {
 const std::string kBase1 = "100100100100";
+const std::string kBase2 = "100100100200";
+const std::string kBase3 = "100100100300";
 
 std::vector<std::pair<std::string, int>> balloons(TestWorld& w) {
     std::vector<std::pair<std::string, int>> v;
@@ -16,43 +18,60 @@ std::vector<std::pair<std::string, int>> balloons(TestWorld& w) {
 }
 }  // namespace
 
-TEST(BaseError, MessageAndSeverityPerCode) {
-    DriverWorld d;
-    std::vector<std::pair<int, std::string>> raised;
+TEST(BaseError, MessageNamesTheBaseForPeopleAndItsIdentityForPrograms) {
+    DriverWorld d({kBase1, kBase2, kBase3});
+    std::vector<std::pair<int, std::string>> errors, feedback;
     d.w.main().FromCtrlFormBaseStationError.connect(
-        [&](int base, const std::string& text) { raised.emplace_back(base, text); });
-    d.drivers.BaseError("1", 1, "");
-    d.drivers.BaseError("1", 5, "");
-    d.drivers.BaseError("2", 4, "");
-    d.drivers.BaseError("2", 22, "USB");
-    d.drivers.BaseError("3", 8, "");
-    d.drivers.BaseError("3", 25, "");
-    EXPECT_EQ(balloons(d.w), (std::vector<std::pair<std::string, int>>{
-                                 {"Base Station 1\r\nAuto reconnect success", 1},
-                                 {"Base Station 1\r\nBase station disconnected - attempting auto reconnect", 2},
-                                 {"Base Station 2\r\nBase station disconnected", 3},
-                                 {"Base Station 2\r\nUnsupported base attached\r\n[USB]", 3},
-                                 {"Base Station 3\r\nTX Comms time out", 0},
-                                 {"Base Station 3\r\nUnkown Error Code: 25", 0},
-                             }));
-    ASSERT_EQ(raised.size(), 6u);
-    EXPECT_EQ(raised[3], (std::pair<int, std::string>{2, "Base Station 2\r\nUnsupported base attached\r\n[USB]"}));
+        [&](int base, const std::string& text) { errors.emplace_back(base, text); });
+    d.w.main().FromCtrlFormBaseStationFeedback.connect(
+        [&](int base, const std::string& text) { feedback.emplace_back(base, text); });
+    const auto before = d.w.tray.balloons.size();
+    d.drivers.BaseError("0", 1, "");
+    d.drivers.BaseError("0", 5, "");
+    d.drivers.BaseError("1", 4, "");
+    d.drivers.BaseError("1", 22, "USB");
+    d.drivers.BaseError("2", 8, "");
+    d.drivers.BaseError("2", 25, "");
+    d.drivers.BaseError("2", 24, "");
+    d.drivers.BaseError("-1", 6, "");  // a base the port file does not list
+    const auto b = balloons(d.w);
+    const std::vector<std::pair<std::string, int>> added(b.begin() + static_cast<std::ptrdiff_t>(before), b.end());
+    EXPECT_EQ(added, (std::vector<std::pair<std::string, int>>{
+                  {"Base Station 100 100 100 100\r\nAuto reconnect success", 1},
+                  {"Base Station 100 100 100 100\r\nBase station disconnected - attempting auto reconnect", 2},
+                  {"Base Station 100 100 100 200\r\nBase station disconnected", 3},
+                  {"Base Station 100 100 100 200\r\nUnsupported base attached\r\n[USB]", 3},
+                  {"Base Station 100 100 100 300\r\nTX Comms time out", 0},
+                  {"Base Station 100 100 100 300\r\nUnkown Error Code: 25", 0},
+                  {"Base Station 100 100 100 300\r\nRequested action completed (Addon Message)", 0},
+                  {"Base Station -1\r\nTX Comms failed", 0},
+              }));
+    // Progress (a reconnect that worked, an add-on action done) is feedback; the rest errors.
+    EXPECT_EQ(feedback, (std::vector<std::pair<int, std::string>>{
+                            {0, "Base Station 100 100 100 100\r\nAuto reconnect success"},
+                            {2, "Base Station 100 100 100 300\r\nRequested action completed (Addon Message)"}}));
+    ASSERT_EQ(errors.size(), 6u);
+    EXPECT_EQ(errors[0].first, 0);
+    EXPECT_EQ(errors[2],
+              (std::pair<int, std::string>{1, "Base Station 100 100 100 200\r\nUnsupported base attached\r\n[USB]"}));
+    EXPECT_EQ(errors[5].first, -1);
 }
 
 TEST(BaseError, AlternateBaseIsShownAtMostOnceIn30SecondsPerBase) {
-    DriverWorld d;
+    DriverWorld d({kBase1, kBase2});
     const auto before = d.w.tray.balloons.size();
-    d.drivers.BaseError("1", 10, "");
+    d.drivers.BaseError("0", 10, "");
     d.w.scheduler.advanceSeconds(29.9);
-    d.drivers.BaseError("1", 10, "");  // dropped, and the quiet time is not renewed
-    d.drivers.BaseError("2", 10, "");  // another base is its own
+    d.drivers.BaseError("0", 10, "");  // dropped, and the quiet time is not renewed
+    d.drivers.BaseError("1", 10, "");  // another base is its own
     d.w.scheduler.advanceSeconds(0.2);
-    d.drivers.BaseError("1", 10, "");
+    d.drivers.BaseError("0", 10, "");
     const auto b = balloons(d.w);
     ASSERT_EQ(b.size(), before + 3);
-    EXPECT_EQ(b[before], (std::pair<std::string, int>{"Base Station 1\r\nAlternate base on same channel", 3}));
-    EXPECT_EQ(b[before + 1].first, "Base Station 2\r\nAlternate base on same channel");
-    EXPECT_EQ(b[before + 2].first, "Base Station 1\r\nAlternate base on same channel");
+    EXPECT_EQ(b[before],
+              (std::pair<std::string, int>{"Base Station 100 100 100 100\r\nAlternate base on same channel", 3}));
+    EXPECT_EQ(b[before + 1].first, "Base Station 100 100 100 200\r\nAlternate base on same channel");
+    EXPECT_EQ(b[before + 2].first, "Base Station 100 100 100 100\r\nAlternate base on same channel");
 }
 
 TEST(BaseError, ABaseThatLosesItsLinkIsReportedAndReconnectedByTheLibrary) {
@@ -61,13 +80,15 @@ TEST(BaseError, ABaseThatLosesItsLinkIsReportedAndReconnectedByTheLibrary) {
     ASSERT_TRUE(d.sim().disconnect(kBase1, 2000));
     d.settle();
     EXPECT_EQ(balloons(d.w).back(),
-              (std::pair<std::string, int>{"Base Station 1\r\nBase station disconnected - attempting auto reconnect", 2}));
-    EXPECT_TRUE(d.g2().logged("1 - Error Event - Code:5"));
+              (std::pair<std::string, int>{
+                  "Base Station 100 100 100 100\r\nBase station disconnected - attempting auto reconnect", 2}));
+    EXPECT_TRUE(d.g2().logged("0 - Error Event - Code:5"));
     d.g2().StartVote();
-    EXPECT_TRUE(d.g2().logged("1 - Start Vote FAILED - 4: Base station disconnected"));
+    EXPECT_TRUE(d.g2().logged("0 - Start Vote FAILED - 4: Base station disconnected"));
     EXPECT_FALSE(d.sim().press(kBase1, 1, "1"));
     d.settle(2000);
-    EXPECT_EQ(balloons(d.w).back(), (std::pair<std::string, int>{"Base Station 1\r\nAuto reconnect success", 1}));
+    EXPECT_EQ(balloons(d.w).back(),
+              (std::pair<std::string, int>{"Base Station 100 100 100 100\r\nAuto reconnect success", 1}));
     d.g2().StartVote();
     EXPECT_TRUE(d.sim().press(kBase1, 1, "1"));
 

@@ -84,6 +84,9 @@ TEST(Black3, ConfigurationRecoveryCheck) {
 
 TEST(Black3, EveryCommsErrorDuringAVoteEndsItWithTheMessage) {
     OldBaseWorld o;
+    std::vector<std::pair<int, std::string>> errors;
+    o.w.main().FromCtrlFormBaseStationError.connect(
+        [&](int base, const std::string& text) { errors.emplace_back(base, text); });
     o.startVote();
     o.w.baseLibrary.error("3", 1);
     o.settle();
@@ -98,6 +101,8 @@ TEST(Black3, EveryCommsErrorDuringAVoteEndsItWithTheMessage) {
     EXPECT_FALSE(o.v3().logged("Controller.StartVote"));
     EXPECT_TRUE(o.w.logged("Base Station Failure - Port 3"));
     EXPECT_TRUE(o.v3().logged(" Base Station ERROR: 3, 1"));
+    ASSERT_EQ(errors.size(), 2u);  // the base by its row in the port file, not its port
+    EXPECT_EQ(errors[0], (std::pair<int, std::string>{0, "Communication Error - Base Station 3"}));
 }
 
 TEST(Black3, CommsErrorOutsideAVoteOrDuringSetUp) {
@@ -140,9 +145,33 @@ TEST(Black3, PresenterKeysAndVotes) {
     ASSERT_EQ(o.intake.records.size(), 1u);
     EXPECT_EQ(o.intake.records[0].votes[0], "2");
     EXPECT_EQ(o.intake.records[0].keypads[0], 4.0f);
-    EXPECT_EQ(o.intake.records[0].base, 3);
+    EXPECT_EQ(o.intake.records[0].base, 0);  // the port file's first row, not its port
     o.v3().EndVote("3");
     EXPECT_FALSE(o.w.baseLibrary.press("3", 4, "2"));
     EXPECT_TRUE(o.v3().SetDetectMode(2));
     EXPECT_FALSE(o.v3().SetDetectMode(5));
+}
+
+TEST(Black3, VotesCarryTheConfiguredTextsAndTheBasesIdentity) {
+    OldBaseWorld o;
+    o.w.writeSettings("KELVARIN CORE HUB OPTIONS", "VOTE SUCCESS TEXT", "Got it");
+    o.w.writeSettings("KELVARIN CORE HUB OPTIONS", "VOTE END TEXT", "All done");
+    o.w.writeSettings("KELVARIN CORE HUB OPTIONS", "PREVOTE TEXT", "");
+    o.w.glo().voteType = "SINGLEDIGIT";
+    o.v3().StartVote("3");
+    SimBaseStation& st = o.w.baseLibrary.station(0);
+    EXPECT_EQ(st.vote.VoteText, "Got it");
+    EXPECT_EQ(st.vote.VoteEndedText, "All done");
+    EXPECT_EQ(st.vote.VotedText, "Sending Vote...");
+    ASSERT_TRUE(o.w.baseLibrary.press("3", 2, "1"));
+    o.settle();
+    std::string shown;
+    ASSERT_TRUE(o.w.baseLibrary.screen("3", 2, shown));
+    EXPECT_EQ(shown, "Got it");
+    ASSERT_EQ(o.intake.records.size(), 1u);
+    EXPECT_EQ(o.intake.records[0].base, 0);
+    EXPECT_TRUE(o.v3().logged("0 - VoteReceived Event - Port:3, Keypad:2, VoteData:1"));
+    o.v3().EndVote("3");
+    ASSERT_TRUE(o.w.baseLibrary.screen("3", 2, shown));
+    EXPECT_EQ(shown, "All done");
 }

@@ -16,12 +16,14 @@ struct IntakeRecord {
     std::vector<float> keypads;
     std::vector<std::string> votes;
     int base;
+    double time;
 };
 
 class RecordingIntake : public VoteIntake {
 public:
-    void SendVotes(std::vector<float>& keypads, std::vector<std::string>& votes, double, int baseIndex) override {
-        records.push_back({keypads, votes, baseIndex});
+    void SendVotes(std::vector<float>& keypads, std::vector<std::string>& votes, double time,
+                   int baseIndex) override {
+        records.push_back({keypads, votes, baseIndex, time});
     }
     std::vector<IntakeRecord> records;
     std::vector<std::string> votes() const {

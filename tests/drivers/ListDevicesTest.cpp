@@ -19,7 +19,7 @@ TEST(ListDevices, StartUpConnectsTheConfiguredBase) {
     EXPECT_EQ(r.highestKeypad, 40);
     EXPECT_FALSE(d.w.dialogs.any("Unable to initialise Kelvarin Base"));
     EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: GetUSBDevices - 0"));
-    EXPECT_TRUE(d.g2().logged("1 - Corehub g2: ListDevices: RadioEnable - 0"));
+    EXPECT_TRUE(d.g2().logged("0 - Corehub g2: ListDevices: RadioEnable - 0"));
     EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: OverallTime - 0"));
     EXPECT_TRUE(d.station().radioOn);
 }
@@ -60,7 +60,7 @@ TEST(ListDevices, EachDriverListsOnceHoweverManyOfItsBasesAreConfigured) {
     EXPECT_EQ(countLogged(d.g2(), "ListDevices: OverallTime"), 1);
     EXPECT_EQ(d.g2().connectedCount(), 3);
     for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(d.station(i).callCount("RadioEnable"), 1);
-    EXPECT_TRUE(d.g2().logged("3 - Corehub g2: ListDevices: GetSessionConfig - 0"));
+    EXPECT_TRUE(d.g2().logged("2 - Corehub g2: ListDevices: GetSessionConfig - 0"));
 }
 
 TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSetting) {
@@ -104,7 +104,7 @@ TEST(ListDevices, FirmwareDecidesWhichDriverTakesABase) {
     EXPECT_TRUE(g1->logged(" - Corehub: ListDevices: OverallTime"));
     ASSERT_FALSE(w.tray.balloons.empty());
     EXPECT_EQ(w.tray.balloons.back().text,
-              "Kelvarin Corehub Error\r\nBase station 2 is incompatible with this version of tallix and must be "
+              "Kelvarin Corehub Error\r\nBase station 100 100 100 300 is incompatible with this version of tallix and must be "
               "upgraded\r\nYour Version: 1.00.05.0101.0001\r\nMinimum Allowed Version: 1.01.00");
     EXPECT_EQ(w.tray.balloons.back().iconKind, 3);
     EXPECT_FALSE(w.dialogs.any("Unable to initialise"));
@@ -122,6 +122,9 @@ TEST(ListDevices, KeypadLimitsCarryOverByIdentifier) {
     EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);
     g1->PauseAutoUpdateOfSessionConfig(true);
     w.baseLibrary.station(0).setup.keypads.resize(3);
+    g1->ListDevices();  // a re-scan keeps the registry copy it has read
+    EXPECT_EQ(g1->localRegistry(0).size(), 40u);
+    g1->ResetBaseGetRegistryLog();
     g1->ListDevices();
     EXPECT_EQ(g1->baseTable()[0].lowestKeypad, 1);
     EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);
@@ -209,4 +212,65 @@ TEST(ListDevices, ALibraryThatThrowsIsLoggedNotRaised) {
     EXPECT_EQ(d.oKVv5()->ListDevices(), 2);
     EXPECT_TRUE(w.dialogs.any("Unable to initialise Kelvarin Base 100 100 100 100"));
     EXPECT_TRUE(d.scanForBases().empty());
+}
+
+TEST(ListDevices, ARescanKeepsTheRegistryReadLogAndReadsOnlyNewBases) {
+    DriverWorld d({"100100100100"});
+    EXPECT_EQ(d.g2().registryReadLog(), "|100100100100");
+    const int reads = d.station(0).callCount("GetRegistry");
+    d.sim().addBase(usbBase("100100100200", "2.00.01.1801.1545"));
+    d.g2().ListDevices();
+    ASSERT_EQ(d.g2().connectedCount(), 2);
+    EXPECT_EQ(d.station(0).callCount("GetRegistry"), reads);  // read before: not again
+    EXPECT_EQ(d.station(1).callCount("GetRegistry"), 1);
+    EXPECT_EQ(d.g2().registryReadLog(), "|100100100100|100100100200");
+    EXPECT_EQ(d.g2().localRegistry(0).size(), 40u);
+    EXPECT_EQ(d.g2().GetHIDFromSID(7), "300100007");
+    // A base found in another slot keeps its copy; one not found is read again when it is back.
+    d.sim().fail("100100100100", "Connect", 3);
+    d.g2().ListDevices();
+    ASSERT_EQ(d.g2().connectedCount(), 1);
+    EXPECT_EQ(d.g2().baseTable()[0].identifier, "100100100200");
+    EXPECT_EQ(d.g2().localRegistry(0).size(), 5u);
+    EXPECT_EQ(d.station(1).callCount("GetRegistry"), 1);
+    EXPECT_EQ(d.g2().registryReadLog(), "|100100100200");
+    d.g2().ListDevices();
+    ASSERT_EQ(d.g2().connectedCount(), 2);
+    EXPECT_EQ(d.station(0).callCount("GetRegistry"), reads + 1);
+    EXPECT_EQ(d.station(1).callCount("GetRegistry"), 1);
+    EXPECT_EQ(d.g2().localRegistry(0).size(), 40u);
+    EXPECT_EQ(d.g2().localRegistry(1).size(), 5u);
+    EXPECT_EQ(d.g2().registryReadLog(), "|100100100200|100100100100");
+}
+
+TEST(ListDevices, ABaseOnASerialPortIsNamedByItsPortWhenItCannotBeInitialised) {
+    TestWorld w;
+    w.useSimBases();
+    w.writePortFile({{"5", "KELVARIN BASE V3", 1, 10}, {"100100100100", "KELVARIN COREHUB G2", 1, 10}});
+    w.start();
+    EXPECT_TRUE(w.dialogs.any("Unable to initialise Kelvarin Base 5\r\n\r\nPlease ensure"));
+    EXPECT_TRUE(w.dialogs.any("Unable to initialise Kelvarin Base 100 100 100 100\r\n\r\nPlease ensure"));
+    EXPECT_FALSE(w.dialogs.any("000 000 005"));
+}
+
+TEST(ListDevices, ConnectStringsAreTheLibrarysExactForms) {
+    DriverWorld d({"123"}, 5);  // a short serial number is padded to twelve digits
+    ASSERT_EQ(d.g2().connectedCount(), 1);
+    SimBaseSpec net = usbBase("100100100500", "2.00.01.1801.1545");
+    net.connection = SimConnection::Ethernet;
+    net.address = "10.0.0.5";
+    d.sim().addBase(net);
+    d.glo().options.set(section::kCoreHubOptions, "ETHERNET ENABLED", "1");
+    d.g2().ListDevices();
+    EXPECT_EQ(d.g2().connectedCount(), 2);
+
+    // The library itself takes nothing else.
+    auto base = d.sim().createBase(LibraryGeneration::Prioritizer2);
+    EXPECT_EQ(base->Connect("000 000 000 123"), 0);
+    for (const char* wrong : {"123", "000000000123", "000 000 000 0123", "000-000-000-123", " 000 000 000 123",
+                              "10.0.0.5", "10.0.0.5|2020", "10.0.0.5|2020|1011", "10.0.0.5|1010|2020",
+                              "|2020|1010", "10.0.0.5|2020|1010|"})
+        EXPECT_EQ(base->Connect(wrong), BaseErrorCode::BaseNotFound) << wrong;
+    EXPECT_EQ(base->Connect("10.0.0.5|2020|1010"), 0);
+    EXPECT_EQ(base->Connect("000 100 100 500"), BaseErrorCode::BaseNotFound);  // a network base
 }

@@ -102,6 +102,70 @@ TEST(DisplayTexts, TheDriverReadsTheSettingsFileAtLoad) {
     EXPECT_EQ(d.g2().displayTexts().WinningKeypadMainMessage, "** CHAMPION **");
 }
 
+TEST(DisplayTexts, EachKeyComesFromItsSectionOfThePerUserFileThenTheSharedOne) {
+    DriverWorld d({kBase1}, 5);
+    const auto shared = d.w.programData() / "tallix" / "tlx.ini";
+    writeFile(shared,
+              "[KELVARIN CORE HUB OPTIONS]\r\nVOTE END TEXT=Shared end\r\nVOTED TEXT=Shared sending\r\n"
+              "VOTE FAILED TEXT TIME=44\r\n[KELVARIN AUDIO OPTIONS]\r\nKEYPAD PROMPT 02=Shared prompt\r\n"
+              "[KELVARIN CORE HUB PRESENTER TEXT]\r\nHOME=Start\r\n");
+    d.w.writeSettings("KELVARIN CORE HUB OPTIONS", "VOTE END TEXT", "User end");
+    // A key in another section is not the display text.
+    d.w.writeSettings("KELVARIN AUDIO OPTIONS", "VOTED TEXT", "Wrong section");
+    d.w.writeSettings("KELVARIN CORE HUB OPTIONS", "KEYPAD PROMPT 02", "Wrong section");
+    d.singleDigit();
+    d.g2().StartVote();  // texts are read afresh when a vote goes out
+    const KeypadDisplayTexts& t = d.g2().displayTexts();
+    EXPECT_EQ(t.VoteEndText, "User end");
+    EXPECT_EQ(t.VotedText, "Shared sending");
+    EXPECT_EQ(t.VoteFailedTextTime, 44);
+    EXPECT_EQ(t.KeypadPrompt02, "Shared prompt");
+    EXPECT_EQ(d.g2().presenterMenu().labels[4], "Start");
+    EXPECT_EQ(d.station().vote.VoteEndedText, "User end");
+    EXPECT_EQ(d.station().vote.VotedText, "Shared sending");
+
+    // The controller's options are read the same way.
+    Options o;
+    d.w.c().settings.loadOptions(o);
+    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTE END TEXT"), "User end");
+    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTED TEXT"), "Shared sending");
+    EXPECT_EQ(o.text(section::kAudioOptions, "KEYPAD PROMPT 02"), "Shared prompt");
+}
+
+TEST(DisplayTexts, ASettingChangedAfterStartUpReachesTheNextVoteAndTheWinner) {
+    DriverWorld d({kBase1}, 5);
+    d.singleDigit();
+    d.w.writeSettings("KELVARIN CORE HUB OPTIONS", "VOTE SUCCESS TEXT", "Thanks!");
+    d.w.writeSettings("KELVARIN CORE HUB OPTIONS", "WINNING KEYPAD MAIN MESSAGE", "CHAMP");
+    d.g2().SilentLoadVoteConfig(2);
+    EXPECT_EQ(d.station().preparedVote.VoteText, "Thanks!");
+    d.g2().ShowWinningKeypad(3, true);
+    EXPECT_EQ(d.station().keypadBySid(3)->display, "You're a...|CHAMP");
+}
+
+TEST(PresenterKeypad, TheMenuLabelsGoToThePresenterWhenItRegistersAndTheGoToMenuAsGiven) {
+    DriverWorld d({kBase1}, 5, false);
+    SimKeypad p;
+    p.hid = kPresenter;
+    p.kind = DeviceKind::Presenter;
+    d.station().setup.keypads.push_back(p);
+    d.w.writeSettings("KELVARIN CORE HUB PRESENTER TEXT", "NEXT SLIDE", "Forward");
+    d.start();  // the presenter announces itself once the radio is up
+    EXPECT_EQ(d.station().presenterLabelsHid, kPresenter);
+    const auto& labels = d.station().presenterLabels.Labels;
+    EXPECT_EQ(labels[0], "Forward");
+    EXPECT_EQ(labels[10], "  Resume");
+    EXPECT_EQ(labels[21], "Search All");
+    EXPECT_EQ(d.station().presenterLabels.Value1, 20);
+    EXPECT_EQ(d.station().presenterLabels.Value2, 20);
+    EXPECT_TRUE(d.g2().logged("0 - Corehub g2:   SetPresenterMenu = 0"));
+
+    d.g2().SetPresenterGotoMenu("Exit|1:Welcome|2:Slide 2");
+    EXPECT_EQ(d.station().presenterMenu, "Exit|1:Welcome|2:Slide 2");
+    d.g2().SetPresenterGotoMenu("Exit");  // a show of no slides is still its own menu
+    EXPECT_EQ(d.station().presenterMenu, "Exit");
+}
+
 TEST(WinningKeypad, ShownThroughEveryBaseOrReportedWhenUnknown) {
     DriverWorld d;
     d.g2().ShowWinningKeypad(99, true);
@@ -109,12 +173,12 @@ TEST(WinningKeypad, ShownThroughEveryBaseOrReportedWhenUnknown) {
     EXPECT_FALSE(d.glo().winningKeypadShown);
     d.g2().ShowWinningKeypad(7, true);
     EXPECT_TRUE(d.g2().logged("Winning Keypad Loaded - 7"));
-    EXPECT_TRUE(d.g2().logged("1 - Show Winning Keypad - Keypad: 7"));
+    EXPECT_TRUE(d.g2().logged("0 - Show Winning Keypad - Keypad: 7"));
     EXPECT_EQ(d.station().keypadBySid(7)->display, "You're a...|* WINNER *");
     EXPECT_TRUE(d.glo().winningKeypadShown);
     d.sim().fail(kBase1, "ShowWinningKeypad", 11);
     d.g2().ShowWinningKeypad(7, false);
-    EXPECT_TRUE(d.g2().logged("1 - Show Winning Keypad FAILED - 11: ACK time out"));
+    EXPECT_TRUE(d.g2().logged("0 - Show Winning Keypad FAILED - 11: ACK time out"));
 }
 
 TEST(PresenterKeypad, KeysBecomeKeyStrokesAndEchoes) {
@@ -167,8 +231,6 @@ TEST(PresenterKeypad, MenuGoToAndDirectCommands) {
     p.command(139);
     EXPECT_EQ(p.station().callCount("GetKeypadConfig"), reads + 1);
 
-    p.g2().SetPresenterGotoMenu("");
-    EXPECT_EQ(split(p.station().presenterMenu, "|").size(), 22u);
     EXPECT_EQ(p.g2().SetPresenterEchoMessage("Hello"), 0);
     EXPECT_EQ(p.echo(), "Hello");
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "DriverWorld.h"
 #include "core/Text.h"
 #include "drivers/LocalRegistry.h"
@@ -36,18 +38,18 @@ TEST(Registry, AReadFillsTheLocalCopyAndTheKeypadLimits) {
     DriverWorld d;
     setRegistry(d.station(), {{"100", 1}, {"101", 2}, {"102;9", 3}});  // the last reads "102;9;3"
     d.g2().ResetBaseGetRegistryLog();
-    EXPECT_EQ(d.g2().GetRegistry("1", false), 0);
+    EXPECT_EQ(d.g2().GetRegistry("0", false), 0);
     const auto& reg = d.g2().localRegistry(0);
     ASSERT_EQ(reg.size(), 2u);
     EXPECT_EQ(reg.keyAt(0), "K:100");
     EXPECT_EQ(reg.keyAt(1), "K:101");
     EXPECT_EQ(d.g2().baseTable()[0].lowestKeypad, 1);
     EXPECT_EQ(d.g2().baseTable()[0].highestKeypad, 2);
-    EXPECT_TRUE(d.g2().logged("1 - GetRegistry = 0"));
-    EXPECT_TRUE(d.g2().logged(" - GetKeypadRegistry:1 secs - 0"));
+    EXPECT_TRUE(d.g2().logged("0 - GetRegistry = 0"));
+    EXPECT_TRUE(d.g2().logged(" - GetKeypadRegistry:0 secs - 0"));
 
     setRegistry(d.station(), {});
-    EXPECT_EQ(d.g2().GetRegistry("1", true), 0);
+    EXPECT_EQ(d.g2().GetRegistry("0", true), 0);
     EXPECT_EQ(d.g2().localRegistry(0).size(), 0u);
     EXPECT_EQ(d.g2().baseTable()[0].lowestKeypad, 0);
     EXPECT_EQ(d.g2().baseTable()[0].highestKeypad, 0);
@@ -55,34 +57,34 @@ TEST(Registry, AReadFillsTheLocalCopyAndTheKeypadLimits) {
 
 TEST(Registry, TheReadLogSavesASecondReadUntilItIsReset) {
     DriverWorld d;
-    EXPECT_EQ(d.g2().registryReadLog(), "|1");
+    EXPECT_EQ(d.g2().registryReadLog(), "|100100100100");
     const int reads = d.station().callCount("GetRegistry");
-    d.g2().GetRegistry("1", false);
+    d.g2().GetRegistry("0", false);
     EXPECT_EQ(d.station().callCount("GetRegistry"), reads);
-    d.g2().GetRegistry("1", true);
+    d.g2().GetRegistry("0", true);
     EXPECT_EQ(d.station().callCount("GetRegistry"), reads + 1);
     d.g2().ResetBaseGetRegistryLog();
     EXPECT_EQ(d.g2().registryReadLog(), "");
     d.g2().GetRegistry(kBase1, false);  // the serial number names the base too
     EXPECT_EQ(d.station().callCount("GetRegistry"), reads + 2);
-    EXPECT_EQ(d.g2().registryReadLog(), "|1");
+    EXPECT_EQ(d.g2().registryReadLog(), "|100100100100");
     EXPECT_FALSE(d.g2().registryReading());
 }
 
 TEST(Registry, AFailedReadKeepsTheCopyAndSaysSo) {
     DriverWorld d;
     d.sim().fail(kBase1, "GetRegistry", 18);
-    EXPECT_EQ(d.g2().GetRegistry("1", true), 18);
+    EXPECT_EQ(d.g2().GetRegistry("0", true), 18);
     EXPECT_EQ(d.g2().localRegistry(0).size(), 40u);
-    EXPECT_TRUE(d.g2().logged("1 - GetKeypadRegister FAILED - 18: Dataflash read error"));
+    EXPECT_TRUE(d.g2().logged("0 - GetKeypadRegister FAILED - 18: Dataflash read error"));
     ASSERT_FALSE(d.w.dialogs.shown.empty());
     EXPECT_EQ(d.w.dialogs.shown.back().title, "Kelvarin Corehub Error");
     EXPECT_EQ(d.w.dialogs.shown.back().text,
-              "Base Station 1\r\nGet Registry Error\r\nCode: 18\r\nDescription: Dataflash read error");
+              "Base Station 100 100 100 100\r\nGet Registry Error\r\nCode: 18\r\nDescription: Dataflash read error");
     d.sim().fail(kBase1, "GetBaseConfig", 4);
-    d.g2().GetRegistry("1", true);
+    d.g2().GetRegistry("0", true);
     EXPECT_EQ(d.w.dialogs.shown.back().title, "USB Comms Error");
-    EXPECT_EQ(d.w.dialogs.shown.back().text, "Unable to connect to base station 1");
+    EXPECT_EQ(d.w.dialogs.shown.back().text, "Unable to connect to base station 100 100 100 100");
 }
 
 TEST(Registry, StaticLimitsAreWrittenBackWhenTheyDiffer) {
@@ -90,16 +92,16 @@ TEST(Registry, StaticLimitsAreWrittenBackWhenTheyDiffer) {
     EXPECT_EQ(d.station().callCount("SetBaseConfig"), 0);  // the base already reports 1..40
     d.station().staticLowSid = 5;
     d.station().staticHighSid = 10;
-    d.g2().GetRegistry("1", true);
+    d.g2().GetRegistry("0", true);
     EXPECT_EQ(d.station().staticLowSid, 1);
     EXPECT_EQ(d.station().staticHighSid, 40);
 
     d.station().staticLowSid = 5;
     d.sim().fail(kBase1, "SetBaseConfig", 19);
-    d.g2().GetRegistry("1", true);
-    EXPECT_TRUE(d.g2().logged("1 - UpdateStaticRegistryLimits - Error:19, Dataflash write error"));
+    d.g2().GetRegistry("0", true);
+    EXPECT_TRUE(d.g2().logged("0 - UpdateStaticRegistryLimits - Error:19, Dataflash write error"));
     EXPECT_EQ(d.w.dialogs.shown.back().text,
-              "Base Station 1\r\nUpdate Static Registry Limits Error\r\nCode: 19\r\nDescription: Dataflash write error");
+              "Base Station 100 100 100 100\r\nUpdate Static Registry Limits Error\r\nCode: 19\r\nDescription: Dataflash write error");
 
     const int writes = d.station().callCount("SetBaseConfig");
     d.g2().PauseAutoUpdateOfSessionConfig(true);
@@ -113,23 +115,23 @@ TEST(Registry, RegistryOperationsKeepTheLocalCopyInStep) {
     EXPECT_EQ(d.g2().GetHIDFromSID(7), "300100007");
     EXPECT_EQ(d.g2().GetHIDFromSID(41), "");
     EXPECT_EQ(d.g2().GetHIDFromSID(0), "");
-    EXPECT_EQ(d.g2().AddKeypadToRegistry("1", "300100999", 41), 0);
+    EXPECT_EQ(d.g2().AddKeypadToRegistry("0", "300100999", 41), 0);
     EXPECT_EQ(d.g2().GetHIDFromSID(41), "300100999");
-    EXPECT_TRUE(d.g2().logged("1 - Corehub g2:   AddKeypadToRegistry = 0"));
-    EXPECT_EQ(d.g2().DeleteKeypadFromRegistry("1", "300 100 999"), 0);
+    EXPECT_TRUE(d.g2().logged("0 - Corehub g2:   AddKeypadToRegistry = 0"));
+    EXPECT_EQ(d.g2().DeleteKeypadFromRegistry("0", "300 100 999"), 0);
     EXPECT_EQ(d.g2().GetHIDFromSID(41), "");
-    EXPECT_EQ(d.g2().DeleteKeypadFromRegistry("1", "1"), 16);
+    EXPECT_EQ(d.g2().DeleteKeypadFromRegistry("0", "1"), 16);
     EXPECT_EQ(d.w.dialogs.shown.back().text,
-              "Base Station 1\r\nDelete Keypad From Registry Error\r\nCode: 16\r\nDescription: Registry: device not found");
+              "Base Station 100 100 100 100\r\nDelete Keypad From Registry Error\r\nCode: 16\r\nDescription: Registry: device not found");
     d.sim().fail(kBase1, "DeleteRegistry", 21);
-    EXPECT_EQ(d.g2().DeleteRegistry("1"), 21);
+    EXPECT_EQ(d.g2().DeleteRegistry("0"), 21);
     EXPECT_TRUE(contains(d.w.dialogs.shown.back().text, "Delete Registry Error"));
-    EXPECT_EQ(d.g2().DeleteRegistry("1"), 0);
+    EXPECT_EQ(d.g2().DeleteRegistry("0"), 0);
     EXPECT_EQ(d.g2().localRegistry(0).size(), 0u);
     EXPECT_EQ(d.g2().UpdateFlagOnBaseStations("300100001", 1), 16);
     EXPECT_TRUE(contains(d.w.dialogs.shown.back().text, "Update Flag On Base Station"));
     EXPECT_FALSE(d.g2().CheckIfMirroredReg());
-    EXPECT_EQ(d.g2().GetSimpleFirmwareVersion("1"), "2.00.01");
+    EXPECT_EQ(d.g2().GetSimpleFirmwareVersion("0"), "2.00.01");
     EXPECT_EQ(d.g2().SetBaseConfig("7", KelvarinBaseConfig{}), 3);  // no such base
 }
 
@@ -151,14 +153,14 @@ TEST(Registry, RegistrationsAreLoggedAndRaised) {
     EXPECT_EQ(registered, (std::vector<std::string>{"300199901/2", "300199902/3"}));
     EXPECT_EQ(presenters, std::vector<std::string>{"300199901"});
     EXPECT_EQ(scanners, std::vector<std::string>{"300199902"});
-    EXPECT_TRUE(d.g2().logged("1 - KeypadRegister Event - HID:300199901, Flag:2,Error:0"));
+    EXPECT_TRUE(d.g2().logged("0 - KeypadRegister Event - HID:300199901, Flag:2,Error:0"));
     EXPECT_EQ(d.g2().GetFirstPresentersHID(), "300199901");
 
     // Opening the registration makes every registered device answer.
     KelvarinSessionConfig s;
-    d.g2().GetSessionConfig("1", s);
+    d.g2().GetSessionConfig("0", s);
     s.RegistrationOpen = true;
-    d.g2().SetSessionConfig("1", s);
+    d.g2().SetSessionConfig("0", s);
     d.settle();
     EXPECT_EQ(registered.size(), 2u + 12u);
     EXPECT_EQ(registered[2], "300100001/1");
@@ -185,13 +187,13 @@ TEST(ChannelScan, ABaseThatNeverAnswersEndsTheScanAfterFiveSeconds) {
     EXPECT_EQ(d.w.scheduler.elapsedMs() - t0, 5000);
     EXPECT_EQ(d.station(0).callCount("ChannelScan"), 1);
     EXPECT_EQ(d.station(1).callCount("ChannelScan"), 0);
-    EXPECT_TRUE(d.g2().logged("1 - ScanForBestChannel - no reply within 5 secs on channel 1"));
+    EXPECT_TRUE(d.g2().logged("0 - ScanForBestChannel - no reply within 5 secs on channel 1"));
 }
 
 TEST(ChannelScan, ARefusedChannelEndsTheScan) {
     DriverWorld d;
     d.sim().fail(kBase1, "ChannelScan", 23, -1);
-    EXPECT_EQ(d.g2().ScanForBestChannel("1"), 23);
+    EXPECT_EQ(d.g2().ScanForBestChannel("0"), 23);
     EXPECT_EQ(d.station().callCount("ChannelScan"), 1);
 }
 
@@ -205,11 +207,53 @@ TEST(Registry, BasesBelowTheRegistryVersionHaveNone) {
     ASSERT_EQ(g1->connectedCount(), 1);
     EXPECT_EQ(g1->localRegistry(0).size(), 0u);  // start-up did not read it
     EXPECT_EQ(w.baseLibrary.station(0).callCount("GetRegistry"), 0);
-    EXPECT_EQ(g1->GetRegistry("1", true), 14);
+    EXPECT_EQ(g1->GetRegistry("0", true), 14);
     EXPECT_EQ(w.dialogs.shown.back().title, "tallix");
     EXPECT_EQ(w.dialogs.shown.back().text,
               "Registry is not available for this version of the base station\r\nBase Version: 1.0.1.0108.0000");
     w.glo().registryVersionOverride = true;
-    EXPECT_EQ(g1->GetRegistry("1", true), 0);
+    EXPECT_EQ(g1->GetRegistry("0", true), 0);
     EXPECT_EQ(g1->localRegistry(0).size(), 5u);
+}
+
+TEST(PassThrough, TheSevenMembersReportAFailureInTheLogAndToTheUser) {
+    DriverWorld d;
+    struct Member {
+        const char* operation;  // as the base library names it
+        const char* member;
+        const char* caption;
+        std::function<int()> call;
+    };
+    KelvarinBaseConfig bc;
+    KelvarinSessionConfig sc;
+    KelvarinKeypadConfig kc;
+    kc.HID = "300100001";
+    auto& g2 = d.g2();
+    const std::vector<Member> members = {
+        {"SetBaseConfig", "SetBaseConfig", "Set Base Config Error", [&] { return g2.SetBaseConfig("0", bc); }},
+        {"SetKeypadConfig", "SetKeypadConfig", "Set Keypad Config Error", [&] { return g2.SetKeypadConfig("0", kc); }},
+        {"GetBaseConfig", "GetBaseConfig", "Get Base Config Error", [&] { return g2.GetBaseConfig("0", bc); }},
+        {"ResetBase", "ResetBase", "Reset Base Error", [&] { return g2.ResetBase("0"); }},
+        {"RebootRadio", "RebootBaseRadio", "Reboot Base Radio Error", [&] { return g2.RebootBaseRadio("0"); }},
+        {"SetSessionConfig", "SetSessionConfig", "Set Session Config Error",
+         [&] { return g2.SetSessionConfig("0", sc); }},
+        {"GetSessionConfig", "GetSessionConfig", "Get Session Config Error",
+         [&] { return g2.GetSessionConfig("0", sc); }},
+    };
+    for (const Member& m : members) {
+        d.sim().fail(kBase1, m.operation, 6);
+        EXPECT_EQ(m.call(), 6) << m.member;
+        EXPECT_TRUE(g2.logged(std::string(" - ") + m.member + " FAILED - 6: TX Comms failed")) << m.member;
+        EXPECT_TRUE(g2.logged(std::string("0 - Corehub g2:   ") + m.member + " = 6")) << m.member;
+        ASSERT_FALSE(d.w.dialogs.shown.empty());
+        EXPECT_EQ(d.w.dialogs.shown.back().title, "Kelvarin Corehub Error");
+        EXPECT_EQ(d.w.dialogs.shown.back().text, "Base Station 100 100 100 100\r\n" + std::string(m.caption) +
+                                                      "\r\nCode: 6\r\nDescription: TX Comms failed");
+        EXPECT_EQ(m.call(), 0) << m.member;  // the failure was once only
+    }
+    // A base that is not there: named as the caller named it.
+    EXPECT_EQ(g2.ResetBase("7"), 3);
+    EXPECT_TRUE(g2.logged(" - ResetBase FAILED - 3: Base station not found"));
+    EXPECT_EQ(d.w.dialogs.shown.back().text,
+              "Base Station 7\r\nReset Base Error\r\nCode: 3\r\nDescription: Base station not found");
 }

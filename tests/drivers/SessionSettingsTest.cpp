@@ -101,7 +101,7 @@ TEST(SessionSettings, AdvancedButtonAndStaticRegistryFields) {
 TEST(SessionSettings, EditsABasesSession) {
     DriverWorld d;
     d.station().setup.session.PrimaryChannel = 24;
-    auto& f = d.w.c().forms.load<frmPrioritizerSessionSettings>(d.w.c(), &d.g2(), "1");
+    auto& f = d.w.c().forms.load<frmPrioritizerSessionSettings>(d.w.c(), &d.g2(), "0");
     f.Form_Load();
     EXPECT_EQ(f.txtChannel, "24");
     f.txtChannel = "45";

@@ -61,7 +61,7 @@ TEST(SimFaults, FailuresCountDownOrLastUntilCleared) {
     d.sim().fail(b, "EndVote", 12, -1);
     d.g2().EndVote(true, false);
     d.g2().EndVote(true, false);
-    EXPECT_TRUE(d.g2().logged("1 - End Vote FAILED - 12: Offline vote limit reached"));
+    EXPECT_TRUE(d.g2().logged("0 - End Vote FAILED - 12: Offline vote limit reached"));
     d.sim().fail(b, "EndVote", 0);
     d.g2().EndVote(true, false);
     EXPECT_FALSE(d.station().voteOpen);
@@ -96,9 +96,9 @@ TEST(SimSurvey, TheOlderDriverPassesSurveyRepliesOn) {
     KelvarinSurveyOptions o;
     o.Channels = {5, 9};
     o.VotesPerChannel = 20;
-    EXPECT_EQ(g1->PrepareKeypadSurveyScan("1", {"300100001", "300100999"}, o), 16);
-    EXPECT_EQ(g1->PrepareKeypadSurveyScan("1", {"300100001", "300100002"}, o), 0);
-    EXPECT_EQ(g1->BeginKeypadSurveyScan("1"), 0);
+    EXPECT_EQ(g1->PrepareKeypadSurveyScan("0", {"300100001", "300100999"}, o), 16);
+    EXPECT_EQ(g1->PrepareKeypadSurveyScan("0", {"300100001", "300100002"}, o), 0);
+    EXPECT_EQ(g1->BeginKeypadSurveyScan("0"), 0);
     w.scheduler.advance(1000);
     ASSERT_EQ(replies.size(), 5u);
     EXPECT_EQ(replies[0].HID, "300100001");
@@ -107,14 +107,14 @@ TEST(SimSurvey, TheOlderDriverPassesSurveyRepliesOn) {
     EXPECT_LE(replies[3].Acks, 20);
     EXPECT_GE(replies[3].Acks, 10);
     EXPECT_TRUE(replies[4].EndOfScan);
-    EXPECT_TRUE(g1->logged("1 - KeypadSurveyReply Event - HID:300100001, Channel:5, Votes:20"));
+    EXPECT_TRUE(g1->logged("0 - KeypadSurveyReply Event - HID:300100001, Channel:5, Votes:20"));
 
     // Ending a scan early stops the replies still to come.
-    g1->PrepareKeypadSurveyScan("1", {"300100001"}, o);
-    g1->BeginKeypadSurveyScan("1");
+    g1->PrepareKeypadSurveyScan("0", {"300100001"}, o);
+    g1->BeginKeypadSurveyScan("0");
     w.scheduler.advance(60);
-    EXPECT_EQ(g1->EndKeypadSurveyScan("1"), 0);
+    EXPECT_EQ(g1->EndKeypadSurveyScan("0"), 0);
     w.scheduler.advance(1000);
     EXPECT_EQ(replies.size(), 6u);
-    EXPECT_TRUE(g1->logged("1 - Corehub:   EndKeypadSurveyScan = 0"));
+    EXPECT_TRUE(g1->logged("0 - Corehub:   EndKeypadSurveyScan = 0"));
 }

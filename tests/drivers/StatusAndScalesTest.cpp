@@ -1,23 +1,44 @@
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "drivers/BaseStatus.h"
 #include "drivers/CorehubConstants.h"
 
 using namespace tlx;
 namespace kc = tlx::KelvarinCorehubConstants;
 
-TEST(StatusText, KnownCodesKeepTheirWording) {
-    EXPECT_EQ(GetCPPErrorString(0), "Success");
-    EXPECT_EQ(GetCPPErrorString(2), "Unkown error");
-    EXPECT_EQ(GetCPPErrorString(5), "Base station disconnected - attempting auto reconnect");
-    EXPECT_EQ(GetCPPErrorString(14), "Registry: no data found");
-    EXPECT_EQ(GetCPPErrorString(16), "Registry: device not found");
-    EXPECT_EQ(GetCPPErrorString(21), "Registry mode is Fixed (read only)");
-    EXPECT_EQ(GetCPPErrorString(24), "Requested action completed (Addon Message)");
-}
-
-TEST(StatusText, GapsAndOutOfRangeCodesAreUnknown) {
-    for (int code : {15, 20, 25, -1})
+TEST(StatusText, EveryCodeKeepsItsWordingAndTheGapsAreUnknown) {
+    const std::vector<std::pair<int, std::string>> texts = {
+        {0, "Success"},
+        {1, "Auto reconnect success"},
+        {2, "Unkown error"},
+        {3, "Base station not found"},
+        {4, "Base station disconnected"},
+        {5, "Base station disconnected - attempting auto reconnect"},
+        {6, "TX Comms failed"},
+        {7, "RX Comms failed"},
+        {8, "TX Comms time out"},
+        {9, "RX Comms time out"},
+        {10, "Alternate base on same channel"},
+        {11, "ACK time out"},
+        {12, "Offline vote limit reached"},
+        {13, "Invalid vote character"},
+        {14, "Registry: no data found"},
+        {16, "Registry: device not found"},
+        {17, "Dataflash erase page error"},
+        {18, "Dataflash read error"},
+        {19, "Dataflash write error"},
+        {21, "Registry mode is Fixed (read only)"},
+        {22, "Unsupported base attached"},
+        {23, "Requested action error - base busy (Addon Message)"},
+        {24, "Requested action completed (Addon Message)"},
+    };
+    ASSERT_EQ(texts.size(), 23u);
+    for (const auto& [code, text] : texts) EXPECT_EQ(GetCPPErrorString(code), text) << code;
+    for (int code : {15, 20, 25, -1, 100})
         EXPECT_EQ(GetCPPErrorString(code), "Unkown Error Code: " + std::to_string(code)) << code;
 }
 

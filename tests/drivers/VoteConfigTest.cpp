@@ -3,6 +3,7 @@
 #include "core/GlobalState.h"
 #include "drivers/DisplayTexts.h"
 #include "drivers/VoteConfig.h"
+#include "core/Text.h"
 
 using namespace tlx;
 
@@ -18,28 +19,40 @@ Built build(GlobalState& g) {
 }
 }  // namespace
 
-TEST(VoteTypes, NamesAndAliasesMapToTheCodeSent) {
+TEST(VoteTypes, EveryNameAndAliasSendsItsCode) {
+    struct Row {
+        const char* name;
+        const char* alias;
+        int sent;
+    };
+    const Row rows[] = {{"SINGLEDIGIT", "9", 9}, {"SINGLEITEM", "14", 14}, {"MULTIDIGIT", "12", 12},
+                        {"NUMERIC", "99", 11},   {"FRACTIONAL", "11", 11}, {"TEXT", "7", 7},
+                        {"MESSAGE", "8", 8},     {"EDIT", "2", 2},         {"ALLOCATE", "6", 6},
+                        {"ORDER", "5", 5},       {"SORT", "1", 1},         {"TAG", "3", 3}};
     GlobalState g;
-    for (const char* t : {"99", "NUMERIC", "numeric"}) {
+    g.optionCount = 6;
+    for (const Row& r : rows)
+        for (const std::string& t : {std::string(r.name), std::string(r.alias), toLower(r.name)}) {
+            g.voteType = t;
+            const auto b = build(g);
+            ASSERT_TRUE(b.ok) << t;
+            EXPECT_EQ(b.vote.VoteType, r.sent) << t;
+            EXPECT_EQ(isSingleDigitVote(t), r.sent == 9) << t;
+        }
+    // Type parameters: fraction flag, count parameter, key mask and the message text.
+    for (const char* t : {"99", "NUMERIC"}) {
         g.voteType = t;
-        const auto b = build(g);
-        ASSERT_TRUE(b.ok) << t;
-        EXPECT_EQ(b.vote.VoteType, 11) << t;
-        EXPECT_FALSE(b.vote.AllowFraction) << t;
+        EXPECT_FALSE(build(g).vote.AllowFraction) << t;
     }
     for (const char* t : {"11", "FRACTIONAL"}) {
         g.voteType = t;
-        const auto b = build(g);
-        ASSERT_TRUE(b.ok) << t;
-        EXPECT_EQ(b.vote.VoteType, 11) << t;
-        EXPECT_TRUE(b.vote.AllowFraction) << t;
+        EXPECT_TRUE(build(g).vote.AllowFraction) << t;
     }
-    g.voteType = "ORDER";
-    g.optionCount = 6;
-    EXPECT_EQ(build(g).vote.VoteType, 5);
-    EXPECT_EQ(build(g).vote.ItemCount, 6);
+    for (const char* t : {"ORDER", "ALLOCATE"}) {
+        g.voteType = t;
+        EXPECT_EQ(build(g).vote.ItemCount, 6) << t;
+    }
     g.voteType = "14";
-    EXPECT_EQ(build(g).vote.VoteType, 14);
     EXPECT_EQ(build(g).vote.ItemCount, 1);
     g.voteType = "MESSAGE";
     g.voteText = "Hello";
@@ -75,15 +88,46 @@ TEST(KeyMask, RangeAndListOfAnswers) {
     EXPECT_EQ(build(g).vote.KeyMask, 3);
     g.validAnswers = "12,13";
     EXPECT_EQ(build(g).vote.KeyMask, 0);
-    g.validAnswers = "1,14";
+    g.validAnswers = "1,14";  // a listed answer of 14 or more is an error
+    EXPECT_FALSE(build(g).ok);
+    g.validAnswers = "200";
     EXPECT_FALSE(build(g).ok);
 
     g.validAnswers.clear();
     g.startFrom = 0;
     g.optionCount = 10;  // 0..9
     EXPECT_EQ(build(g).vote.KeyMask, 1024 + 511);
-    g.startFrom = 5;  // 5..14 runs off the keypad
-    EXPECT_FALSE(build(g).ok);
+}
+
+TEST(KeyMask, BitsAreSummedSoARepeatedAnswerCountsTwice) {
+    GlobalState g;
+    g.voteType = "SINGLEDIGIT";
+    g.validAnswers = "1,1";
+    EXPECT_EQ(build(g).vote.KeyMask, 2);
+    g.validAnswers = "3,3,4";
+    EXPECT_EQ(build(g).vote.KeyMask, 4 + 4 + 8);
+    g.validAnswers = "0,0";
+    EXPECT_EQ(build(g).vote.KeyMask, 2048);
+    EXPECT_EQ(keyMaskOfList("0,11"), 1024 + 512);
+    EXPECT_EQ(keyMaskOfList("5,5,5"), 48);
+}
+
+TEST(KeyMask, ChoiceARangeRunningPastTheKeysIsAcceptedAndAddsNothingForThem) {
+    GlobalState g;
+    g.voteType = "SINGLEDIGIT";
+    g.startFrom = 5;
+    g.optionCount = 10;  // 5..14: only a listed answer of 14 or more is an error
+    auto b = build(g);
+    ASSERT_TRUE(b.ok);
+    EXPECT_EQ(b.vote.KeyMask, 16 + 32 + 64 + 128 + 256 + 2048 + 512);
+    g.startFrom = 14;
+    g.optionCount = 3;
+    b = build(g);
+    ASSERT_TRUE(b.ok);
+    EXPECT_EQ(b.vote.KeyMask, 0);
+    g.startFrom = -2;
+    g.optionCount = 4;  // -2..1
+    EXPECT_EQ(build(g).vote.KeyMask, 1024 + 1);
 }
 
 TEST(VoteObject, TextsFlagsAndNumbersComeFromTheSettings) {
@@ -114,4 +158,56 @@ TEST(VoteObject, TextsFlagsAndNumbersComeFromTheSettings) {
     b = build(g);
     EXPECT_FALSE(b.vote.DisplayLetters);
     EXPECT_FALSE(b.vote.DisplayAnswerNumbers);
+}
+
+TEST(VoteObject, CarriesEveryKeypadTextWithItsTimeAndTheFonts) {
+    KeypadDisplayTexts t;
+    t.PrevoteText = "Get ready";
+    t.PrevoteTextTime = 11;
+    t.VotedText = "Sending";
+    t.RevotedText = "Resending";
+    t.VoteFailedText = "Failed";
+    t.VoteFailedTextTime = 12;
+    t.VoteSuccessTextTime = 13;
+    t.VoteEndTextTime = 14;
+    t.SignalLostDuringVoteText = "Lost (vote)";
+    t.SignalLostDuringVoteTextTime = 15;
+    t.SignalLostDuringTransmitText = "Lost (send)";
+    t.SignalLostDuringTransmitTextTime = 16;
+    t.TextVoteFontSize = 4;
+    t.ListVoteFontSize = 5;
+    GlobalState g;
+    g.voteType = "TEXT";
+    KelvarinVote v;
+    ASSERT_TRUE(UpdateVoteObjectFromGlobalVariables(g, t, v));
+    EXPECT_EQ(v.PrevoteText, "Get ready");  // the vote gave none: the setting's
+    EXPECT_EQ(v.PrevoteTextTime, 11);
+    EXPECT_EQ(v.VotedText, "Sending");
+    EXPECT_EQ(v.RevotedText, "Resending");
+    EXPECT_EQ(v.VoteFailedText, "Failed");
+    EXPECT_EQ(v.VoteFailedTextTime, 12);
+    EXPECT_EQ(v.VoteTextTime, 13);
+    EXPECT_EQ(v.VoteEndedTextTime, 14);
+    EXPECT_EQ(v.SignalLostDuringVoteText, "Lost (vote)");
+    EXPECT_EQ(v.SignalLostDuringVoteTextTime, 15);
+    EXPECT_EQ(v.SignalLostDuringTransmitText, "Lost (send)");
+    EXPECT_EQ(v.SignalLostDuringTransmitTextTime, 16);
+    EXPECT_EQ(v.TextVoteFontSize, 4);
+    EXPECT_EQ(v.ListVoteFontSize, 5);
+    EXPECT_EQ(v.AnswerText, "");
+
+    // The vote's own texts win over the settings'.
+    g.prevoteText = "Question 3 coming";
+    g.answerText = "A-D";
+    ASSERT_TRUE(UpdateVoteObjectFromGlobalVariables(g, t, v));
+    EXPECT_EQ(v.PrevoteText, "Question 3 coming");
+    EXPECT_EQ(v.AnswerText, "A-D");
+    // With the defaults, "UNUSED" goes as it stands.
+    ASSERT_TRUE(UpdateVoteObjectFromGlobalVariables(GlobalState{}, KeypadDisplayTexts{}, v) == false);
+    g.prevoteText.clear();
+    ASSERT_TRUE(UpdateVoteObjectFromGlobalVariables(g, KeypadDisplayTexts{}, v));
+    EXPECT_EQ(v.PrevoteText, "UNUSED");
+    EXPECT_EQ(v.VotedText, "Sending Vote...");
+    EXPECT_EQ(v.RevotedText, "Sending Re-vote.");
+    EXPECT_EQ(v.SignalLostDuringVoteTextTime, 50);
 }

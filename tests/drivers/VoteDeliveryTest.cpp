@@ -51,7 +51,7 @@ TEST(VoteDelivery, EventsComeInOrderAndCarryTheBaseAndRegistryNumber) {
     d.g2().StartVote();
     std::vector<std::string> seen;
     d.g2().VoteReceived.connect([&](int keypad, const std::string& data, const std::string& f3,
-                                    const std::string& f4, const std::string& base, const std::string& hid) {
+                                    const std::string& f4, const std::string& base, const std::string& hid, double) {
         seen.push_back("vote " + std::to_string(keypad) + " " + data + " " + f3 + " " + f4 + " " + base + " " + hid);
     });
     d.g2().VoteReceivedObject.connect(
@@ -59,11 +59,11 @@ TEST(VoteDelivery, EventsComeInOrderAndCarryTheBaseAndRegistryNumber) {
     d.g2().MicRequest.connect([&](const KelvarinVote&, const std::string&, bool) { seen.push_back("mic"); });
     d.sim().press(kBase2, 5, " 3 ");
     d.settle();
-    EXPECT_EQ(seen, (std::vector<std::string>{"vote 5 3 385 -45 2 300110005", "object 300110005 2"}));
+    EXPECT_EQ(seen, (std::vector<std::string>{"vote 5 3 385 -45 1 300110005", "object 300110005 1"}));
     ASSERT_EQ(d.intake.records.size(), 1u);
-    EXPECT_EQ(d.intake.records[0].base, 2);
-    EXPECT_TRUE(d.g2().logged("2 - VoteReceived Event - HID:300110005, VoteData:3"));
-    const auto entry = d.g2().GetKeypadConfigFromLocalRegCollection("2", "300110005");
+    EXPECT_EQ(d.intake.records[0].base, 1);
+    EXPECT_TRUE(d.g2().logged("1 - VoteReceived Event - HID:300110005, VoteData:3"));
+    const auto entry = d.g2().GetKeypadConfigFromLocalRegCollection("1", "300110005");
     ASSERT_TRUE(entry.has_value());
     EXPECT_EQ(entry->battery, 385);
     EXPECT_EQ(entry->signal, -45);
@@ -82,7 +82,7 @@ TEST(VoteDelivery, MicrophoneRequestsAndWithdrawalsWhileRequestsAreOn) {
     EXPECT_TRUE(d.sim().micRequest(kBase1, 3, true));
     d.settle();
     EXPECT_FALSE(d.sim().press(kBase1, 3, "2"));  // only the request keys count
-    EXPECT_EQ(mics, (std::vector<std::string>{"0@1", "*@1"}));
+    EXPECT_EQ(mics, (std::vector<std::string>{"0@0", "*@0"}));
     d.g2().EndAudioRequests();
     EXPECT_FALSE(d.station().voteOpen);
     EXPECT_FALSE(d.g2().audioRequestsOn());
@@ -122,7 +122,7 @@ TEST(ControllerVote, LetterAnswersBecomeNumbersOnlyForLetterKeypads) {
     DriverWorld d;
     auto send = [&](const std::string& data) {
         d.intake.records.clear();
-        d.drivers.VoteReceived(1, data, "385", "-45", "1", "300100001");
+        d.drivers.VoteReceived(1, data, "385", "-45", "0", "300100001", 0.0);
         return d.intake.records.empty() ? std::string("<dropped>") : d.intake.records[0].votes[0];
     };
     d.glo().voteType = "SINGLEDIGIT";
@@ -155,19 +155,19 @@ TEST(ControllerVote, LetterKeypadsEndToEndAndBaseIndex) {
     d.settle();
     ASSERT_EQ(d.intake.records.size(), 1u);
     EXPECT_EQ(d.intake.records[0].votes[0], "3");
-    EXPECT_EQ(d.intake.records[0].base, 2);
+    EXPECT_EQ(d.intake.records[0].base, 1);
 }
 
 TEST(ControllerVote, NothingIsHandedOnBeforeInitialisationOrWithoutIntake) {
     DriverWorld d({kBase1}, 10, false);
-    d.drivers.VoteReceived(1, "1", "", "", "1", "");
+    d.drivers.VoteReceived(1, "1", "", "", "0", "", 0.0);
     EXPECT_TRUE(d.intake.records.empty());
     d.start();
     d.w.c().voteIntake = nullptr;
-    d.drivers.VoteReceived(1, "1", "", "", "1", "");  // no intake, no crash
+    d.drivers.VoteReceived(1, "1", "", "", "0", "", 0.0);  // no intake, no crash
     d.w.c().voteIntake = &d.intake;
     d.glo().ShuttingDown = true;
-    d.drivers.VoteReceived(1, "1", "", "", "1", "");
+    d.drivers.VoteReceived(1, "1", "", "", "0", "", 0.0);
     EXPECT_TRUE(d.intake.records.empty());
 }
 
@@ -190,4 +190,40 @@ TEST(Crowd, EveryKeypadAnswersOnceAtTheRate) {
     e.sim().crowd(kBase1, 30, "1234", 10);
     e.settle(4000);
     EXPECT_EQ(e.intake.votes(), d.intake.votes());
+}
+
+TEST(VoteDelivery, TheVoteCarriesTheTimeTheBaseTookItNotTheTimeItArrived) {
+    DriverWorld d;
+    d.singleDigit();
+    d.g2().StartVote();
+    d.sim().eventDelayMs = 2500;  // a slow link: the event comes long after the press
+    d.w.scheduler.advance(1000);
+    const double pressed = d.w.scheduler.now().secondsSinceMidnight();
+    ASSERT_TRUE(d.sim().press(kBase1, 4, "2"));
+    d.w.scheduler.advance(3000);
+    ASSERT_EQ(d.intake.records.size(), 1u);
+    EXPECT_DOUBLE_EQ(d.intake.records[0].time, pressed);
+    EXPECT_GT(d.w.scheduler.now().secondsSinceMidnight() - d.intake.records[0].time, 2.9);
+}
+
+TEST(VoteDelivery, APresenterKeypadsRequestIsAMicRequestLikeAnyOther) {
+    DriverWorld d({kBase1}, 5, false);
+    SimKeypad presenter;
+    presenter.hid = "300199901";
+    presenter.kind = DeviceKind::Presenter;
+    presenter.sid = 99;
+    d.station().setup.keypads.push_back(presenter);
+    d.start();
+    ASSERT_EQ(d.g2().GetFirstPresentersHID(), "300199901");
+    std::vector<std::string> mics, presenterMics;
+    d.g2().MicRequest.connect(
+        [&](const KelvarinVote& v, const std::string&, bool now) { mics.push_back(v.HID + (now ? " now" : "")); });
+    d.g2().PresenterMicRequest.connect(
+        [&](const KelvarinVote& v, const std::string&, bool) { presenterMics.push_back(v.HID); });
+    d.g2().StartAudioRequests("0,11");
+    ASSERT_TRUE(d.sim().micRequest(kBase1, 99, false));
+    ASSERT_TRUE(d.sim().micRequest(kBase1, 2, false));
+    d.settle();
+    EXPECT_EQ(mics, (std::vector<std::string>{"300199901", "300100002"}));
+    EXPECT_TRUE(presenterMics.empty());
 }

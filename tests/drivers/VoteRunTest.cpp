@@ -20,8 +20,8 @@ TEST(StartVote, OpensTheVoteOnEveryBase) {
         EXPECT_TRUE(d.station(i).voteOpen);
         EXPECT_EQ(d.station(i).vote.KeyMask, 15);
     }
-    EXPECT_TRUE(d.g2().logged("1 - Start Live Vote - ovote.VoteType:9, oVote.VoteQuestionText:"));
-    EXPECT_TRUE(d.g2().logged("2 - Start Live Vote - ovote.VoteType:9"));
+    EXPECT_TRUE(d.g2().logged("0 - Start Live Vote - ovote.VoteType:9, oVote.VoteQuestionText:"));
+    EXPECT_TRUE(d.g2().logged("1 - Start Live Vote - ovote.VoteType:9"));
 }
 
 TEST(StartVote, AFailingBaseIsLoggedAndTheNextStillStarts) {
@@ -31,8 +31,8 @@ TEST(StartVote, AFailingBaseIsLoggedAndTheNextStillStarts) {
     EXPECT_EQ(d.g2().StartVote(), 8);
     EXPECT_FALSE(d.station(0).voteOpen);
     EXPECT_TRUE(d.station(1).voteOpen);
-    EXPECT_TRUE(d.g2().logged("1 - Start Vote FAILED - 8: TX Comms time out"));
-    EXPECT_TRUE(d.w.logged(" - XX - 1 - Start Vote FAILED - 8: TX Comms time out"));
+    EXPECT_TRUE(d.g2().logged("0 - Start Vote FAILED - 8: TX Comms time out"));
+    EXPECT_TRUE(d.w.logged(" - XX - 0 - Start Vote FAILED - 8: TX Comms time out"));
 }
 
 TEST(StartVote, AnUnknownVoteTypeTouchesNoBase) {
@@ -56,14 +56,14 @@ TEST(SilentLoad, ARepeatedLoadConfiguresOnceAndOnlyTheFirstBaseBeginsIt) {
     EXPECT_EQ(d.station(1).callCount("PrepareVote"), 1);
     EXPECT_TRUE(d.g2().logged("Silent Loading Vote Commpleted: slideNum = 3"));
     EXPECT_TRUE(d.g2().logged("Silent Loading Vote Quit: m_SilentVoteLoadedSlideNumber = 3"));
-    EXPECT_TRUE(d.g2().logged("1 - Prepare Vote - ovote.VoteType:9"));
+    EXPECT_TRUE(d.g2().logged("0 - Prepare Vote - ovote.VoteType:9"));
 
     d.g2().StartVote();
     EXPECT_EQ(d.station(0).callCount("BeginLiveVote"), 1);
     EXPECT_EQ(d.station(0).callCount("StartVote"), 0);
     EXPECT_EQ(d.station(1).callCount("BeginLiveVote"), 0);
     EXPECT_EQ(d.station(1).callCount("StartVote"), 1);
-    EXPECT_TRUE(d.g2().logged("1 - Begin Live Vote - m_SilentVoteLoadedSlideNumber:3"));
+    EXPECT_TRUE(d.g2().logged("0 - Begin Live Vote - m_SilentVoteLoadedSlideNumber:3"));
     EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);
     EXPECT_TRUE(d.station(0).voteOpen && d.station(1).voteOpen);
 }
@@ -73,7 +73,7 @@ TEST(SilentLoad, AFailedPrepareIsLoggedAsAStartFailure) {
     d.singleDigit();
     d.sim().fail(kBase1, "PrepareVote", 6);
     d.g2().SilentLoadVoteConfig(2);
-    EXPECT_TRUE(d.g2().logged("1 - Start Vote FAILED - 6: TX Comms failed"));
+    EXPECT_TRUE(d.g2().logged("0 - Start Vote FAILED - 6: TX Comms failed"));
     EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), 2);
 }
 
@@ -86,20 +86,20 @@ TEST(PauseResume, OnlyActWhenThePauseSettingIsOn) {
 
     d.g2().displayTexts().TextVotePauseEnabled = true;
     d.g2().PauseVote();
-    EXPECT_TRUE(d.g2().logged("1 - Pause Live Vote"));
+    EXPECT_TRUE(d.g2().logged("0 - Pause Live Vote"));
     EXPECT_FALSE(d.sim().press(kBase1, 1, "2"));
     d.g2().ResumeVote();
-    EXPECT_TRUE(d.g2().logged("1 - Resume Live Vote"));
+    EXPECT_TRUE(d.g2().logged("0 - Resume Live Vote"));
     EXPECT_TRUE(d.sim().press(kBase1, 1, "2"));
     d.settle();
     EXPECT_EQ(d.intake.votes(), std::vector<std::string>{"2"});
 
     d.sim().fail(kBase1, "GetSessionConfig", 7);
     d.g2().PauseVote();
-    EXPECT_TRUE(d.g2().logged("1 - Pause Live Vote (GetSessionConfig) FAILED - 7: RX Comms failed"));
+    EXPECT_TRUE(d.g2().logged("0 - Pause Live Vote (GetSessionConfig) FAILED - 7: RX Comms failed"));
     d.sim().fail(kBase1, "SetSessionConfig", 9);
     d.g2().ResumeVote();
-    EXPECT_TRUE(d.g2().logged("1 - Resume Live Vote FAILED - 9: RX Comms time out"));
+    EXPECT_TRUE(d.g2().logged("0 - Resume Live Vote FAILED - 9: RX Comms time out"));
 }
 
 TEST(EndVote, EndedTextIsEmptyForARunningVoteAndABlankOtherwise) {
@@ -112,7 +112,7 @@ TEST(EndVote, EndedTextIsEmptyForARunningVoteAndABlankOtherwise) {
     EXPECT_EQ(d.station().lastEndedText, "");
     EXPECT_FALSE(d.g2().voteRunning());
     EXPECT_FALSE(d.station().voteOpen);
-    EXPECT_TRUE(d.g2().logged("1 - End Vote"));
+    EXPECT_TRUE(d.g2().logged("0 - End Vote"));
     EXPECT_EQ(d.glo().voteType, "SINGLEDIGIT");
 }
 
@@ -171,4 +171,35 @@ TEST(VoteOps, WithNoBaseConnectedEverythingCompletesQuietly) {
     EXPECT_EQ(g2->GetRegistry("1", false), 3);
     EXPECT_TRUE(w.dialogs.any("Unable to connect to base station 1"));
     EXPECT_EQ(g2->baseTable().size(), 0u);
+}
+
+TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingTheVoteIsBuiltFrom) {
+    DriverWorld d;
+    GlobalState& g = d.glo();
+    g.voteType = "SINGLEDIGIT";
+    g.questionTextShort = "Q";
+    g.voteText = "V";
+    g.voteEndedText = "E";
+    g.prevoteText = "P";
+    g.answerText = "A";
+    g.validAnswers = "1,2";
+    g.optionCount = 4;
+    g.startFrom = 1;
+    g.kelvarinDisplay = 1;
+    g.allocation = 5;
+    g.limits = 6;
+    g.points = 7;
+    g.kvpOptions = 8;
+    d.g2().StartVote();
+    d.g2().EndVote(true, false);
+    EXPECT_EQ(g.voteType, "SINGLEDIGIT");  // kept unless asked
+    EXPECT_EQ(g.optionCount, 4);
+    d.g2().EndVote(true, true);
+    for (const std::string* t : {&g.voteType, &g.questionTextShort, &g.voteText, &g.voteEndedText, &g.prevoteText,
+                                 &g.answerText, &g.validAnswers})
+        EXPECT_EQ(*t, "");
+    EXPECT_EQ(g.optionCount, 0);
+    EXPECT_EQ(g.startFrom, 0);
+    EXPECT_EQ(g.kelvarinDisplay, 0);
+    EXPECT_EQ(g.allocation + g.limits + g.points + g.kvpOptions, 0);
 }

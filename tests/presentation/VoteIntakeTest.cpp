@@ -33,8 +33,8 @@ struct IntakeWorld : TestWorld {
 
 TEST(VoteIntake, AcceptedVotesTravelAsOneBatchInArrivalOrder) {
     IntakeWorld w;
-    w.votes(1, {{12, "3"}, {7, "1"}});
-    w.votes(2, {{5, "-2"}});  // base 2 counts from 100
+    w.votes(0, {{12, "3"}, {7, "1"}});
+    w.votes(1, {{5, "-2"}});  // the second base counts from 100
     w.flush();
     ASSERT_EQ(w.sent.size(), 1u);
     EXPECT_EQ(w.sent[0], "[12;3],[7;1],[105;-2],");
@@ -44,7 +44,7 @@ TEST(VoteIntake, AcceptedVotesTravelAsOneBatchInArrivalOrder) {
 
 TEST(VoteIntake, HighestKeypadOfTheBaseIsTheLimit) {
     IntakeWorld w;
-    w.votes(1, {{40, "1"}, {41, "2"}});
+    w.votes(0, {{40, "1"}, {41, "2"}});
     w.flush();
     ASSERT_EQ(w.sent.size(), 1u);
     EXPECT_EQ(w.sent[0], "[40;1],");
@@ -53,7 +53,7 @@ TEST(VoteIntake, HighestKeypadOfTheBaseIsTheLimit) {
     EXPECT_TRUE(w.logged(" - XX - KPADS ACTIVE: "));
     EXPECT_TRUE(w.logged(" - XX - MAX KPAD NUM: 40"));
     // An offset base's limit moves with it.
-    w.votes(2, {{40, "1"}, {41, "1"}});
+    w.votes(1, {{40, "1"}, {41, "1"}});
     w.flush();
     EXPECT_EQ(w.sent.back(), "[140;1],");
     EXPECT_TRUE(w.logged("NOT SENT: [141;1],"));
@@ -63,7 +63,7 @@ TEST(VoteIntake, HighestKeypadOfTheBaseIsTheLimit) {
 TEST(VoteIntake, ActiveKeypadListIsMatchedWholeNumbersOnly) {
     IntakeWorld w;
     w.glo().ActiveKeypads = ",3,7,";
-    w.votes(1, {{37, "1"}, {7, "2"}, {3, "4"}, {73, "1"}});
+    w.votes(0, {{37, "1"}, {7, "2"}, {3, "4"}, {73, "1"}});
     w.flush();
     ASSERT_EQ(w.sent.size(), 1u);
     EXPECT_EQ(w.sent[0], "[7;2],[3;4],");
@@ -71,16 +71,16 @@ TEST(VoteIntake, ActiveKeypadListIsMatchedWholeNumbersOnly) {
     EXPECT_TRUE(w.logged("KPADS ACTIVE: ,3,7,"));
     // The keypad test lets every keypad through.
     w.main().keypadTestActive = true;
-    w.votes(1, {{37, "1"}});
+    w.votes(0, {{37, "1"}});
     w.flush();
     EXPECT_EQ(w.sent.back(), "[37;1],");
 }
 
 TEST(VoteIntake, RepeatVotesAreForwardedButCountOneVoter) {
     IntakeWorld w;
-    w.votes(1, {{5, "1"}});
-    w.votes(1, {{5, "2"}});
-    w.votes(1, {{6, "2"}});
+    w.votes(0, {{5, "1"}});
+    w.votes(0, {{5, "2"}});
+    w.votes(0, {{6, "2"}});
     w.flush();
     EXPECT_EQ(w.sent[0], "[5;1],[5;2],[6;2],");
     EXPECT_EQ(w.c().intake->distinctVoters(), 2);
@@ -89,7 +89,7 @@ TEST(VoteIntake, RepeatVotesAreForwardedButCountOneVoter) {
     // A new vote starts a new voter list.
     w.c().intake->resetForVote();
     EXPECT_EQ(w.main().txt_VoteCounter[2], "0");
-    w.votes(1, {{5, "1"}});
+    w.votes(0, {{5, "1"}});
     EXPECT_EQ(w.c().intake->distinctVoters(), 1);
 }
 
@@ -97,12 +97,12 @@ TEST(VoteIntake, TheAbstainLineMakesItsKeyMinusTwoComparingTheFirstPartAsANumber
     IntakeWorld w;
     w.main().AddDataToCommandQueue("abstain=5");
     w.scheduler.advance(60);
-    w.votes(1, {{1, "5"}, {2, "05;2"}, {3, "5;2"}, {4, "2;5"}, {5, "15"}, {6, "4"}});
+    w.votes(0, {{1, "5"}, {2, "05;2"}, {3, "5;2"}, {4, "2;5"}, {5, "15"}, {6, "4"}});
     w.flush();
     EXPECT_EQ(w.sent.back(), "[1;-2],[2;-2;2],[3;-2;2],[4;2;5],[5;15],[6;4],");
     w.main().AddDataToCommandQueue("abstain=0");
     w.scheduler.advance(60);
-    w.votes(1, {{1, "5"}});
+    w.votes(0, {{1, "5"}});
     w.flush();
     EXPECT_EQ(w.sent.back(), "[1;5],");
 }
@@ -112,14 +112,14 @@ TEST(VoteIntake, AFullBufferIsHandedOnInTheSameCall) {
     w.glo().bases[0].gridHi = 4095;
     std::vector<std::pair<float, std::string>> many;
     for (int k = 1000; k < 1080; ++k) many.push_back({static_cast<float>(k), "1"});  // 80 x "[1000;1]," = 720
-    w.votes(1, many);
+    w.votes(0, many);
     // Handed to the transmit queue at once, not after the buffer timer's tick.
     EXPECT_TRUE(w.c().intake->buffer().empty());
     EXPECT_EQ(w.main().txt_data.size(), 720u);
     EXPECT_FALSE(w.main().tmr_VotesRxBuffer.enabled());
     // A small batch waits for the tick.
     w.flush();
-    w.votes(1, {{1, "1"}});
+    w.votes(0, {{1, "1"}});
     EXPECT_EQ(w.c().intake->buffer(), "[1;1],");
     EXPECT_TRUE(w.main().txt_data.empty());
     w.scheduler.advance(10);
@@ -129,9 +129,9 @@ TEST(VoteIntake, AFullBufferIsHandedOnInTheSameCall) {
 
 TEST(VoteIntake, BatchesQueuedBetweenTwoSendsArriveInOneEvent) {
     IntakeWorld w;
-    w.votes(1, {{1, "1"}});
+    w.votes(0, {{1, "1"}});
     w.scheduler.advance(10);  // the buffer's tick: first batch queued
-    w.votes(1, {{2, "2"}});
+    w.votes(0, {{2, "2"}});
     w.scheduler.advance(10);  // second batch queued before the 50 ms send
     w.flush();
     ASSERT_EQ(w.sent.size(), 1u);
@@ -143,7 +143,7 @@ TEST(VoteIntake, CountersAreGroupedByThousands) {
     w.glo().bases[0].gridHi = 4095;
     std::vector<std::pair<float, std::string>> many;
     for (int i = 0; i < 1234; ++i) many.push_back({static_cast<float>(1 + i % 4000), "1"});
-    w.votes(1, many);
+    w.votes(0, many);
     w.flush();
     EXPECT_EQ(w.main().txt_VoteCounter[0], "1,234");
     EXPECT_EQ(w.main().txt_VoteCounter[2], "1,234");
@@ -181,7 +181,7 @@ TEST(VoteIntake, ABatchReachesTheOutgoingEventWithoutBeingCopiedOnTheWay) {
     w.glo().bases[0].gridHi = 4095;
     std::vector<std::pair<float, std::string>> many;
     for (int k = 1000; k < 1020; ++k) many.push_back({static_cast<float>(k), "1"});
-    w.votes(1, many);
+    w.votes(0, many);
     const char* storage = w.c().intake->buffer().data();
     const char* raised = nullptr;
     w.main().FromCtrlForm.connect([&raised](const std::string& s) { raised = s.data(); });
@@ -192,7 +192,7 @@ TEST(VoteIntake, ABatchReachesTheOutgoingEventWithoutBeingCopiedOnTheWay) {
 
     // Behind text already queued it is appended once.
     w.main().AddDataToTxQueue("GETVOTEINFO reply");
-    w.votes(1, {{7, "2"}});
+    w.votes(0, {{7, "2"}});
     w.scheduler.advance(10);
     EXPECT_EQ(w.main().txt_data, "GETVOTEINFO reply\r\n[7;2],");
 }

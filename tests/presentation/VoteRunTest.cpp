@@ -169,7 +169,7 @@ TEST(VoteDataTrace, OnlyWithLogEventsToFileOnAndEachVoteFramedInIt) {
         w.c().voteRun->VoteStart();
         std::vector<float> keypads{1, 99};
         std::vector<std::string> votes{"2", "3"};
-        w.c().intake->SendVotes(keypads, votes, 0, 1);
+        w.c().intake->SendVotes(keypads, votes, 0, 0);
         w.c().voteRun->VoteEnd();
     };
     vote();

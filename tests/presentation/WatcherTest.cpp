@@ -19,6 +19,16 @@ TEST(GotoMenu, TitlesAreCutToTwentyCharactersAndTheQuestionWins) {
     EXPECT_EQ(w.calls.back(), "g2.SetPresenterGotoMenu(Exit|1:Welcome|2:Which colour do you |3:A title of exactly t)");
 }
 
+TEST(GotoMenu, TitlesAreCutAtTwentyCharactersNotBytes) {
+    // "é", "ü", "€" and "🎉" take two, two, three and four bytes.
+    ShowWorld w({slide("Café crème, ou thé glacé?"), slide("Grüße aus München — 2024"),
+                 slide("€€€€€€€€€€€€€€€€€€€€€€"), slide("🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉")});
+    w.presentation.Begin();
+    EXPECT_EQ(w.calls.back(),
+              "g2.SetPresenterGotoMenu(Exit|1:Café crème, ou thé g|2:Grüße aus München — |3:€€€€€€€€€€€€€€€€€€€€|"
+              "4:🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉🎉)");
+}
+
 TEST(SlideShow, BeginMakesTheShowTopMostAndHidesTheTaskBar) {
     ShowWorld w({slide("One"), slide("Two")});
     w.writeSettings("DEBUG", "LOGEVENTS TO FILE", "1");

@@ -39,7 +39,7 @@ TEST(WiredCommands, VoteStartAndEndReachTheDriversAndTheIntake) {
     w.glo().bases = {base("100", "KELVARIN COREHUB G2")};
     std::vector<float> keypads{1};
     std::vector<std::string> votes{"1"};
-    w.c().intake->SendVotes(keypads, votes, 0, 1);
+    w.c().intake->SendVotes(keypads, votes, 0, 0);
     EXPECT_EQ(w.c().intake->distinctVoters(), 1);
     w.calls.clear();
     w.send("STARTVOTE");
@@ -66,7 +66,7 @@ TEST(WiredCommands, KeypadsActiveSetsTheTagAndTheListTheIntakeHonours) {
     w.send("STARTVOTE");
     std::vector<float> keypads{4, 7};
     std::vector<std::string> votes{"1", "2"};
-    w.c().intake->SendVotes(keypads, votes, 0, 1);
+    w.c().intake->SendVotes(keypads, votes, 0, 0);
     w.scheduler.advance(100);
     EXPECT_EQ(sent, (std::vector<std::string>{"[7;2],"}));
 }

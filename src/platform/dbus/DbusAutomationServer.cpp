@@ -291,6 +291,9 @@ public:
                 QStringList list;
                 for (const auto& b : r.value) list << qs(b);
                 done(conn, call, r.error, {QVariant::fromValue(list)});
+            } else if (name == "Screen") {
+                const auto r = bases_.Screen(s(0), n(1));
+                done(conn, call, r.error, {qs(r.value)});
             }
         });
         return true;

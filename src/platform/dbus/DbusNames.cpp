@@ -59,6 +59,7 @@ const std::vector<Method>& simBasesMethods() {
         {"Disconnect", "s", "", {"base"}},
         {"Reconnect", "s", "", {"base"}},
         {"Bases", "", "as", {}},
+        {"Screen", "si", "s", {"base", "keypad"}},
     };
     return m;
 }

@@ -59,6 +59,12 @@ public:
     virtual SimError Reconnect(const std::string& base) = 0;
     // Each simulated base as "TYPE;PORT", e.g. "KELVARIN COREHUB G2;100100100100".
     virtual SimResult<std::vector<std::string>> Bases() = 0;
+    // What a keypad's display shows now ("|" between its lines).
+    virtual SimResult<std::string> Screen(const std::string& base, int keypad) {
+        (void)base;
+        (void)keypad;
+        return {"", "keypad screens cannot be read here"};
+    }
 };
 
 }  // namespace tlx

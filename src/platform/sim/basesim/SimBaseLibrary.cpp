@@ -31,6 +31,14 @@ int keyBitOf(int key) {
 
 constexpr int kWithdrawKey = 11;
 
+// "ddd ddd ddd ddd": a USB base's serial number as the library takes it.
+bool usbForm(const std::string& c) {
+    if (c.size() != 15) return false;
+    for (std::size_t i = 0; i < c.size(); ++i)
+        if (i % 4 == 3 ? c[i] != ' ' : !std::isdigit(static_cast<unsigned char>(c[i]))) return false;
+    return true;
+}
+
 // Whether a keypad lets these keys through for the open vote.
 bool accepts(const KelvarinVote& v, const std::string& keys, bool isText) {
     if (keys.empty()) return false;
@@ -134,12 +142,15 @@ public:
         return BaseErrorCode::Success;
     }
     int Connect(const std::string& connection) override {
+        // Only the library's own forms connect: "000 000 000 000" and "address|2020|1010".
         SimBaseStation* found = nullptr;
         if (contains(connection, "|")) {
-            const std::string address = trim(split(connection, "|")[0]);
+            const auto f = split(connection, "|");
+            if (f.size() != 3 || f[1] != "2020" || f[2] != "1010" || f[0].empty()) return BaseErrorCode::BaseNotFound;
             for (auto& s : lib_.stations_)
-                if (s->setup.connection == SimConnection::Ethernet && s->setup.address == address) found = s.get();
+                if (s->setup.connection == SimConnection::Ethernet && s->setup.address == f[0]) found = s.get();
         } else {
+            if (!usbForm(connection)) return BaseErrorCode::BaseNotFound;
             const std::string id = digitsOf(connection);
             for (auto& s : lib_.stations_)
                 if (s->setup.connection == SimConnection::Usb && digitsOf(s->setup.id) == id) found = s.get();
@@ -415,9 +426,7 @@ public:
     }
     int EndVote(const std::string& endedText) override {
         return run("EndVote", [&](SimBaseStation& s) {
-            if (s.voteOpen)
-                for (auto& k : s.setup.keypads) k.display = s.vote.VoteEndedText;
-            s.voteOpen = false;
+            lib_.closeVote(s);
             s.lastEndedText = endedText;
             return 0;
         });
@@ -461,6 +470,15 @@ public:
         return run("SetPresenterGotoMenu", [&](SimBaseStation& s) {
             if (!s.keypadByHid(hid)) return BaseErrorCode::RegistryDeviceNotFound;
             s.presenterMenu = menu;
+            return 0;
+        });
+    }
+    int SetPresenterMenu(const std::string& hid, const KelvarinPresenterMenu& menu) override {
+        return run("SetPresenterMenu", [&](SimBaseStation& s) {
+            SimKeypad* k = s.keypadByHid(hid);
+            if (!k || k->kind != DeviceKind::Presenter) return BaseErrorCode::RegistryDeviceNotFound;
+            s.presenterLabels = menu;
+            s.presenterLabelsHid = k->hid;
             return 0;
         });
     }
@@ -523,7 +541,7 @@ public:
     int EndVote(int port) override {
         SimBaseStation* s = hasOpen(port) ? station(port) : nullptr;
         if (const int rc = lib_.enter(s, "EndVote")) return rc;
-        s->voteOpen = false;
+        lib_.closeVote(*s);
         return 0;
     }
     int SetDetectMode(int mode) override {
@@ -622,7 +640,42 @@ void SimBaseLibrary::openVote(SimBaseStation& st, const KelvarinVote& vote) {
     st.setup.session.VoteAccepting = true;
     ++st.voteId;
     st.voteOpenedMs_ = nowMs();
-    for (auto& k : st.setup.keypads) k.display = vote.VoteQuestionText;
+    for (auto& k : st.setup.keypads) {
+        if (k.kind != DeviceKind::Keypad) continue;
+        show(st, k, vote.VoteQuestionText, 0);
+        show(st, k, vote.PrevoteText, vote.PrevoteTextTime);
+    }
+}
+
+void SimBaseLibrary::closeVote(SimBaseStation& st) {
+    if (!st.voteOpen) return;
+    st.voteOpen = false;
+    for (auto& k : st.setup.keypads)
+        if (k.kind == DeviceKind::Keypad) show(st, k, st.vote.VoteEndedText, st.vote.VoteEndedTextTime);
+}
+
+void SimBaseLibrary::show(SimBaseStation& st, SimKeypad& keypad, const std::string& text, int tenths) {
+    if (text.empty()) return;
+    keypad.display = text;
+    const int serial = ++keypad.screenSerial;
+    if (tenths <= 0) return;
+    SimBaseStation* s = &st;
+    const std::string hid = keypad.hid;
+    later(tenths * 100, [s, hid, serial] {
+        SimKeypad* k = s->keypadByHid(hid);
+        if (!k || k->screenSerial != serial) return;  // something newer is up
+        k->display = s->voteOpen ? s->vote.VoteQuestionText : std::string();
+        ++k->screenSerial;
+    });
+}
+
+SimOutcome SimBaseLibrary::screen(const std::string& base, int keypad, std::string& shown) {
+    SimBaseStation* st = find(base);
+    if (!st) return {false, "Unknown base " + base};
+    SimKeypad* kp = st->keypadBySid(keypad);
+    if (!kp) return {false, "Keypad " + numText(keypad) + " is not registered on base " + st->port()};
+    shown = kp->display;
+    return {};
 }
 
 std::vector<std::string> SimBaseLibrary::bases() const {
@@ -635,23 +688,48 @@ SimOutcome SimBaseLibrary::keyPress(SimBaseStation& st, int keypad, const std::s
                                    bool withdraw) {
     SimKeypad* kp = st.keypadBySid(keypad);
     if (!kp) return {false, "Keypad " + numText(keypad) + " is not registered on base " + st.port()};
-    if (!st.linkUp) return {false, "Base " + st.port() + " is disconnected"};
+    if (!st.linkUp) {
+        if (st.voteOpen)
+            show(st, *kp, st.vote.SignalLostDuringTransmitText, st.vote.SignalLostDuringTransmitTextTime);
+        return {false, "Base " + st.port() + " is disconnected"};
+    }
     if (!st.voteOpen) return {false, "No vote open on base " + st.port()};
+    // The keypad says it is sending, and once the base has the press, that it got through.
+    const bool revote = kp->votedIn == st.voteId;
+    const std::string hid = kp->hid;
+    SimBaseStation* stp = &st;
+    const int voteId = st.voteId;
+    auto sending = [&] {
+        show(st, *kp, revote ? st.vote.RevotedText : st.vote.VotedText, 0);
+        kp->votedIn = st.voteId;
+        later(eventDelayMs, [this, stp, hid, voteId] {
+            SimKeypad* k = stp->keypadByHid(hid);
+            if (k && stp->voteOpen && stp->voteId == voteId) show(*stp, *k, stp->vote.VoteText, stp->vote.VoteTextTime);
+        });
+    };
+    const double pressTime = scheduler_.now().secondsSinceMidnight();
     if (st.oldest()) {
         const int port = st.setup.serialPort;
         const int sid = kp->sid;
-        toPanels(st, eventDelayMs, [port, sid, keys](SimVPanel& p) { p.VoteReceived(port, sid, keys); });
+        sending();
+        toPanels(st, eventDelayMs,
+                 [port, sid, keys, pressTime](SimVPanel& p) { p.VoteReceived(port, sid, keys, pressTime); });
         return {};
     }
-    if (!st.setup.session.VoteAccepting) return {false, "Voting is paused on base " + st.port()};
+    auto failed = [&](const std::string& why) {
+        show(st, *kp, st.vote.VoteFailedText, st.vote.VoteFailedTextTime);
+        return SimOutcome{false, why};
+    };
+    if (!st.setup.session.VoteAccepting) return failed("Voting is paused on base " + st.port());
     std::string data = keys;
     if (withdraw) {
         if (st.vote.KeyMask != 0 && !(st.vote.KeyMask & keyBitOf(kWithdrawKey)))
-            return {false, "The open vote takes no withdrawals"};
+            return failed("The open vote takes no withdrawals");
         data = "*";
     } else if (!accepts(st.vote, keys, isText)) {
-        return {false, "Keys " + keys + " not accepted by vote type " + numText(st.vote.VoteType)};
+        return failed("Keys " + keys + " not accepted by vote type " + numText(st.vote.VoteType));
     }
+    sending();
     KelvarinVote v = st.vote;
     v.HID = kp->hid;
     v.SID = kp->sid;
@@ -661,8 +739,8 @@ SimOutcome SimBaseLibrary::keyPress(SimBaseStation& st, int keypad, const std::s
     v.PollGroupID = 1;
     v.PollSlotID = kp->sid;
     v.KeyPressTimeStamp = nowMs() - st.voteOpenedMs_;
+    v.KeyPressTime = pressTime;
     v.VoteReplyID = st.voteId;
-    kp->display = v.VoteText;
     toHandles(st, eventDelayMs, [v](SimKelvarinBase& h) { h.VoteReceived(v); });
     return {};
 }
@@ -750,6 +828,10 @@ SimOutcome SimBaseLibrary::disconnect(const std::string& base, int reconnectAfte
     if (!st) return {false, "Unknown base " + base};
     if (!st->linkUp) return {false, "Base " + base + " is already disconnected"};
     st->linkUp = false;
+    if (st->voteOpen)
+        for (auto& k : st->setup.keypads)
+            if (k.kind == DeviceKind::Keypad)
+                show(*st, k, st->vote.SignalLostDuringVoteText, st->vote.SignalLostDuringVoteTextTime);
     error(base, st->oldest() ? 1 : BaseErrorCode::BaseDisconnectedReconnecting);
     if (reconnectAfterMs >= 0) {
         const std::string port = st->port();

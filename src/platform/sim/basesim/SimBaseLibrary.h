@@ -7,8 +7,20 @@
 // arrives later through the scheduler, never inside the operation that caused it, so a test on
 // the virtual scheduler is deterministic. Crowds draw their answers from a seeded generator.
 //
-// The driving calls (press, crowd, micRequest, text, fail, disconnect, reconnect, bases) take
-// the base as the port file names it: the serial number, or the serial port of the oldest bases.
+// The driving calls (press, crowd, micRequest, text, fail, disconnect, reconnect, bases,
+// screen) take the base as the port file names it: the serial number, or the serial port of
+// the oldest bases.
+//
+// Each keypad keeps what its display shows (`screen`), as the base library shows the texts a
+// vote carries: when the vote opens, its prevote text for the prevote time and then its
+// question; on a press, the voted text (the revoted text for a keypad that has voted in this
+// vote); once the press reaches the base, the vote text for its time; keys the vote does not
+// take, the failed text; at the end, the ended text for its time and then nothing; when the
+// link to the base is lost, the signal-lost text (during the vote, or for a press on its way).
+// Times are tenths of a second; a text shown for a time gives way to the question while the
+// vote is open and to an empty screen once it is not. An empty text leaves the screen as it is.
+// Connect takes exactly the library's forms: "000 000 000 000" for a USB base,
+// "address|2020|1010" for a network base.
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -35,6 +47,8 @@ struct SimKeypad {
     std::string firmware = "2.00.01.2103.2038";
     // What the keypad's display shows now.
     std::string display;
+    int screenSerial = 0;  // bumped by every change, so a timed text knows it is still up
+    int votedIn = 0;       // the base's number of the last vote this keypad answered
 };
 
 enum class SimConnection { Usb, Ethernet, Serial };
@@ -73,6 +87,8 @@ public:
     std::string audioHid;
     std::string presenterEcho;
     std::string presenterMenu;
+    KelvarinPresenterMenu presenterLabels;  // the presenter keypad's menu labels as last sent
+    std::string presenterLabelsHid;         // "" until they were sent
     int detectMode = 0;
     // The registry limits the driver wrote into the base's configuration (-1 until written).
     int staticLowSid = -1;
@@ -156,6 +172,8 @@ public:
     // The oldest bases: a configuration report and a presenter key name.
     SimOutcome reportConfig(const std::string& port, const VPanelBaseConfig& config);
     SimOutcome presenterKey(const std::string& port, const std::string& keyName);
+    // What keypad number `keypad` of the base shows now.
+    SimOutcome screen(const std::string& base, int keypad, std::string& shown);
     // Stops crowds that have not finished.
     void stopCrowds() { ++crowdRun_; }
     // Raw entries the device lists report besides the bases (malformed ones, say).
@@ -174,6 +192,9 @@ private:
     int enter(SimBaseStation* st, const char* operation);
     SimOutcome keyPress(SimBaseStation& st, int keypad, const std::string& keys, bool isText, bool withdraw);
     void openVote(SimBaseStation& st, const KelvarinVote& vote);
+    void closeVote(SimBaseStation& st);
+    // Shows a text on a keypad, for a time (tenths of a second) when it is above 0.
+    void show(SimBaseStation& st, SimKeypad& keypad, const std::string& text, int tenths);
     long long nowMs() const;
 
     Scheduler& scheduler_;

@@ -27,6 +27,11 @@ public:
     SimError Disconnect(const std::string& base) override { return said(lib_.disconnect(base)); }
     SimError Reconnect(const std::string& base) override { return said(lib_.reconnect(base)); }
     SimResult<std::vector<std::string>> Bases() override { return {lib_.bases(), {}}; }
+    SimResult<std::string> Screen(const std::string& base, int keypad) override {
+        std::string shown;
+        const SimOutcome o = lib_.screen(base, keypad, shown);
+        return {shown, said(o)};
+    }
 
 private:
     static SimError said(const SimOutcome& o) { return o.ok ? SimError{} : (o.message.empty() ? SimError{"failed"} : o.message); }

@@ -1,0 +1,153 @@
+// Every base is known by its row in the port file: with bases of all three generations at
+// once, or with a configured base missing, each vote gets its own base's offset and limit,
+// and errors name the base that had them.
+#include <gtest/gtest.h>
+
+#include "DriverWorld.h"
+#include "core/Text.h"
+#include "drivers/Black3Driver.h"
+#include "presentation/VoteIntake.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+
+const std::string kG2 = "100100100100";
+const std::string kG1 = "100100100200";
+const std::string kAbsent = "100100100900";
+
+// A started controller with the real vote intake over simulated bases; every outgoing
+// batch is kept.
+struct MixedWorld {
+    explicit MixedWorld(const std::vector<PortEntry>& rows) : drivers(w.useSimBases()) {
+        w.addSimBase(kG2, 10, "KELVARIN COREHUB G2", 300100001);
+        w.addSimBase(kG1, 10, "KELVARIN COREHUB G1", 300200001);
+        SimBaseSpec v3;
+        v3.type = "KELVARIN BASE V3";
+        v3.connection = SimConnection::Serial;
+        v3.serialPort = 5;
+        for (int k = 1; k <= 10; ++k) {
+            SimKeypad kp;
+            kp.hid = std::to_string(500 + k);
+            kp.sid = k;
+            v3.keypads.push_back(kp);
+        }
+        w.baseLibrary.addBase(v3);
+        w.writePortFile(rows);
+        w.start();
+        w.main().FromCtrlForm.connect([this](const std::string& s) { sent += s; });
+        w.main().FromCtrlFormBaseStationError.connect(
+            [this](int base, const std::string& text) { errors.emplace_back(base, text); });
+        w.scheduler.advance(100);
+        w.glo().voteType = "SINGLEDIGIT";
+        w.glo().startFrom = 1;
+        w.glo().optionCount = 4;
+    }
+    void startVotes() {
+        if (auto* g2 = drivers.oKVv5(); g2 && g2->connectedCount()) g2->StartVote();
+        if (auto* g1 = drivers.oKVv4(); g1 && g1->connectedCount()) g1->StartVote();
+        drivers.v3()->StartVote("5");
+        w.c().intake->resetForVote();
+    }
+    void press(const std::string& base, int keypad, const std::string& keys) {
+        ASSERT_TRUE(w.baseLibrary.press(base, keypad, keys)) << base << " " << keypad;
+        w.scheduler.advance(100);
+    }
+    TestWorld w;
+    KelvarinDrivers& drivers;
+    std::string sent;
+    std::vector<std::pair<int, std::string>> errors;
+};
+
+}  // namespace
+
+TEST(BaseIdentity, G1G2AndV3TogetherEachKeepTheirOwnOffset) {
+    MixedWorld m({{kG1, "KELVARIN COREHUB G1", 1, 10, false, 0, 0},
+                  {kG2, "KELVARIN COREHUB G2", 1, 10, false, 0, 100},
+                  {"5", "KELVARIN BASE V3", 1, 10, false, 0, 200}});
+    // Both Corehub drivers hold their base in their first slot; that is not who they are.
+    ASSERT_EQ(m.drivers.oKVv5()->connectedCount(), 1);
+    ASSERT_EQ(m.drivers.oKVv4()->connectedCount(), 1);
+    EXPECT_EQ(m.drivers.oKVv5()->baseText(1), "1");
+    EXPECT_EQ(m.drivers.oKVv4()->baseText(1), "0");
+    m.startVotes();
+    m.press(kG2, 5, "1");
+    m.press(kG1, 5, "2");
+    m.press("5", 5, "3");
+    m.press(kG2, 10, "4");
+    m.press(kG1, 10, "4");
+    EXPECT_EQ(m.sent, "[105;1],[5;2],[205;3],[110;4],[10;4],");
+    EXPECT_FALSE(m.w.logged("NOT SENT"));
+}
+
+TEST(BaseIdentity, TheFirstConfiguredBaseAbsentMovesNobodyElse) {
+    MixedWorld m({{kAbsent, "KELVARIN COREHUB G1", 1, 10, false, 0, 0},
+                  {kG2, "KELVARIN COREHUB G2", 1, 10, false, 0, 100},
+                  {"5", "KELVARIN BASE V3", 1, 10, false, 0, 200}});
+    EXPECT_FALSE(m.w.dialogs.any("Unable to initialise"));  // other bases came up
+    m.startVotes();
+    m.press(kG2, 7, "2");
+    m.press("5", 7, "3");
+    EXPECT_EQ(m.sent, "[107;2],[207;3],");
+    // The base the port file does not list (the G1 driver found it on its scan) has no keypads.
+    ASSERT_EQ(m.drivers.oKVv4()->connectedCount(), 1);
+    EXPECT_EQ(m.drivers.oKVv4()->baseText(1), "-1");
+    m.drivers.oKVv4()->StartVote();
+    m.press(kG1, 3, "1");
+    EXPECT_EQ(m.sent, "[107;2],[207;3],");
+    EXPECT_TRUE(m.w.logged(" - TX - NOT SENT: [3;1],"));
+    EXPECT_TRUE(m.w.logged(" - XX - MAX KPAD NUM: 0"));
+}
+
+TEST(BaseIdentity, ErrorsAndTheirQuietTimeBelongToTheBaseNotItsSlot) {
+    MixedWorld m({{kG1, "KELVARIN COREHUB G1", 1, 10},
+                  {kG2, "KELVARIN COREHUB G2", 1, 10},
+                  {"5", "KELVARIN BASE V3", 1, 10}});
+    const auto before = m.w.tray.balloons.size();
+    m.w.baseLibrary.alternateBase(kG2);
+    m.w.baseLibrary.alternateBase(kG1);  // slot 1 of the other driver: a base of its own
+    m.w.scheduler.advance(100);
+    ASSERT_EQ(m.w.tray.balloons.size(), before + 2);
+    EXPECT_EQ(m.w.tray.balloons[before].text, "Base Station 100 100 100 100\r\nAlternate base on same channel");
+    EXPECT_EQ(m.w.tray.balloons[before + 1].text, "Base Station 100 100 100 200\r\nAlternate base on same channel");
+    ASSERT_EQ(m.errors.size(), 2u);
+    EXPECT_EQ(m.errors[0].first, 1);
+    EXPECT_EQ(m.errors[1].first, 0);
+    EXPECT_TRUE(m.drivers.oKVv5()->logged("1 - Error Event - Code:10"));
+    EXPECT_TRUE(m.drivers.oKVv4()->logged("0 - Error Event - Code:10"));
+}
+
+TEST(BaseIdentity, MembersTakeTheIdentityOrTheSerialNumberNeverTheSlot) {
+    MixedWorld m({{kG1, "KELVARIN COREHUB G1", 1, 10}, {kG2, "KELVARIN COREHUB G2", 1, 10}});
+    auto* g2 = m.drivers.oKVv5();
+    EXPECT_EQ(g2->slotOf("1"), 1);     // row 1 is the G2 base, in the G2 driver's slot 1
+    EXPECT_EQ(g2->slotOf("0"), 0);     // row 0 is the G1 base: not this driver's
+    EXPECT_EQ(g2->slotOf(kG2), 1);
+    EXPECT_EQ(g2->slotOf("100 100 100 100"), 1);
+    EXPECT_EQ(g2->slotOf("2"), 0);     // no such row, and no base has that serial number
+    EXPECT_EQ(g2->GetRegistry("1", true), 0);
+    EXPECT_TRUE(g2->logged("1 - GetRegistry = 0"));
+    EXPECT_EQ(m.drivers.oKVv4()->GetRegistry("0", true), 0);
+    // The registry read log names the bases by serial number, in the order they were read.
+    EXPECT_EQ(g2->registryReadLog(), "|" + kG2);
+    EXPECT_EQ(m.drivers.oKVv4()->registryReadLog(), "|" + kG1);
+}
+
+TEST(BaseIdentity, SerialNumbersCompareAsNumbers) {
+    EXPECT_TRUE(sameSerialNumber("100 100 100 100", "100100100100"));
+    EXPECT_TRUE(sameSerialNumber("000 000 000 123", "123"));
+    EXPECT_FALSE(sameSerialNumber("1001001001000", "100100100100"));
+    EXPECT_FALSE(sameSerialNumber("", ""));
+    EXPECT_FALSE(sameSerialNumber("000", "0"));
+    EXPECT_FALSE(sameSerialNumber("abc", "abc"));
+    GlobalState g;
+    g.bases = {{"3", "KELVARIN BASE V3"}, {"000 000 000 300", "KELVARIN COREHUB G2"}, {"3", "KELVARIN COREHUB"}};
+    EXPECT_EQ(corehubBaseIndex(g, "300"), 1);
+    EXPECT_EQ(corehubBaseIndex(g, "3"), 2);
+    EXPECT_EQ(serialPortBaseIndex(g, 3), 0);
+    EXPECT_EQ(serialPortBaseIndex(g, 4), kUnlistedBase);
+    EXPECT_EQ(baseName(g, 0), "3");
+    EXPECT_EQ(baseName(g, 1), "000 000 300");
+    EXPECT_EQ(baseName(g, 7), "7");
+}

@@ -1,0 +1,100 @@
+// What a keypad shows through a whole vote, read from the simulated base as a show reads it.
+#include <gtest/gtest.h>
+
+#include "DriverWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+const std::string kBase1 = "100100100100";
+
+struct ScreenWorld : DriverWorld {
+    ScreenWorld() : DriverWorld({kBase1}, 10, false) {
+        w.writeSettings("KELVARIN CORE HUB OPTIONS", "PREVOTE TEXT", "Get ready");
+        w.writeSettings("KELVARIN CORE HUB OPTIONS", "PREVOTE TEXT TIME", "10");  // one second
+        start();
+        singleDigit(4);
+        glo().questionTextShort = "Pick a colour";
+    }
+    std::string screen(int keypad) {
+        std::string shown;
+        const SimOutcome o = sim().screen(kBase1, keypad, shown);
+        return o ? shown : "<" + o.message + ">";
+    }
+    void after(int ms) { w.scheduler.advance(ms); }
+};
+
+const std::string kQuestion = "Pick a colour";
+const std::string kSubmitted = "Vote Submitted|||   Press 10|  to  revote";
+const std::string kFailed = "**Vote Failed**||Please try again";
+const std::string kLost = "Base Signal Lost||Attempting to|reconnect";
+}  // namespace
+
+TEST(KeypadScreen, AWholeVoteAsTheKeypadsShowIt) {
+    ScreenWorld s;
+    EXPECT_EQ(s.screen(3), "");
+    s.g2().StartVote();
+    EXPECT_EQ(s.screen(3), "Get ready");  // before the vote: the prevote text, for its time
+    s.after(999);
+    EXPECT_EQ(s.screen(3), "Get ready");
+    s.after(2);
+    EXPECT_EQ(s.screen(3), kQuestion);
+
+    ASSERT_TRUE(s.sim().press(kBase1, 3, "2"));
+    EXPECT_EQ(s.screen(3), "Sending Vote...");  // while the press is on its way
+    s.after(s.sim().eventDelayMs);
+    EXPECT_EQ(s.screen(3), kSubmitted);  // it got through: the vote text, for its time
+    EXPECT_EQ(s.screen(4), kQuestion);   // another keypad is not concerned
+    s.after(2000);
+    EXPECT_EQ(s.screen(3), kQuestion);
+
+    ASSERT_TRUE(s.sim().press(kBase1, 3, "4"));
+    EXPECT_EQ(s.screen(3), "Sending Re-vote.");  // a changed answer
+    s.after(s.sim().eventDelayMs);
+    EXPECT_EQ(s.screen(3), kSubmitted);
+    EXPECT_FALSE(s.sim().press(kBase1, 3, "7"));  // a key this vote does not take
+    EXPECT_EQ(s.screen(3), kFailed);
+    s.after(2500);  // longer than the vote text's time, which the failure replaced
+    EXPECT_EQ(s.screen(3), kFailed);
+    s.after(500);
+    EXPECT_EQ(s.screen(3), kQuestion);
+
+    ASSERT_TRUE(s.sim().disconnect(kBase1));  // the radio link goes during the vote
+    EXPECT_EQ(s.screen(3), kLost);
+    EXPECT_EQ(s.screen(9), kLost);
+    s.after(5000);
+    EXPECT_EQ(s.screen(9), kQuestion);
+    EXPECT_FALSE(s.sim().press(kBase1, 9, "1"));  // sent while the link is down
+    EXPECT_EQ(s.screen(9), kLost);
+    ASSERT_TRUE(s.sim().reconnect(kBase1));
+    s.after(5000);
+
+    s.g2().EndVote(true, false);
+    EXPECT_EQ(s.screen(3), "   Vote Ended");
+    s.after(1999);
+    EXPECT_EQ(s.screen(3), "   Vote Ended");
+    s.after(2);
+    EXPECT_EQ(s.screen(3), "");
+    EXPECT_EQ(s.screen(99), "<Keypad 99 is not registered on base 100100100100>");
+}
+
+TEST(KeypadScreen, TheVotesOwnTextsWinAndTheRequestPromptsShowWithoutAPrevote) {
+    ScreenWorld s;
+    s.glo().prevoteText = "Colours next";
+    s.glo().voteText = "Thank you";
+    s.g2().StartVote();
+    EXPECT_EQ(s.screen(1), "Colours next");
+    s.after(1000);
+    ASSERT_TRUE(s.sim().press(kBase1, 1, "1"));
+    s.after(s.sim().eventDelayMs);
+    EXPECT_EQ(s.screen(1), "Thank you");
+    s.g2().EndVote(true, false);
+
+    s.g2().StartAudioRequests("0,11");  // the prompts: no prevote, no "sending" text
+    EXPECT_EQ(s.screen(2), "  Press 0 to||  request mic");
+    ASSERT_TRUE(s.sim().micRequest(kBase1, 2, false));
+    EXPECT_EQ(s.screen(2), "  Press 0 to||  request mic");
+    s.after(s.sim().eventDelayMs);
+    EXPECT_EQ(s.screen(2), "    Request||   Submitted");
+}
