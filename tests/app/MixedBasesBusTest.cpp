@@ -1,6 +1,7 @@
 // Bases of all three generations at once, and the first configured base missing, as a display
-// program on the bus sees them: every keypad number is its own base's, base errors name the
-// base by its row in the port file, and the keypads' screens can be read through /sim/bases.
+// program on the bus sees them: every keypad number is its own base's, the abstain key arrives
+// as -2, base errors name the base by its row in the port file, and the keypads' screens can be
+// read through /sim/bases.
 #include <gtest/gtest.h>
 
 #include "app/BusTestSupport.h"
@@ -79,10 +80,10 @@ protected:
 
 }  // namespace
 
-TEST_F(MixedBasesOnTheBus, EachKeypadNumberAndEachBaseErrorIsItsOwnBases) {
+TEST_F(MixedBasesOnTheBus, EachKeypadNumberAndEachBaseErrorIsItsOwnBasesAndAbstentionsArriveAsMinusTwo) {
     BusClient display(bus, "display");
     ASSERT_EQ(display.call("init", {""}).type(), QDBusMessage::ReplyMessage);
-    for (const char* line : {"votetype=SINGLEDIGIT", "options=4", "questiontextshort=Pick one", "STARTVOTE"})
+    for (const char* line : {"votetype=SINGLEDIGIT", "options=4", "abstain=4", "questiontextshort=Pick one", "STARTVOTE"})
         ASSERT_TRUE(display.call("SendCommand", {QString::fromLatin1(line)}).arguments().value(0).toBool());
     ASSERT_TRUE(waitFor([&] {
         run(20);
@@ -97,7 +98,7 @@ TEST_F(MixedBasesOnTheBus, EachKeypadNumberAndEachBaseErrorIsItsOwnBases) {
     }
     ASSERT_TRUE(waitFor([&] {
         run(20);
-        return records(display) == "[105;1],[205;2],[305;3],[210;4],";
+        return records(display) == "[105;1],[205;2],[305;3],[210;-2],";
     })) << records(display);
     EXPECT_EQ(screen(kG2, 5), "Vote Submitted|||   Press 10|  to  revote");
     EXPECT_EQ(screen(kG2, 6), "UNUSED");  // the default prevote text, shown as it stands for 3 s
