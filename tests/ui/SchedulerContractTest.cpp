@@ -228,3 +228,17 @@ TEST(QtScheduler, LocalTimeCarriesTheZonesOffset) {
         unsetenv("TZ");
     tzset();
 }
+
+// A wait lets the loop sleep while nothing happens: the controller waits for base replies and
+// scans during a show, beside programs that need the processor.
+TEST(QtScheduler, AWaitSleepsWhileNothingHappens) {
+    tlx::test::qtApp();
+    QtScheduler s;
+    Timer idle(s, "idle", 100000, true);  // something pending, far away
+    timespec before{}, after{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &before);
+    EXPECT_FALSE(s.waitUntil([] { return false; }, 0.2));
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &after);
+    const double cpu = static_cast<double>(after.tv_sec - before.tv_sec) + (after.tv_nsec - before.tv_nsec) / 1e9;
+    EXPECT_LT(cpu, 0.02) << "a 0.2 s wait used " << cpu << " s of processor time";
+}

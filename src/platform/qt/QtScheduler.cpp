@@ -38,14 +38,20 @@ bool QtScheduler::waitUntil(const std::function<bool()>& predicate, double timeo
     QElapsedTimer t;
     t.start();
     const qint64 limit = static_cast<qint64>(timeoutSeconds * 1000.0);
+    // The loop sleeps until something happens: an event, a due entry, or this tick, which
+    // bounds each sleep so that the limit is kept. (QCoreApplication::processEvents with a
+    // time limit never sleeps: it would spin a core for the whole wait.)
+    QEventLoop loop;
+    QTimer tick;
+    tick.setSingleShot(true);
     while (!predicate()) {
         const qint64 left = limit - t.elapsed();
         if (left <= 0) return predicate();
         // Called from a handler the Qt timer has just run, nothing may have armed it again:
         // entries that fall due during the wait must still fire.
         wake();
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents,
-                                        static_cast<int>(std::min<qint64>(left, 20)));
+        tick.start(static_cast<int>(std::min<qint64>(left, 20)));
+        loop.processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     }
     return true;
 }
