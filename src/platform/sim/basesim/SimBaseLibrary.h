@@ -133,7 +133,9 @@ public:
     // Keypad number `keypad` of the base presses `keys`.
     SimOutcome press(const std::string& base, int keypad, const std::string& keys);
     // The first `keypads` keypads of the base's registry each press one of the answers ("1,2,3"
-    // or "123"), `perSecond` presses a second.
+    // or "123"), `perSecond` presses a second: keypad i (from 0) presses i * 1000 / perSecond
+    // ms (rounded) after the call. One pending step per crowd paces the presses, so a crowd
+    // of thousands costs no more to keep than a crowd of one.
     SimOutcome crowd(const std::string& base, int keypads, const std::string& answers, int perSecond);
     // The microphone key, or the withdrawal key (reported as "*").
     SimOutcome micRequest(const std::string& base, int keypad, bool withdraw);
@@ -172,7 +174,11 @@ private:
     void toPanels(SimBaseStation& st, int delayMs, std::function<void(SimVPanel&)> fn);
     // Counts the call and applies injected failures and a lost link.
     int enter(SimBaseStation* st, const char* operation);
-    SimOutcome keyPress(SimBaseStation& st, int keypad, const std::string& keys, bool isText, bool withdraw);
+    // `known` is the keypad when the caller has it at hand (checked, not trusted).
+    SimOutcome keyPress(SimBaseStation& st, int keypad, const std::string& keys, bool isText, bool withdraw,
+                        std::size_t known = static_cast<std::size_t>(-1));
+    struct CrowdRun;
+    void crowdStep(const std::shared_ptr<CrowdRun>& c);
     void openVote(SimBaseStation& st, const KelvarinVote& vote);
     long long nowMs() const;
 
