@@ -1,5 +1,6 @@
-// A crowd of a whole base's keypads: each presses at its own time, and keeping the crowd
-// going costs a step or two on the scheduler rather than an entry per keypad.
+// The simulated bases at full size. A crowd of a whole base's keypads: each presses at its own
+// time, and keeping the crowd going costs a step or two on the scheduler rather than an entry
+// per keypad. Keypads keep no copy of the usual firmware text, yet report it.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -58,4 +59,26 @@ TEST(CrowdPacing, StoppedCrowdsPressNoMore) {
     d.sim().stopCrowds();
     d.settle(5000);
     EXPECT_EQ(d.intake.records.size(), 51u);  // the press at 500 ms was already on its way
+}
+
+TEST(SimKeypads, ReportTheUsualFirmwareUnlessTheirOwnIsSet) {
+    VirtualScheduler s;
+    SimBaseLibrary lib(s);
+    SimBaseSpec spec;
+    spec.id = "100100100100";
+    for (int k = 1; k <= 2; ++k) {
+        SimKeypad kp;
+        kp.hid = std::to_string(300100000 + k);
+        kp.sid = k;
+        spec.keypads.push_back(kp);
+    }
+    spec.keypads[1].firmware = "2.01.00.0001.0002";
+    lib.addBase(spec);
+    auto base = lib.createBase(LibraryGeneration::Prioritizer2);
+    ASSERT_EQ(base->Connect("100100100100"), 0);
+    KelvarinKeypadConfig c;
+    ASSERT_EQ(base->GetKeypadConfig("300100001", c), 0);
+    EXPECT_EQ(c.FirmwareVersion, "2.00.01.2103.2038");
+    ASSERT_EQ(base->GetKeypadFromRegistry(2, c), 0);
+    EXPECT_EQ(c.FirmwareVersion, "2.01.00.0001.0002");
 }

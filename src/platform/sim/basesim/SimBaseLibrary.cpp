@@ -476,7 +476,7 @@ private:
         c.HID = k.hid;
         c.SID = k.sid;
         c.Kind = k.kind;
-        c.FirmwareVersion = k.firmware;
+        c.FirmwareVersion = k.firmware.empty() ? kSimKeypadFirmware : k.firmware;
         c.BatteryStrength = k.battery;
         c.SignalStrength = k.signal;
         return c;

@@ -26,13 +26,17 @@ class Scheduler;
 class SimKelvarinBase;
 class SimVPanel;
 
+inline constexpr const char* kSimKeypadFirmware = "2.00.01.2103.2038";
+
 struct SimKeypad {
     std::string hid;
     int sid = 0;
     int kind = DeviceKind::Keypad;
     int battery = 385;
     int signal = -45;
-    std::string firmware = "2.00.01.2103.2038";
+    // Empty for the keypads' usual firmware (kSimKeypadFirmware): a base of 4,095 keypads then
+    // keeps no copy of it per keypad.
+    std::string firmware;
     // What the keypad's display shows now.
     std::string display;
 };
