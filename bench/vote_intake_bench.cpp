@@ -11,6 +11,7 @@
 
 #include "core/Controller.h"
 #include "core/MainForm.h"
+#include "core/Text.h"
 #include "platform/headless/ConsoleAdapters.h"
 #include "platform/sim/SimDesktop.h"
 #include "platform/sim/SimPresentation.h"
@@ -25,8 +26,9 @@ constexpr int kKeypadsPerBase = 4095;
 constexpr int kAllKeypads = kBases * kKeypadsPerBase;  // 40,950
 constexpr int kTimedKeypads = 950;
 
-// A started controller on virtual time whose port data lists the ten bases, keypad offsets
-// 0, 4095, 8190, ...; every data folder in a temporary directory.
+// A started controller on virtual time whose port data lists enough bases of up to 4,095
+// keypads for `systemKeypads` (ten for 40,950), keypad offsets 0, 4095, 8190, ...; every data
+// folder in a temporary directory.
 struct Intake {
     std::filesystem::path dir = std::filesystem::temp_directory_path() / "tlx-bench-intake";
     tlx::VirtualScheduler scheduler;
@@ -37,7 +39,7 @@ struct Intake {
     tlx::ConsoleTray tray{sink};
     std::unique_ptr<tlx::Controller> c;
 
-    Intake() {
+    explicit Intake(int systemKeypads = kAllKeypads) {
         desktop.setEnvironment("APPDATA", (dir / "appdata").string());
         desktop.setEnvironment("PROGRAMDATA", (dir / "programdata").string());
         desktop.setEnvironment("TEMP", (dir / "temp").string());
@@ -45,12 +47,12 @@ struct Intake {
         tlx::Main(*c);
         scheduler.runDue();
         c->glo.bases.clear();
-        for (int b = 0; b < kBases; ++b) {
+        for (int b = 0; b * kKeypadsPerBase < systemKeypads; ++b) {
             tlx::PortEntry e;
             e.port = std::to_string(100100100100LL + 100 * b);
             e.baseType = "KELVARIN COREHUB G2";
             e.gridLo = 1;
-            e.gridHi = kKeypadsPerBase;
+            e.gridHi = std::min(kKeypadsPerBase, systemKeypads - b * kKeypadsPerBase);
             e.offset = b * kKeypadsPerBase;
             c->glo.bases.push_back(e);
         }
@@ -185,5 +187,110 @@ void BM_VoteToDisplayEvent(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(received));
 }
 BENCHMARK(BM_VoteToDisplayEvent)->ArgName("batch")->Arg(1)->Arg(10)->Arg(100)->Arg(1000);
+
+// ---- the voter and active lists as plain text, searched literally (kept only here) ----
+
+// SendVotes' checks with the voter list and the active list held as the texts they are shown
+// as ("|12|" per voter, ",3,7,12,"), each test a search of the whole text: what the intake's
+// sets stand in for.
+struct LiteralIntake {
+    std::string voters;
+    std::string active;
+    std::string buffer;
+    std::string counter;
+    long long accepted = 0;
+    long long voterCount = 0;
+
+    void SendVotes(std::vector<float>& keypads, std::vector<std::string>& votes, int offset, int highest) {
+        std::string rejected;
+        for (std::size_t i = 0; i < keypads.size(); ++i) {
+            keypads[i] += static_cast<float>(offset);
+            const std::string kp = tlx::numText(static_cast<double>(keypads[i]));
+            if (keypads[i] > static_cast<float>(highest) ||
+                (!active.empty() && active.find("," + kp + ",") == std::string::npos)) {
+                rejected += "[" + kp + ";" + votes[i] + "],";
+                continue;
+            }
+            ++accepted;
+            buffer += "[" + kp + ";" + votes[i] + "],";
+            if (voters.find("|" + kp + "|") == std::string::npos) {
+                voters += "|" + kp + "|";
+                counter = tlx::formatNumber(static_cast<double>(++voterCount), "###,##0");
+            }
+        }
+        if (buffer.size() >= 500) buffer.clear();
+        benchmark::DoNotOptimize(rejected.data());
+    }
+};
+
+// Batches of 10 votes from keypads spread over the whole system, each batch from one base:
+// (base index 0-based, local keypad numbers).
+std::vector<std::pair<int, std::vector<float>>> spreadBatches(int systemKeypads) {
+    std::vector<std::pair<int, std::vector<float>>> out;
+    for (int j = 0; j < 1000; ++j) {
+        const int first = static_cast<int>((static_cast<long long>(j) * 7919) % systemKeypads);
+        const int base = first / kKeypadsPerBase;
+        const int size = std::min(kKeypadsPerBase, systemKeypads - base * kKeypadsPerBase);
+        std::vector<float> keypads;
+        for (int i = 0; i < 10; ++i)
+            keypads.push_back(static_cast<float>((first - base * kKeypadsPerBase + i * 37) % size + 1));
+        out.emplace_back(base, std::move(keypads));
+    }
+    return out;
+}
+
+// range(0): keypads in the system, every one of them active (the active list names them all)
+// and every one a voter already; the timed votes come from keypads spread over the system,
+// 10 per SendVotes call. The cost per vote must not depend on the system's size.
+void BM_IntakeOfAWholeSystem(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    Intake in(n);
+    in.c->glo.ActiveKeypads = keypadsList(n);
+    for (int k = 1; k <= n; k += 500) {
+        in.send(k, std::min(500, n - k + 1));
+        in.flush();
+    }
+    tlx::MainForm& form = *in.c->mainForm();
+    auto work = spreadBatches(n);
+    std::vector<std::string> votes(10, "2");
+    std::size_t next = 0;
+    std::int64_t count = 0;
+    for (auto _ : state) {
+        auto& [base, keypads] = work[next];
+        in.intake().SendVotes(keypads, votes, 0.0, base + 1);
+        // SendVotes moved the keypads on by the base's offset; move them back for the next round.
+        for (float& k : keypads) k -= static_cast<float>(base * kKeypadsPerBase);
+        form.txt_data.clear();
+        count += 10;
+        if (++next == work.size()) next = 0;
+    }
+    in.flush();
+    perVote(state, count);
+    state.counters["voters"] = static_cast<double>(in.intake().distinctVoters());
+}
+BENCHMARK(BM_IntakeOfAWholeSystem)->ArgName("keypads")->Arg(100)->Arg(kAllKeypads);
+
+void BM_LiteralIntakeOfAWholeSystem(benchmark::State& state) {
+    const int n = static_cast<int>(state.range(0));
+    LiteralIntake in;
+    in.active = keypadsList(n);
+    for (int k = 1; k <= n; ++k) in.voters += "|" + std::to_string(k) + "|";
+    in.voterCount = n;
+    auto work = spreadBatches(n);
+    std::vector<std::string> votes(10, "2");
+    std::size_t next = 0;
+    std::int64_t count = 0;
+    for (auto _ : state) {
+        auto& [base, keypads] = work[next];
+        const int offset = base * kKeypadsPerBase;
+        in.SendVotes(keypads, votes, offset, offset + std::min(kKeypadsPerBase, n - offset));
+        for (float& k : keypads) k -= static_cast<float>(offset);
+        count += 10;
+        if (++next == work.size()) next = 0;
+    }
+    perVote(state, count);
+    state.counters["voters"] = static_cast<double>(in.voterCount);
+}
+BENCHMARK(BM_LiteralIntakeOfAWholeSystem)->ArgName("keypads")->Arg(100)->Arg(kAllKeypads);
 
 }  // namespace

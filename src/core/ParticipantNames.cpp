@@ -24,7 +24,15 @@ constexpr const char* kObject = "Controller";
 // are collected for the message.
 class NameTable {
 public:
-    explicit NameTable(std::vector<GlobalState::Participant>& rows) : rows_(rows) {}
+    explicit NameTable(std::vector<GlobalState::Participant>& rows) : rows_(rows) {
+        for (const auto& r : rows_) seen(r.keypad) = true;
+    }
+
+    // Empties the table and forgets every keypad seen.
+    void clear() {
+        rows_.clear();
+        seen_.assign(seen_.size(), false);
+    }
 
     // keypad, name and weighting as text; an absent or blank weighting counts 1.
     void add(const std::string& keypadText, const std::string& nameText, const std::string* weightingText) {
@@ -36,11 +44,12 @@ public:
             return;
         }
         const auto keypad = toInt16Field(k);
-        for (const auto& r : rows_)
-            if (r.keypad == keypad) {
-                duplicates_ += "\r\n - " + numText(static_cast<int>(keypad));
-                return;
-            }
+        // A lookup by number, not a walk of the table: lists run to thousands of people.
+        if (seen(keypad)) {
+            duplicates_ += "\r\n - " + numText(static_cast<int>(keypad));
+            return;
+        }
+        seen(keypad) = true;
         GlobalState::Participant p;
         p.keypad = keypad;
         p.name = cleanName(nameText);
@@ -74,7 +83,10 @@ private:
         return trim(n);
     }
 
+    std::vector<bool>::reference seen(int keypad) { return seen_[static_cast<std::size_t>(keypad + 32768)]; }
+
     std::vector<GlobalState::Participant>& rows_;
+    std::vector<bool> seen_ = std::vector<bool>(65536, false);  // by keypad number, any 16-bit value
     std::string duplicates_;
     std::string notImported_;
 };
@@ -152,7 +164,7 @@ void LoadParticipantNames(Controller& c, std::string& status) {
             status = "No active presentation";
             return;
         }
-        glo.participants.clear();
+        table.clear();
         const std::string tag = p->tags().item(kParticipantNamesTag);
         if (!tag.empty()) {
             status = "Participant names read from the presentation tag";

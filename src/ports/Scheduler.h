@@ -34,10 +34,14 @@ public:
     void fire();
 
 private:
+    friend class TimerQueue;
     Scheduler& scheduler_;
     std::string name_;
     int intervalMs_;
     bool enabled_ = false;
+    // The timer's place among its scheduler's pending entries, kept by the queue itself so
+    // that arming and disarming need no look-up.
+    std::uint32_t queueSlot_ = 0xFFFFFFFFu;
 };
 
 class Scheduler {

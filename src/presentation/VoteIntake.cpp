@@ -1,5 +1,6 @@
 #include "presentation/VoteIntake.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/Controller.h"
@@ -13,6 +14,24 @@ constexpr const char* kForm = "tallix_controller";
 
 // The keypad number as the vote record writes it.
 std::string keypadText(float keypad) { return numText(static_cast<double>(keypad)); }
+
+// The keypad as a whole number the lists keep by number, or -1 (its text is then the key).
+long long wholeKeypad(float keypad) {
+    if (!(keypad >= 0.0f) || keypad >= static_cast<float>(KeypadList::kDenseKeypads)) return -1;
+    const auto n = static_cast<long long>(keypad);
+    return static_cast<float>(n) == keypad ? n : -1;
+}
+
+// The value of a keypad text written plainly, or -1.
+long long plainKeypad(const std::string& t) {
+    if (t.empty() || t.size() > 7 || (t.size() > 1 && t[0] == '0')) return -1;
+    long long v = 0;
+    for (char c : t) {
+        if (c < '0' || c > '9') return -1;
+        v = v * 10 + (c - '0');
+    }
+    return v < KeypadList::kDenseKeypads ? v : -1;
+}
 
 // "[" + keypad + ";" + vote + "],"
 void appendRecord(std::string& to, const std::string& keypad, const std::string& vote) {
@@ -35,8 +54,29 @@ void applyAbstain(std::string& vote, int key) {
 
 VoteIntakeModule::VoteIntakeModule(Controller& controller) : c_(controller) {}
 
+bool VoteIntakeModule::isVoter(const std::string& keypad) const {
+    const long long n = plainKeypad(keypad);
+    if (n >= 0) return static_cast<std::size_t>(n) < voterBits_.size() && voterBits_[static_cast<std::size_t>(n)];
+    return otherVoters_.count(keypad) != 0;
+}
+
+bool VoteIntakeModule::addVoter(long long number, const std::string& text) {
+    if (number >= 0) {
+        const auto at = static_cast<std::size_t>(number);
+        if (at >= voterBits_.size()) voterBits_.resize(std::max(at + 1, voterBits_.size() * 2), false);
+        if (voterBits_[at]) return false;
+        voterBits_[at] = true;
+    } else if (!otherVoters_.insert(text).second) {
+        return false;
+    }
+    ++voterCount_;
+    return true;
+}
+
 void VoteIntakeModule::resetForVote() {
-    voters_.clear();
+    voterBits_.clear();
+    otherVoters_.clear();
+    voterCount_ = 0;
     acceptedTotal_ = 0;
     receivedTotal_ = 0;
     showCounters();
@@ -73,18 +113,19 @@ void VoteIntakeModule::intake(MainForm& m, std::vector<float>& keypads, std::vec
         ++receivedTotal_;
         keypads[i] = keypads[i] + static_cast<float>(range.offset);
         const std::string kp = keypadText(keypads[i]);
+        const long long number = wholeKeypad(keypads[i]);
         if (static_cast<double>(keypads[i]) > highest) {
             appendRecord(rejected, kp, votes[i]);
             continue;
         }
-        if (!active.empty() && !active.contains(kp) && !m.keypadTestActive) {
+        if (!active.empty() && !(number >= 0 ? active.contains(number) : active.contains(kp)) && !m.keypadTestActive) {
             appendRecord(rejected, kp, votes[i]);
             continue;
         }
         ++acceptedCount;
         if (m.Opt_Abstain) applyAbstain(votes[i], m.key_Abstain);
         appendRecord(buffer_, kp, votes[i]);
-        if (voters_.insert(kp).second) m.txt_VoteCounter[2] = formatNumber(static_cast<double>(voters_.size()), "###,##0");
+        if (addVoter(number, kp)) m.txt_VoteCounter[2] = formatNumber(static_cast<double>(voterCount_), "###,##0");
     }
     if (buffer_.size() > start) {
         if (c_.glo.traceToFile)
@@ -125,7 +166,7 @@ void VoteIntakeModule::showCounters() {
     if (MainForm* m = c_.mainForm()) {
         m->txt_VoteCounter[0] = formatNumber(static_cast<double>(acceptedTotal_), "###,##0");
         m->txt_VoteCounter[1] = formatNumber(static_cast<double>(receivedTotal_), "###,##0");
-        m->txt_VoteCounter[2] = formatNumber(static_cast<double>(voters_.size()), "###,##0");
+        m->txt_VoteCounter[2] = formatNumber(static_cast<double>(voterCount_), "###,##0");
         m->changed();
     }
 }

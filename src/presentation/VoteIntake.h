@@ -29,8 +29,8 @@ public:
     const std::string& buffer() const { return buffer_; }
     long long acceptedTotal() const { return acceptedTotal_; }
     long long receivedTotal() const { return receivedTotal_; }
-    long long distinctVoters() const { return static_cast<long long>(voters_.size()); }
-    bool isVoter(const std::string& keypad) const { return voters_.count(keypad) != 0; }
+    long long distinctVoters() const { return voterCount_; }
+    bool isVoter(const std::string& keypad) const;
 
     // Handing on happens at once when the buffer reaches this many characters.
     static constexpr std::size_t kBatchCharacters = 500;
@@ -40,9 +40,16 @@ private:
                 std::size_t start);
     int randomBetween(int lo, int hi);
     void showCounters();
+    // Adds the keypad (its number when whole, else -1; and its text) to the voter list; true
+    // when it was not there yet.
+    bool addVoter(long long number, const std::string& text);
     Controller& c_;
     std::string buffer_;
-    std::unordered_set<std::string> voters_;  // "|" + keypad + "|" in the voter list
+    // The voter list ("|" + keypad + "|" for each): whole keypad numbers as bits by number, so
+    // that a whole system's list stays in the nearest cache, anything else as text.
+    std::vector<bool> voterBits_;
+    std::unordered_set<std::string> otherVoters_;
+    long long voterCount_ = 0;
     long long acceptedTotal_ = 0;
     long long receivedTotal_ = 0;
     std::mt19937 random_{20261122};

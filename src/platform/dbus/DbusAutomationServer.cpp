@@ -457,29 +457,32 @@ void DbusAutomationServer::relayEvents(Client* c) {
         return QDBusMessage::createSignal(QLatin1String(bus::kTallixPath), QLatin1String(bus::kTallixInterface),
                                           QLatin1String(name));
     };
+    // Every client's object raises each event, but only one sends it: the message (a batch of
+    // votes can be long) is made by that one alone.
     tallix& t = *c->object;
     t.FromTLXCtrl.connect([this, c, signal](const std::string& sData) {
-        broadcast(c, true, signal("FromTLXCtrl") << qs(sData));
+        broadcast(c, true, [&] { return signal("FromTLXCtrl") << qs(sData); });
     });
-    t.Initialised.connect([this, c, signal] { broadcast(c, false, signal("Initialised")); });
+    t.Initialised.connect([this, c, signal] { broadcast(c, false, [&] { return signal("Initialised"); }); });
     t.FromCtrlFormBaseStationStartVoteCount.connect([this, c, signal](int baseCount) {
-        broadcast(c, true, signal("FromCtrlFormBaseStationStartVoteCount") << baseCount);
+        broadcast(c, true, [&] { return signal("FromCtrlFormBaseStationStartVoteCount") << baseCount; });
     });
     t.FromTLXCtrlBaseError.connect([this, c, signal](int index, const std::string& msg) {
-        broadcast(c, true, signal("FromTLXCtrlBaseError") << index << qs(msg));
+        broadcast(c, true, [&] { return signal("FromTLXCtrlBaseError") << index << qs(msg); });
     });
     t.FromTLXCtrlBaseFeedback.connect([this, c, signal](int index, const std::string& msg) {
-        broadcast(c, true, signal("FromTLXCtrlBaseFeedback") << index << qs(msg));
+        broadcast(c, true, [&] { return signal("FromTLXCtrlBaseFeedback") << index << qs(msg); });
     });
-    t.VKeyPressed.connect([this, c, signal] { broadcast(c, true, signal("VKeyPressed")); });
+    t.VKeyPressed.connect([this, c, signal] { broadcast(c, true, [&] { return signal("VKeyPressed"); }); });
 }
 
-void DbusAutomationServer::broadcast(const Client* from, bool needsSubscription, const QDBusMessage& signal) {
+void DbusAutomationServer::broadcast(const Client* from, bool needsSubscription,
+                                     const std::function<QDBusMessage()>& makeSignal) {
     if (!serving_) return;
     for (const auto& c : clients_) {
         if (!c->object) continue;
         if (needsSubscription && !c->object->subscribed()) continue;
-        if (c.get() == from) conn_.send(signal);
+        if (c.get() == from) conn_.send(makeSignal());
         return;
     }
 }

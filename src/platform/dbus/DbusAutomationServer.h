@@ -5,6 +5,7 @@
 // simulation serving, its control objects are published beside the class.
 #include <QDBusConnection>
 #include <QString>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -57,7 +58,7 @@ private:
     void relayEvents(Client* client);
     // Sends the signal when `from` speaks for all clients: the first whose object exists
     // (and, for the main form's events, has subscribed to them), so each event goes out once.
-    void broadcast(const Client* from, bool needsSubscription, const QDBusMessage& signal);
+    void broadcast(const Client* from, bool needsSubscription, const std::function<QDBusMessage()>& makeSignal);
     // Takes the objects off the bus and lets go of the clients' objects.
     void unpublish();
     bool registerSimulation();

@@ -1,5 +1,7 @@
 #include "platform/sim/VirtualScheduler.h"
 
+#include <limits>
+
 namespace tlx {
 
 VirtualScheduler::VirtualScheduler(DateTime start) : startMillis_(start.toMillis()) {}
@@ -9,58 +11,23 @@ DateTime VirtualScheduler::now() const { return DateTime::fromMillis(startMillis
 void VirtualScheduler::setWallClock(DateTime t) { startMillis_ = t.toMillis() - nowMs_; }
 
 std::uint64_t VirtualScheduler::post(int delayMs, std::function<void()> fn) {
-    const std::uint64_t id = ++seq_;
-    Key k{nowMs_ + (delayMs < 0 ? 0 : delayMs), id};
-    Entry e;
-    e.fn = std::move(fn);
-    e.postId = id;
-    queue_.emplace(k, std::move(e));
-    posts_[id] = k;
-    return id;
+    return queue_.post(nowMs_ + (delayMs < 0 ? 0 : delayMs), std::move(fn));
 }
 
-void VirtualScheduler::cancel(std::uint64_t id) {
-    auto it = posts_.find(id);
-    if (it == posts_.end()) return;
-    queue_.erase(it->second);
-    posts_.erase(it);
-}
+void VirtualScheduler::cancel(std::uint64_t id) { queue_.cancel(id); }
 
-void VirtualScheduler::arm(Timer* timer, int delayMs) {
-    disarm(timer);
-    Key k{nowMs_ + delayMs, ++seq_};
-    Entry e;
-    e.timer = timer;
-    queue_.emplace(k, std::move(e));
-    timers_[timer] = k;
-}
+void VirtualScheduler::arm(Timer* timer, int delayMs) { queue_.arm(*timer, nowMs_ + delayMs); }
 
-void VirtualScheduler::disarm(Timer* timer) {
-    auto it = timers_.find(timer);
-    if (it == timers_.end()) return;
-    queue_.erase(it->second);
-    timers_.erase(it);
-}
+void VirtualScheduler::disarm(Timer* timer) { queue_.disarm(*timer); }
 
-std::int64_t VirtualScheduler::nextDue() const {
-    return queue_.empty() ? -1 : queue_.begin()->first.due;
-}
+std::int64_t VirtualScheduler::nextDue() const { return queue_.empty() ? -1 : queue_.nextDue(); }
 
 bool VirtualScheduler::fireNext(std::int64_t limit) {
-    if (queue_.empty()) return false;
-    auto it = queue_.begin();
-    if (it->first.due > limit) return false;
-    const Key k = it->first;
-    Entry e = std::move(it->second);
-    queue_.erase(it);
-    if (k.due > nowMs_) nowMs_ = k.due;
-    if (e.timer) {
-        timers_.erase(e.timer);
-        e.timer->fire();
-    } else {
-        posts_.erase(e.postId);
-        if (e.fn) e.fn();
-    }
+    // Everything falls due in its turn, including what the handlers arm on the way.
+    TimerQueue::Due due;
+    if (!queue_.takeDue(limit, std::numeric_limits<std::uint64_t>::max(), due)) return false;
+    if (due.due > nowMs_) nowMs_ = due.due;
+    due.run();
     return true;
 }
 

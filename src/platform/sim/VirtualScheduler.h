@@ -2,10 +2,9 @@
 // Virtual time for tests and simulations: nothing happens until time is advanced, and
 // timers and posted callbacks then fire in due order (ties in the order they were armed).
 #include <cstdint>
-#include <map>
-#include <unordered_map>
 
 #include "ports/Scheduler.h"
+#include "ports/TimerQueue.h"
 
 namespace tlx {
 
@@ -30,28 +29,16 @@ public:
     void setWallClock(DateTime t);
     std::int64_t elapsedMs() const { return nowMs_; }
     bool idle() const { return queue_.empty(); }
+    std::size_t pending() const { return queue_.size(); }
     // Time of the next due entry, or -1.
     std::int64_t nextDue() const;
 
 private:
-    struct Key {
-        std::int64_t due;
-        std::uint64_t seq;
-        bool operator<(const Key& o) const { return due != o.due ? due < o.due : seq < o.seq; }
-    };
-    struct Entry {
-        Timer* timer = nullptr;
-        std::function<void()> fn;
-        std::uint64_t postId = 0;
-    };
     bool fireNext(std::int64_t limit);
 
     std::int64_t startMillis_;
     std::int64_t nowMs_ = 0;
-    std::uint64_t seq_ = 0;
-    std::map<Key, Entry> queue_;
-    std::unordered_map<Timer*, Key> timers_;
-    std::unordered_map<std::uint64_t, Key> posts_;
+    TimerQueue queue_;  // due times in milliseconds of virtual time
 };
 
 }  // namespace tlx

@@ -453,7 +453,7 @@ public:
         return run("ShowWinningKeypad", [&](SimBaseStation& s) {
             SimKeypad* k = s.keypadByHid(hid);
             if (!k) return BaseErrorCode::RegistryDeviceNotFound;
-            k->display = m.LoadMessage + "|" + m.MainMessage;
+            k->showNow(m.LoadMessage + "|" + m.MainMessage);
             return 0;
         });
     }
@@ -461,7 +461,7 @@ public:
         return run("SetPresenterEchoMessage", [&](SimBaseStation& s) {
             SimKeypad* k = s.keypadByHid(hid);
             if (!k) return BaseErrorCode::RegistryDeviceNotFound;
-            k->display = text;
+            k->showNow(text);
             s.presenterEcho = text;
             return 0;
         });
@@ -494,7 +494,7 @@ private:
         c.HID = k.hid;
         c.SID = k.sid;
         c.Kind = k.kind;
-        c.FirmwareVersion = k.firmware;
+        c.FirmwareVersion = k.firmware.empty() ? kSimKeypadFirmware : k.firmware;
         c.BatteryStrength = k.battery;
         c.SignalStrength = k.signal;
         return c;
@@ -640,6 +640,7 @@ void SimBaseLibrary::openVote(SimBaseStation& st, const KelvarinVote& vote) {
     st.setup.session.VoteAccepting = true;
     ++st.voteId;
     st.voteOpenedMs_ = nowMs();
+    st.voteClosedMs_ = -1;
     for (auto& k : st.setup.keypads) {
         if (k.kind != DeviceKind::Keypad) continue;
         show(st, k, vote.VoteQuestionText, 0);
@@ -650,23 +651,16 @@ void SimBaseLibrary::openVote(SimBaseStation& st, const KelvarinVote& vote) {
 void SimBaseLibrary::closeVote(SimBaseStation& st) {
     if (!st.voteOpen) return;
     st.voteOpen = false;
+    st.voteClosedMs_ = nowMs();
     for (auto& k : st.setup.keypads)
         if (k.kind == DeviceKind::Keypad) show(st, k, st.vote.VoteEndedText, st.vote.VoteEndedTextTime);
 }
 
 void SimBaseLibrary::show(SimBaseStation& st, SimKeypad& keypad, const std::string& text, int tenths) {
+    (void)st;
     if (text.empty()) return;
     keypad.display = text;
-    const int serial = ++keypad.screenSerial;
-    if (tenths <= 0) return;
-    SimBaseStation* s = &st;
-    const std::string hid = keypad.hid;
-    later(tenths * 100, [s, hid, serial] {
-        SimKeypad* k = s->keypadByHid(hid);
-        if (!k || k->screenSerial != serial) return;  // something newer is up
-        k->display = s->voteOpen ? s->vote.VoteQuestionText : std::string();
-        ++k->screenSerial;
-    });
+    keypad.displayUntilMs = tenths > 0 ? nowMs() + tenths * 100LL : -1;
 }
 
 SimOutcome SimBaseLibrary::screen(const std::string& base, int keypad, std::string& shown) {
@@ -675,6 +669,12 @@ SimOutcome SimBaseLibrary::screen(const std::string& base, int keypad, std::stri
     SimKeypad* kp = st->keypadBySid(keypad);
     if (!kp) return {false, "Keypad " + numText(keypad) + " is not registered on base " + st->port()};
     shown = kp->display;
+    const long long until = kp->displayUntilMs;
+    if (until >= 0 && nowMs() >= until) {
+        // Was the vote open when the timed text ran out?
+        const bool open = st->voteOpenedMs_ <= until && (st->voteOpen || st->voteClosedMs_ > until);
+        shown = open ? st->vote.VoteQuestionText : std::string();
+    }
     return {};
 }
 
@@ -685,8 +685,10 @@ std::vector<std::string> SimBaseLibrary::bases() const {
 }
 
 SimOutcome SimBaseLibrary::keyPress(SimBaseStation& st, int keypad, const std::string& keys, bool isText,
-                                   bool withdraw) {
-    SimKeypad* kp = st.keypadBySid(keypad);
+                                   bool withdraw, std::size_t known) {
+    auto& all = st.setup.keypads;
+    // A crowd knows where its keypads stood; the registry may have changed since.
+    SimKeypad* kp = known < all.size() && all[known].sid == keypad ? &all[known] : st.keypadBySid(keypad);
     if (!kp) return {false, "Keypad " + numText(keypad) + " is not registered on base " + st.port()};
     if (!st.linkUp) {
         if (st.voteOpen)
@@ -763,32 +765,65 @@ SimOutcome SimBaseLibrary::micRequest(const std::string& base, int keypad, bool 
     return keyPress(*st, keypad, "0", false, withdraw);
 }
 
+// A crowd under way: its keypads in press order, the answer each will give, and how far it
+// has come.
+struct SimBaseLibrary::CrowdRun {
+    SimBaseStation* station = nullptr;
+    std::vector<int> sids;
+    std::vector<std::size_t> places;  // each keypad's place in the registry when the crowd began
+    std::vector<std::string> choices;
+    std::vector<std::size_t> picks;   // the choice of each keypad
+    double intervalMs = 0;
+    double startSeconds = 0;
+    std::size_t next = 0;
+    int run = 0;
+    // Milliseconds after the start at which keypad i presses.
+    double dueMs(std::size_t i) const { return static_cast<double>(std::lround(static_cast<double>(i) * intervalMs)); }
+};
+
 SimOutcome SimBaseLibrary::crowd(const std::string& base, int keypads, const std::string& answers, int perSecond) {
     SimBaseStation* st = find(base);
     if (!st) return {false, "Unknown base " + base};
-    std::vector<std::string> choices;
+    auto c = std::make_shared<CrowdRun>();
     const std::string a = trim(answers);
     if (contains(a, ",")) {
-        for (const auto& c : split(a, ","))
-            if (!trim(c).empty()) choices.push_back(trim(c));
+        for (const auto& ch : split(a, ","))
+            if (!trim(ch).empty()) c->choices.push_back(trim(ch));
     } else {
-        for (char c : a)
-            if (c != ' ') choices.emplace_back(1, c);
+        for (char ch : a)
+            if (ch != ' ') c->choices.emplace_back(1, ch);
     }
-    if (choices.empty()) return {false, "No answers given"};
-    std::vector<int> sids;
-    for (const auto& k : st->setup.keypads)
-        if (k.kind == DeviceKind::Keypad && static_cast<int>(sids.size()) < keypads) sids.push_back(k.sid);
-    const double interval = perSecond > 0 ? 1000.0 / perSecond : 0.0;
-    const int run = crowdRun_;
-    for (std::size_t i = 0; i < sids.size(); ++i) {
-        const std::string answer = choices[rng_() % choices.size()];
-        const int sid = sids[i];
-        later(static_cast<int>(std::lround(static_cast<double>(i) * interval)), [this, st, sid, answer, run] {
-            if (run == crowdRun_) keyPress(*st, sid, answer, false, false);
-        });
+    if (c->choices.empty()) return {false, "No answers given"};
+    const auto& all = st->setup.keypads;
+    for (std::size_t i = 0; i < all.size() && static_cast<int>(c->sids.size()) < keypads; ++i)
+        if (all[i].kind == DeviceKind::Keypad) {
+            c->sids.push_back(all[i].sid);
+            c->places.push_back(i);
+        }
+    // The answers are drawn now, in keypad order, so a seed gives the same crowd whatever the timing.
+    for (std::size_t i = 0; i < c->sids.size(); ++i) c->picks.push_back(rng_() % c->choices.size());
+    c->station = st;
+    c->intervalMs = perSecond > 0 ? 1000.0 / perSecond : 0.0;
+    c->startSeconds = scheduler_.monotonicSeconds();
+    c->run = crowdRun_;
+    const auto count = c->sids.size();
+    if (count > 0) later(0, [this, c] { crowdStep(c); });
+    return {true, numText(static_cast<long long>(count)) + " keypads"};
+}
+
+void SimBaseLibrary::crowdStep(const std::shared_ptr<CrowdRun>& c) {
+    if (c->run != crowdRun_) return;
+    // Every keypad whose time has come presses now; a late step catches up at once. The
+    // clock's seconds are a floating-point number: a microsecond either way is no difference.
+    constexpr double kSlackMs = 1e-3;
+    const double elapsedMs = (scheduler_.monotonicSeconds() - c->startSeconds) * 1000.0;
+    while (c->next < c->sids.size() && c->dueMs(c->next) <= elapsedMs + kSlackMs) {
+        const std::size_t i = c->next++;
+        keyPress(*c->station, c->sids[i], c->choices[c->picks[i]], false, false, c->places[i]);
     }
-    return {true, numText(static_cast<long long>(sids.size())) + " keypads"};
+    if (c->next >= c->sids.size()) return;
+    const double wait = std::ceil(c->dueMs(c->next) - elapsedMs - kSlackMs);
+    later(static_cast<int>(std::max(0.0, wait)), [this, c] { crowdStep(c); });
 }
 
 SimOutcome SimBaseLibrary::fail(const std::string& base, const std::string& operation, int code, int times) {

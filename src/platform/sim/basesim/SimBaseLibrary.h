@@ -38,16 +38,27 @@ class Scheduler;
 class SimKelvarinBase;
 class SimVPanel;
 
+inline constexpr const char* kSimKeypadFirmware = "2.00.01.2103.2038";
+
 struct SimKeypad {
     std::string hid;
     int sid = 0;
     int kind = DeviceKind::Keypad;
     int battery = 385;
     int signal = -45;
-    std::string firmware = "2.00.01.2103.2038";
-    // What the keypad's display shows now.
+    // Empty for the keypads' usual firmware (kSimKeypadFirmware): a base of 4,095 keypads then
+    // keeps no copy of it per keypad.
+    std::string firmware;
+    // What the keypad's display shows, and until when (ms; -1: until something else is shown).
+    // A timed text gives way to the question while the vote is open and to nothing once it is
+    // not. The change is worked out when the screen is read, so a crowd's presses leave no
+    // scheduler entry per keypad behind.
     std::string display;
-    int screenSerial = 0;  // bumped by every change, so a timed text knows it is still up
+    long long displayUntilMs = -1;
+    void showNow(const std::string& text) {
+        display = text;
+        displayUntilMs = -1;
+    }
     int votedIn = 0;       // the base's number of the last vote this keypad answered
 };
 
@@ -122,6 +133,7 @@ private:
     bool surveyPrepared_ = false;
     int surveyRun_ = 0;
     long long voteOpenedMs_ = 0;
+    long long voteClosedMs_ = -1;  // -1 while a vote is open or none has closed
 };
 
 class SimBaseLibrary : public BaseLibrary {
@@ -149,7 +161,9 @@ public:
     // Keypad number `keypad` of the base presses `keys`.
     SimOutcome press(const std::string& base, int keypad, const std::string& keys);
     // The first `keypads` keypads of the base's registry each press one of the answers ("1,2,3"
-    // or "123"), `perSecond` presses a second.
+    // or "123"), `perSecond` presses a second: keypad i (from 0) presses i * 1000 / perSecond
+    // ms (rounded) after the call. One pending step per crowd paces the presses, so a crowd
+    // of thousands costs no more to keep than a crowd of one.
     SimOutcome crowd(const std::string& base, int keypads, const std::string& answers, int perSecond);
     // The microphone key, or the withdrawal key (reported as "*").
     SimOutcome micRequest(const std::string& base, int keypad, bool withdraw);
@@ -190,7 +204,11 @@ private:
     void toPanels(SimBaseStation& st, int delayMs, std::function<void(SimVPanel&)> fn);
     // Counts the call and applies injected failures and a lost link.
     int enter(SimBaseStation* st, const char* operation);
-    SimOutcome keyPress(SimBaseStation& st, int keypad, const std::string& keys, bool isText, bool withdraw);
+    // `known` is the keypad when the caller has it at hand (checked, not trusted).
+    SimOutcome keyPress(SimBaseStation& st, int keypad, const std::string& keys, bool isText, bool withdraw,
+                        std::size_t known = static_cast<std::size_t>(-1));
+    struct CrowdRun;
+    void crowdStep(const std::shared_ptr<CrowdRun>& c);
     void openVote(SimBaseStation& st, const KelvarinVote& vote);
     void closeVote(SimBaseStation& st);
     // Shows a text on a keypad, for a time (tenths of a second) when it is above 0.

@@ -58,8 +58,11 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
         const int signal = static_cast<int>(toLong(get(sec, "signal", "-45")));
 
         const std::string registry = get(sec, "registry");
+        // A base holds up to 4,095 keypads: each is made once, in place.
         if (!registry.empty()) {
-            for (const auto& item : split(registry, "|")) {
+            const auto items = split(registry, "|");
+            setup.keypads.reserve(items.size() + 2);
+            for (const auto& item : items) {
                 const auto f = split(item, ";");
                 if (f.size() != 2 || !isNumeric(f[1])) continue;
                 SimKeypad k;
@@ -67,18 +70,18 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
                 k.sid = static_cast<int>(toLong(f[1]));
                 k.battery = battery;
                 k.signal = signal;
-                setup.keypads.push_back(k);
+                setup.keypads.push_back(std::move(k));
             }
         } else {
             const auto sids = parseKeypadList(get(sec, "keypads", "1-20"));
             long long hid = toLong(get(sec, "hidstart", numText(300100001LL + (n - 1) * 10000)));
+            setup.keypads.reserve(sids.size() + 2);
             for (int sid : sids) {
-                SimKeypad k;
-                k.hid = numText(hid++);
+                SimKeypad& k = setup.keypads.emplace_back();
+                k.hid = std::to_string(hid++);
                 k.sid = sid;
                 k.battery = battery;
                 k.signal = signal;
-                setup.keypads.push_back(k);
             }
         }
         for (const auto& [key, kind] : {std::pair{"presenter", DeviceKind::Presenter},
@@ -88,7 +91,7 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
             SimKeypad k;
             k.hid = hid;
             k.kind = kind;
-            setup.keypads.push_back(k);
+            setup.keypads.push_back(std::move(k));
         }
         library.addBase(std::move(setup));
         ++added;

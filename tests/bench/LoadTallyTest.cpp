@@ -1,0 +1,93 @@
+// The load driver's judgement: when each key was pressed, what a client heard, and whether
+// every vote reached it exactly once. A driver that miscounted would pass a broken controller.
+#include <gtest/gtest.h>
+
+#include "load/LoadTally.h"
+
+using namespace tlx::load;
+
+namespace {
+
+constexpr std::int64_t kMs = 1000000;
+
+BurstPlan plan(int bases, int keypads, int perSecond) {
+    BurstPlan p;
+    p.bases = bases;
+    p.keypads = keypads;
+    p.perSecond = perSecond;
+    for (int b = 0; b < bases; ++b) p.originNs.push_back((b + 1) * 1000 * kMs);
+    return p;
+}
+
+}  // namespace
+
+TEST(LoadPlan, PressTimesFollowEachBasesKeypadsInRegistryOrder) {
+    const BurstPlan p = plan(2, 4095, 4095);
+    EXPECT_EQ(p.total(), 8190);
+    EXPECT_EQ(p.pressNs(1), 1000 * kMs);
+    EXPECT_EQ(p.pressNs(2), 1000 * kMs);  // 0.24 ms rounds to the same millisecond
+    EXPECT_EQ(p.pressNs(4), 1001 * kMs);  // 0.73 ms
+    EXPECT_EQ(p.pressNs(4095), 2000 * kMs);
+    EXPECT_EQ(p.pressNs(4096), 2000 * kMs);  // the second base's first keypad, at its own origin
+    EXPECT_EQ(p.pressNs(8190), 3000 * kMs);
+    EXPECT_EQ(p.pressNs(0), -1);
+    EXPECT_EQ(p.pressNs(8191), -1);
+    const BurstPlan slow = plan(1, 1000, 1000);
+    EXPECT_EQ(slow.pressNs(1000), (1000 + 999) * kMs);
+}
+
+TEST(LoadRecords, EventsSplitIntoRecordsAndRepliesAreSkipped) {
+    const ParsedEvent e = parseVoteEvent("[12;3],[7;1],\r\n[45;-2],\r\nVOTES=1\r\n[3;1;2],");
+    ASSERT_EQ(e.records.size(), 4u);
+    EXPECT_EQ(e.records[0], (std::pair<int, std::string>{12, "3"}));
+    EXPECT_EQ(e.records[2], (std::pair<int, std::string>{45, "-2"}));
+    EXPECT_EQ(e.records[3], (std::pair<int, std::string>{3, "1;2"}));
+    EXPECT_EQ(e.malformed, 0);
+    EXPECT_TRUE(parseVoteEvent("").records.empty());
+    // Broken batches are counted, and none of their records is taken as heard.
+    for (const char* bad : {"[12;3],[7", "[1;2]", "[x;1],", "[1;2],junk", "[5],", "[;3],"}) {
+        const ParsedEvent b = parseVoteEvent(bad);
+        EXPECT_EQ(b.malformed, 1) << bad;
+        EXPECT_TRUE(b.records.empty()) << bad;
+    }
+}
+
+TEST(LoadTally, MissingRepeatedStrangeAndWrongVotesAreEachCounted) {
+    const BurstPlan p = plan(1, 5, 1000);  // keypad k pressed at 1000 + (k-1) ms
+    const std::vector<Receipt> heard = {
+        {1, "1", 1030 * kMs}, {2, "4", 1041 * kMs}, {2, "4", 1500 * kMs},
+        {4, "7", 1063 * kMs}, {9, "1", 1070 * kMs},
+    };
+    const ClientTally t = tally(p, heard, "1234");
+    EXPECT_EQ(t.delivered, 3);
+    EXPECT_EQ(t.missing, 2);
+    EXPECT_EQ(t.duplicates, 1);
+    EXPECT_EQ(t.unknown, 1);
+    EXPECT_EQ(t.badVotes, 1);
+    EXPECT_FALSE(t.exactlyOnce());
+    // Latency from each keypad's first receipt: the repeat does not count.
+    EXPECT_EQ(t.latencyMs, (std::vector<double>{30.0, 40.0, 60.0}));
+    // Four events heard (the stranger's is not the burst's): each one's youngest vote.
+    EXPECT_EQ(t.youngestMs, (std::vector<double>{30.0, 40.0, 60.0, 499.0}));
+
+    std::vector<Receipt> all;
+    for (int k = 1; k <= 5; ++k) all.push_back({k, "2", 1050 * kMs});  // one batch
+    const ClientTally once = tally(p, all, "1234");
+    EXPECT_TRUE(once.exactlyOnce());
+    EXPECT_EQ(once.youngestMs, (std::vector<double>{46.0}));
+}
+
+TEST(LoadTally, PercentilesAreNearestRankAndMediansAverageTheMiddle) {
+    std::vector<double> v;
+    for (int i = 100; i >= 1; --i) v.push_back(i);
+    const LatencySummary s = summarise(v);
+    EXPECT_EQ(s.p50, 50);
+    EXPECT_EQ(s.p99, 99);
+    EXPECT_EQ(s.max, 100);
+    EXPECT_EQ(percentile({7}, 99), 7);
+    EXPECT_EQ(percentile({}, 50), 0);
+    EXPECT_EQ(percentile({1, 2, 3}, 0), 1);
+    EXPECT_EQ(median({5, 1, 3}), 3);
+    EXPECT_EQ(median({4, 1, 3, 2}), 2.5);
+    EXPECT_EQ(summarise({}).max, 0);
+}

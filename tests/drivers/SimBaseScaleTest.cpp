@@ -1,0 +1,84 @@
+// The simulated bases at full size. A crowd of a whole base's keypads: each presses at its own
+// time, and keeping the crowd going costs a step or two on the scheduler rather than an entry
+// per keypad. Keypads keep no copy of the usual firmware text, yet report it.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "drivers/DriverWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+const char* kBase = "100100100100";
+
+// Presses a crowd of `count` at `perSecond` has made `ms` after it began.
+int pressedBy(int count, int perSecond, int ms) {
+    int n = 0;
+    for (int i = 0; i < count; ++i)
+        if (std::lround(i * 1000.0 / perSecond) <= ms) ++n;
+    return n;
+}
+}  // namespace
+
+TEST(CrowdPacing, AFullBaseVotesOnTimeWithFewEntriesPending) {
+    DriverWorld d({kBase}, 4095);
+    d.singleDigit(4);
+    d.g2().StartVote();
+    d.settle(100);
+    const std::size_t before = d.w.scheduler.pending();
+    ASSERT_TRUE(d.sim().crowd(kBase, 4095, "1234", 4095));
+    EXPECT_LE(d.w.scheduler.pending(), before + 1);
+    // The base reports each press 10 ms after it; step through the second and count.
+    const auto began = d.w.scheduler.elapsedMs();
+    std::size_t peak = 0;
+    for (int t = 1; t <= 1020; ++t) {
+        d.w.scheduler.advance(1);
+        peak = std::max(peak, d.w.scheduler.pending());
+        const int since = static_cast<int>(d.w.scheduler.elapsedMs() - began);
+        if (t % 97 == 0 || t == 1020) {
+            ASSERT_EQ(static_cast<int>(d.intake.records.size()), pressedBy(4095, 4095, since - 10)) << "at " << since;
+        }
+    }
+    d.settle(100);
+    EXPECT_EQ(d.intake.records.size(), 4095u);
+    // The pending presses' reports (10 ms worth, about 41) and one step: never the whole crowd.
+    EXPECT_LT(peak, before + 100);
+}
+
+TEST(CrowdPacing, StoppedCrowdsPressNoMore) {
+    DriverWorld d({kBase}, 200);
+    d.singleDigit(4);
+    d.g2().StartVote();
+    d.settle(100);
+    ASSERT_TRUE(d.sim().crowd(kBase, 200, "1,2", 100));
+    d.settle(505);  // presses at 0, 10, ... 500 ms have been made; those up to 490 ms reported
+    const auto pressed = d.intake.records.size();
+    EXPECT_EQ(pressed, 50u);
+    d.sim().stopCrowds();
+    d.settle(5000);
+    EXPECT_EQ(d.intake.records.size(), 51u);  // the press at 500 ms was already on its way
+}
+
+TEST(SimKeypads, ReportTheUsualFirmwareUnlessTheirOwnIsSet) {
+    VirtualScheduler s;
+    SimBaseLibrary lib(s);
+    SimBaseSpec base;
+    base.id = "100100100100";
+    for (int k = 1; k <= 2; ++k) {
+        SimKeypad kp;
+        kp.hid = std::to_string(300100000 + k);
+        kp.sid = k;
+        base.keypads.push_back(kp);
+    }
+    base.keypads[1].firmware = "2.01.00.0001.0002";
+    lib.addBase(base);
+    auto handle = lib.createBase(LibraryGeneration::Prioritizer2);
+    ASSERT_EQ(handle->Connect("100 100 100 100"), 0);
+    KelvarinKeypadConfig c;
+    ASSERT_EQ(handle->GetKeypadConfig("300100001", c), 0);
+    EXPECT_EQ(c.FirmwareVersion, "2.00.01.2103.2038");
+    ASSERT_EQ(handle->GetKeypadFromRegistry(2, c), 0);
+    EXPECT_EQ(c.FirmwareVersion, "2.01.00.0001.0002");
+}
