@@ -24,6 +24,7 @@
 #include "platform/dbus/DbusSignalTap.h"
 #include "platform/qt/QtScheduler.h"
 #include "presentation/display/DisplayRun.h"
+#include "tlx/Version.h"
 
 namespace {
 
@@ -133,6 +134,7 @@ int main(int argc, char** argv) {
         ->check(CLI::Range(1, 1000));
     cli.add_option("--seconds", opt.seconds, "end the vote after this many seconds (default: when told)")
         ->check(CLI::Range(0.001, 86400.0));
+    cli.set_version_flag("--version", std::string("tlx-display ") + tlx::version::kText);
     cli.add_flag("--plain", plain, "one line per update instead of a chart (the default when not on a terminal)");
     cli.add_option("--refresh", opt.refreshSeconds, "seconds between redraws at most (default 0.25)")
         ->check(CLI::Range(0.05, 10.0));

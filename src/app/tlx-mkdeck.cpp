@@ -11,6 +11,7 @@
 
 #include "core/Text.h"
 #include "platform/files/pptx/DeckBuilder.h"
+#include "tlx/Version.h"
 
 namespace {
 
@@ -49,6 +50,7 @@ void show(const std::string& file) {
 
 int main(int argc, char** argv) {
     CLI::App app{"Writes example .pptx decks from a description, or prints a deck's outline."};
+    app.set_version_flag("--version", std::string("tlx-mkdeck ") + tlx::version::kText);
     std::string description;
     std::string output;
     std::string showFile;

@@ -16,6 +16,7 @@
 #include "core/Text.h"
 #include "platform/dbus/DbusNames.h"
 #include "platform/dbus/DbusSignalTap.h"
+#include "tlx/Version.h"
 
 namespace {
 
@@ -277,6 +278,10 @@ int run(int argc, char** argv) {
         const std::string& w = words[i];
         if (w == "-h" || w == "--help") {
             std::cout << kUsage;
+            return 0;
+        }
+        if (w == "--version") {
+            std::cout << "tlxctl " << version::kText << "\n";
             return 0;
         }
         if (w == "--bus" || w == "--reply-timeout") {

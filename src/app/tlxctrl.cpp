@@ -3,9 +3,11 @@
 #include <iostream>
 
 #include "app/common/ControllerApp.h"
+#include "tlx/Version.h"
 
 int main(int argc, char** argv) {
     CLI::App cli{"tallix controller"};
+    cli.set_version_flag("--version", std::string("tlxctrl ") + tlx::version::kText);
     tlx::ControllerOptions o;
     std::string answer = "no";
     bool noppt = false;
