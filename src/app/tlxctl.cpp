@@ -32,6 +32,7 @@ const char* kUsage =
     "service file is installed.\n"
     "\n"
     "usage: tlxctl [--bus ADDRESS] [--reply-timeout SECONDS] COMMAND ...\n"
+    "       tlxctl --help | --version\n"
     "\n"
     "  call METHOD [ARG...]       call a method of the class and print its result\n"
     "  send LINE...               SendCommand for each line in turn\n"
