@@ -66,12 +66,11 @@ TEST(TextVoteView, IdleWindowShowsItsControlsAndForwardsStart) {
     EXPECT_EQ(v.view->windowTitle().toStdString(), "Text Vote Collection");
     auto* start = v.child<QPushButton>("cmdStartStopVote");
     auto* session = v.child<QLineEdit>("txtSessionName");
-    auto* status = v.child<QLabel>("lblStatus");
     auto* alerts = v.child<QTreeWidget>("lvwKeypadAlerts");
-    ASSERT_TRUE(start && session && status && alerts);
+    ASSERT_TRUE(start && session && alerts);
     EXPECT_EQ(start->text().toStdString(), "Start Vote");
     EXPECT_EQ(session->text().toStdString(), "2026-11-22 Text Votes");
-    EXPECT_EQ(status->text().toStdString(), "Idle");
+    EXPECT_EQ(v.child<QLabel>("lblStatus")->text().toStdString(), "Idle");
     EXPECT_EQ(alerts->headerItem()->text(9).toStdString(), "RID");
     EXPECT_FALSE(alerts->isColumnHidden(3));
     EXPECT_TRUE(alerts->isColumnHidden(4));
@@ -127,8 +126,6 @@ TEST(TextVoteView, VotingWindowListsTextsAndAlertsAndForwardsTheListActions) {
               "[09:00:00] - The microphone is too quiet at the back\r\n[09:00:00] - *Great* session\r\n");
     v.view->refresh();
     EXPECT_TRUE(list->item(0)->text().startsWith("*"));
-    v.child<QPushButton>("cmdResetVoteList")->click();
-    EXPECT_FALSE(startsWith(v.form->lstTextVotes[0], "*"));
 
     // The presenter's choice of alert rows goes to the model with Delete Keypad.
     alerts->topLevelItem(0)->setSelected(true);
@@ -142,9 +139,7 @@ TEST(TextVoteView, OptionsMenuSessionNameAndDebugPanel) {
     QMenu* menu = v.view->alertListOptions();
     ASSERT_NE(menu, nullptr);
     EXPECT_TRUE(menu->isVisible());
-    QAction* everyone = nullptr;
-    for (auto* a : menu->actions())
-        if (a->objectName() == "mnuShowAllKpadInfoAsVotesArrive") everyone = a;
+    auto* everyone = menu->findChild<QAction*>("mnuShowAllKpadInfoAsVotesArrive");
     ASSERT_NE(everyone, nullptr);
     everyone->trigger();
     EXPECT_TRUE(v.form->mnuShowAllKpadInfoAsVotesArrive);
