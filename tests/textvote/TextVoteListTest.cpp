@@ -6,7 +6,7 @@ using namespace tlx::test;
 
 using Lines = std::vector<std::string>;
 
-TEST(TextVoteCopy, CopyAllNewTwiceAfterResetAndWithATextStartingWithStar) {
+TEST(TextVoteCopy, CopyAllNewTwiceResetAndATextStartingWithStarIsStillNewAsOnlyTheEntrysHeadIsMarked) {
     TextVoteWorld t;
     auto& f = t.startVote();
     auto clipboard = [&] { return t.w.desktop.clipboardText(); };
