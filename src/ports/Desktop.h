@@ -1,5 +1,6 @@
 #pragma once
-// The desktop around the controller: environment, folders, processes, windows and keys.
+// The desktop around the controller: environment, folders, processes, windows, keys and the
+// clipboard.
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -44,6 +45,11 @@ public:
     virtual void clipCursor(bool clip) = 0;
     // Enables or disables every top-level window of a program (by process name).
     virtual void enableProcessWindows(const std::string& process, bool enabled) = 0;
+
+    // The clipboard's text: setting it replaces whatever the clipboard held; "" when it holds
+    // no text.
+    virtual void setClipboardText(const std::string& text) = 0;
+    virtual std::string clipboardText() const = 0;
 };
 
 // True when a process of that name runs (compared without regard to case).

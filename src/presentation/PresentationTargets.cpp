@@ -8,6 +8,7 @@
 #include "presentation/PresentationWatcher.h"
 #include "presentation/VoteIntake.h"
 #include "presentation/VoteRun.h"
+#include "textvote/TextVoteCollection.h"
 
 namespace tlx {
 
@@ -50,6 +51,8 @@ bool PresentationTargets::showAudio() {
     showAudioWindow(c_);
     return true;
 }
+
+void PresentationTargets::showTextVote() { showTextVoteWindow(c_); }
 
 void PresentationTargets::ctrlKeyPressed(const std::string& key) { c_.hotKeys->CtrlKeyPressed(key); }
 void PresentationTargets::altKeyPressed(const std::string& key) { c_.hotKeys->AltKeyPressed(key); }

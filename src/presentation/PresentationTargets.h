@@ -19,6 +19,7 @@ public:
     void readActiveKeypads() override;
     void setActiveKeypads(const std::string& list) override;
     bool showAudio() override;
+    void showTextVote() override;
     void ctrlKeyPressed(const std::string& key) override;
     void altKeyPressed(const std::string& key) override;
     void setHook() override;

@@ -7,6 +7,8 @@
 #include <QLocale>
 #include <QProcess>
 #include <iostream>
+#include <map>
+#include <memory>
 
 #include "core/Controller.h"
 #include "core/FrmInit.h"
@@ -17,6 +19,7 @@
 #include "platform/dbus/DbusAutomationServer.h"
 #include "platform/files/FileSpreadsheet.h"
 #include "platform/headless/ConsoleAdapters.h"
+#include "platform/qt/QtDesktop.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScheduler.h"
 #include "platform/sim/SimDesktop.h"
@@ -27,6 +30,7 @@
 #include "platform/sim/basesim/SimBasesAdapter.h"
 #include "platform/sim/basesim/SimBaseLibrary.h"
 #include "presentation/Tallix.h"
+#include "textvote/TextVoteCollection.h"
 #include "ui/Views.h"
 
 namespace tlx {
@@ -56,6 +60,35 @@ int configureBases(Controller& controller, const std::vector<std::string>& entri
     return 0;
 }
 
+namespace {
+
+// Headless, the text-vote window shows in the output: its status, each new text, and each
+// alert row as it changes.
+void printTextVotes(frmTextVoteCollection& t, std::ostream& out) {
+    struct Seen {
+        std::string status;
+        std::size_t entries = 0;
+        std::map<std::string, std::string> rows;
+    };
+    auto seen = std::make_shared<Seen>();
+    const std::string tag = std::string("[") + frmTextVoteCollection::kName + "] ";
+    t.changed.connect([&t, &out, seen, tag] {
+        if (t.lstTextVotes.size() < seen->entries) seen->entries = t.lstTextVotes.size();
+        for (; seen->entries < t.lstTextVotes.size(); ++seen->entries)
+            out << tag << t.lstTextVotes[seen->entries] << std::endl;
+        if (t.lblStatus != seen->status) out << tag << t.lblStatus << std::endl;
+        seen->status = t.lblStatus;
+        for (const auto& r : t.lvwKeypadAlerts) {
+            std::string line = "alert " + r.key + " " + r.text + " " + r.icon;
+            for (std::size_t i = 0; i < 3 && i < r.subItems.size(); ++i) line += " | " + r.subItems[i].text;
+            if (seen->rows[r.key] != line) out << tag << line << std::endl;
+            seen->rows[r.key] = line;
+        }
+    });
+}
+
+}  // namespace
+
 int runController(int argc, char** argv, const ControllerOptions& options, std::ostream& out) {
     std::unique_ptr<QCoreApplication> qapp;
     if (options.headless)
@@ -67,7 +100,7 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     if (!dec.isEmpty()) setSystemDecimalSeparator(dec.at(0).toLatin1());
 
     QtScheduler scheduler;
-    SimDesktop desktop;
+    QtDesktop desktop;
     desktop.onEndProcess = [](int code) { QCoreApplication::exit(code); };
     SimKeyboard keyboard;
     // Synthetic key strokes (the presenter keypad's) pass the hook and reach the show, as typed ones do.
@@ -164,6 +197,7 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
                     *last = i->openingBar;
                 });
             }
+            if (auto* t = dynamic_cast<frmTextVoteCollection*>(&f)) printTextVotes(*t, out);
         });
     } else {
         views = std::make_unique<ViewManager>(controller);
@@ -218,6 +252,11 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         script->folder = sim.script.parent_path();
         script->command = [&](const std::string& line) { return display->SendCommand(line); };
         script->report = [&out](const std::string& t) { out << "[script] " << t << std::endl; };
+        // The operator's clicks on the windows that take them.
+        script->click = [&](const std::string& window, const std::string& control) -> std::string {
+            if (auto* t = controller.forms.get<frmTextVoteCollection>(window)) return t->click(control);
+            return "no window " + window + " is open";
+        };
         // What an Await step can wait for: the vote open on every connected simulated base, or
         // closed on all of them; every display program the quick vote started has ended.
         script->condition = [&](const std::string& what) -> std::optional<bool> {

@@ -47,7 +47,12 @@ SimDesktop::SimDesktop() {
 
 std::string SimDesktop::environment(const std::string& name) const {
     if (auto it = env_.find(name); it != env_.end()) return it->second;
-    const std::string real = getenvOr(name.c_str());
+    // The program's names are Windows ones, where "Temp" and "TEMP" are one variable: an
+    // exact match first, then the name in any case.
+    for (const auto& [key, value] : env_)
+        if (upper(key) == upper(name)) return value;
+    std::string real = getenvOr(name.c_str());
+    if (real.empty()) real = getenvOr(upper(name).c_str());
     if (!real.empty()) return real;
     const std::string home = getenvOr("HOME", "/tmp");
     if (name == "APPDATA") return getenvOr("XDG_CONFIG_HOME", home + "/.config");

@@ -35,6 +35,9 @@ public:
     void sendKeys(const std::string& keys) override;
     void clipCursor(bool clip) override { cursorClipped_ = clip; }
     void enableProcessWindows(const std::string& process, bool enabled) override;
+    // The simulated clipboard keeps the text.
+    void setClipboardText(const std::string& text) override { clipboard_ = text; }
+    std::string clipboardText() const override { return clipboard_; }
     bool processWindowsEnabled(const std::string& process) const;
 
     // Simulation controls.
@@ -78,6 +81,7 @@ private:
     std::vector<int> keysSent_;
     bool ended_ = false;
     int exitCode_ = 0;
+    std::string clipboard_;
 };
 
 }  // namespace tlx

@@ -144,6 +144,10 @@ std::string SimScript::run(const ScriptStep& s) {
         if (!command) return "no display program connection";
         return command(s.rest) ? std::string() : "the controller refused the command";
     }
+    if (v == "click") {
+        if (!click) return "no windows to click";
+        return need(2) ? click(arg(0), arg(1)) : "Click needs a window and a control";
+    }
     if (v == "open" || v == "begin" || v == "next" || v == "previous" || v == "goto" || v == "end" || v == "close" ||
         v == "key" || v == "keydown" || v == "keyup") {
         if (!show_) return "no simulated presentation program";

@@ -11,7 +11,9 @@
 //   3.6        Await          VoteClosed 30
 //
 // Steps: Open, Begin, Next, Previous, GoTo, End, Close, Key, KeyDown, KeyUp, Press, Crowd,
-// MicRequest, Text, Fail, Disconnect, Reconnect, Command, Note, Await.
+// MicRequest, Text, Fail, Disconnect, Reconnect, Command, Click, Note, Await.
+// "Click WINDOW CONTROL" presses a control of an open window by its program name
+// ("Click frmTextVoteCollection cmdStartStopVote"), as the operator would.
 //
 // Steps run in the order of their times (the order of the file for equal times). "Await
 // CONDITION [SECONDS]" waits until the condition holds, at most SECONDS (default 30), and
@@ -49,6 +51,8 @@ public:
     std::filesystem::path folder;
     // A display program's command line (the script plays the display program).
     std::function<bool(const std::string&)> command;
+    // Presses a window's control (the script plays the operator); the failure text, "" when done.
+    std::function<std::string(const std::string& window, const std::string& control)> click;
     // What the script reports: each step as it runs, and failures.
     std::function<void(const std::string&)> report;
     // Whether a condition of an Await step holds now; nullopt for a condition it does not know.

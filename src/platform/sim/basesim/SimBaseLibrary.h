@@ -232,6 +232,8 @@ private:
 //            keypads=1-40  connection=usb|ethernet|serial  address=10.0.0.5  port=3
 //            hidstart=300100001  presenter=300199901  scanner=300199902  channel=69  session=1
 //            registry=300100001;1|300100002;2 (instead of keypads and hidstart)
+//            battery=385  signal=-45 (every keypad's readings; hundredths of a volt, dB)
+//            batteries=12:355,14:362  signals=12:-80 (keypads whose readings differ)
 // Returns how many bases were added.
 int loadSimBases(SimBaseLibrary& library, const std::string& file);
 

@@ -84,6 +84,14 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
                 k.signal = signal;
             }
         }
+        // Keypads whose readings differ from the base's: "KEYPAD:READING" items, "," between.
+        for (const auto& [key, battery] : {std::pair{"batteries", true}, std::pair{"signals", false}})
+            for (const auto& item : split(get(sec, key), ",")) {
+                const auto [k, r] = splitOnce(item, ":");
+                if (!isNumeric(k) || !isNumeric(r)) continue;
+                for (auto& kp : setup.keypads)
+                    if (kp.sid == toLong(k)) (battery ? kp.battery : kp.signal) = static_cast<int>(toLong(r));
+            }
         for (const auto& [key, kind] : {std::pair{"presenter", DeviceKind::Presenter},
                                         std::pair{"scanner", DeviceKind::Scanner}}) {
             const std::string hid = get(sec, key);

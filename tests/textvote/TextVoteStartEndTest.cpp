@@ -1,0 +1,115 @@
+// Starting and ending a text vote on both driver generations, the lock, the commands that
+// open the window, and closing it.
+#include <gtest/gtest.h>
+
+#include "TextVoteWorld.h"
+#include "core/MainForm.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+const std::string kThanks = "Text Submitted|| Thanks for|     voting";
+}
+
+TEST(TextVoteStartEnd, StartSetsTheTextVoteOpensItOnBothGenerationsAndLocks) {
+    TextVoteWorld t(true);
+    t.w.glo().voteName = "Colours";
+    t.w.glo().kelvarinDisplay = 1;  // letters from an earlier vote must not reach the texts
+    auto& f = t.startVote();
+    const GlobalState& g = t.w.glo();
+    EXPECT_EQ(g.voteType, "12");
+    EXPECT_EQ(g.kelvarinDisplay, 0);
+    EXPECT_EQ(g.kvpOptions, 7);
+    EXPECT_EQ(g.voteName, "");
+    EXPECT_FALSE(g.Voting);  // the slide-driven run's flag: moving the show on must not end it
+    for (const auto& base : {kG1Base, kG2Base}) {
+        const SimBaseStation& st = *t.w.baseLibrary.find(base);
+        EXPECT_TRUE(st.voteOpen && st.vote.VoteType == 12 && !st.vote.DisplayLetters) << base;
+        EXPECT_EQ(st.vote.VoteText, kThanks);
+        EXPECT_EQ(st.vote.VoteEndedText, "Texting finished");
+    }
+    EXPECT_EQ(f.cmdStartStopVote.tag, "VOTING");
+    EXPECT_EQ(f.cmdStartStopVote.caption, "End Vote");
+    EXPECT_EQ(f.lblStatus, "Voting");
+    EXPECT_FALSE(f.txtSessionNameEnabled);
+    EXPECT_EQ(f.cmdStartStopVoteLock.tag, "LOCKED");
+    EXPECT_EQ(f.cmdStartStopVoteLock.caption, "\xC3\x8F");  // U+00CF
+    // Texts from either generation reach the window; the keypads thank their senders.
+    t.text(kG1Base, 2, "older");
+    t.text(kG2Base, 4, "newer");
+    EXPECT_EQ(f.lstTextVotes, (std::vector<std::string>{"[09:00:00] - older", "[09:00:00] - newer"}));
+    EXPECT_EQ(t.screen(kG2Base, 4), kThanks);
+}
+
+TEST(TextVoteStartEnd, TheLockKeepsClicksOffThenEndEndsBothGenerations) {
+    TextVoteWorld t(true);
+    auto& f = t.startVote();
+    f.cmdStartStopVote_Click();  // a stray click while locked
+    EXPECT_TRUE(f.voting());
+    EXPECT_EQ(f.click("cmdStartStopVote"), "cmdStartStopVote is locked");
+    f.cmdStartStopVoteLock_Click();
+    EXPECT_EQ(f.cmdStartStopVoteLock.tag, "UNLOCKED");
+    EXPECT_EQ(f.cmdStartStopVoteLock.caption, "\xC3\x90");  // U+00D0
+    f.cmdStartStopVote_Click();
+    t.w.scheduler.advance(100);
+    for (const auto& base : {kG1Base, kG2Base}) {
+        EXPECT_FALSE(t.w.baseLibrary.find(base)->voteOpen) << base;
+        EXPECT_EQ(t.w.baseLibrary.find(base)->lastEndedText, "") << base;  // ended as a vote that ran
+    }
+    EXPECT_EQ(t.w.glo().voteType, "");  // ended with clearSettings
+    EXPECT_EQ(f.cmdStartStopVote.tag, "IDLE");
+    EXPECT_EQ(f.cmdStartStopVote.caption, "Start Vote");
+    EXPECT_EQ(f.lblStatus, "Idle");
+    EXPECT_TRUE(f.txtSessionNameEnabled);
+    EXPECT_EQ(t.screen(kG2Base, 1), "Texting finished");
+}
+
+TEST(TextVoteStartEnd, TextvoteTextvotesAndTvOpenOneIdleWindowNamedForToday) {
+    TextVoteWorld t;
+    MainForm& main = t.w.main();
+    main.AddDataToCommandQueue("textvote");
+    main.RunCommandQueueNow();
+    auto* f = t.w.c().forms.get<frmTextVoteCollection>(frmTextVoteCollection::kName);
+    ASSERT_NE(f, nullptr);
+    EXPECT_EQ(f->Caption(), "Text Vote Collection");
+    EXPECT_EQ(f->cmdStartStopVote.tag, "IDLE");
+    EXPECT_EQ(f->cmdStartStopVoteLock.tag, "UNLOCKED");
+    EXPECT_EQ(f->sessionLogPath(), t.w.temp() / "2026-11-22 Text Votes.kvtxt");
+    f->lstTextVotes.push_back("kept");
+    for (const char* command : {"TEXTVOTES", "TV"}) {
+        f->Hide();
+        main.AddDataToCommandQueue(command);
+        main.RunCommandQueueNow();
+        EXPECT_EQ(t.w.c().forms.get<frmTextVoteCollection>(frmTextVoteCollection::kName), f) << command;
+        EXPECT_TRUE(f->Visible()) << command;
+    }
+    EXPECT_EQ(f->lstTextVotes.size(), 1u);
+}
+
+TEST(TextVoteStartEnd, ClosingWhileVotingEndsTheVoteAndLetsGoOfTheDrivers) {
+    TextVoteWorld t(true);
+    const std::size_t handlers = t.drivers.oKVv5()->VoteReceivedObject.size();
+    auto& f = t.startVote();
+    f.Close();
+    EXPECT_FALSE(t.w.c().forms.isLoaded(frmTextVoteCollection::kName));
+    EXPECT_FALSE(t.w.baseLibrary.find(kG1Base)->voteOpen);
+    EXPECT_FALSE(t.w.baseLibrary.find(kG2Base)->voteOpen);
+    EXPECT_EQ(t.drivers.oKVv5()->VoteReceivedObject.size(), handlers);
+    EXPECT_EQ(t.drivers.oKVv4()->VoteReceivedObject.size(), handlers);
+    t.w.scheduler.advance(100);  // the window is gone: a late event reaches nothing
+    t.raise(1, "late");
+    EXPECT_EQ(t.errLog(), "");
+}
+
+TEST(TextVoteStartEnd, WithoutBasesStartAndEndOnlyChangeTheWindow) {
+    TestWorld w;
+    w.start();
+    auto& f = showTextVoteWindow(w.c());
+    f.cmdStartStopVote_Click();
+    EXPECT_TRUE(f.voting());
+    f.cmdStartStopVoteLock_Click();
+    f.cmdStartStopVote_Click();
+    EXPECT_FALSE(f.voting());
+    EXPECT_EQ(readFile(w.appData() / "tallix" / "Err.log"), "");
+}
