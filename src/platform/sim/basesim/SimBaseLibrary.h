@@ -49,6 +49,8 @@ struct SimKeypad {
     std::string display;
     int screenSerial = 0;  // bumped by every change, so a timed text knows it is still up
     int votedIn = 0;       // the base's number of the last vote this keypad answered
+    // The device is in the room and answers: a registry entry without a device stays silent.
+    bool present = true;
 };
 
 enum class SimConnection { Usb, Ethernet, Serial };
@@ -61,7 +63,14 @@ struct SimBaseSpec {
     std::string address;  // network bases
     int serialPort = 0;   // the oldest bases
     std::vector<SimKeypad> keypads;  // the registry, in its order
+    // Devices in the room that no registry lists yet: added to the registry, they answer.
+    std::vector<SimKeypad> spares;
     KelvarinSessionConfig session;
+    // Radio noise: the share of test packets (percent) lost on every channel, and on single
+    // channels (by channel index). Survey replies and channel-scan qualities follow it.
+    int noise = 20;
+    std::map<int, int> channelNoise;
+    int noiseOn(int channel) const;
 };
 
 // Outcome of a driving call; the message says why a call did nothing.
@@ -142,6 +151,10 @@ public:
     void setSeed(unsigned seed) { rng_.seed(seed); }
     int eventDelayMs = 10;
     int scanReplyDelayMs = 250;
+    // A keypad survey: each channel takes the change-over plus one packet time per test vote
+    // and keypad.
+    int surveyChannelMs = 250;
+    int surveyPacketMs = 20;
 
     // Driving.
     // Each base's "TYPE;PORT", e.g. "KELVARIN COREHUB G2;100100100100".
@@ -214,6 +227,10 @@ private:
 //            keypads=1-40  connection=usb|ethernet|serial  address=10.0.0.5  port=3
 //            hidstart=300100001  presenter=300199901  scanner=300199902  channel=69  session=1
 //            registry=300100001;1|300100002;2 (instead of keypads and hidstart)
+//            keypadfirmware=2.00.01.2103.2038  firmware.300100003=2.00.01.1901.1200 (any device)
+//            spares=300100050-300100053  (in the room, not registered: they answer once added)
+//            absent=300100004  (registered, but not in the room: never answers)
+//            noise=20  channelnoise=24:0,1-10:60  (percent of test packets lost)
 // Returns how many bases were added.
 int loadSimBases(SimBaseLibrary& library, const std::string& file);
 
