@@ -392,6 +392,8 @@ public:
             for (int channel : channels) {
                 at += perChannel;
                 for (const auto& hid : s.surveyHids_) {
+                    // A keypad that is not in the room sends nothing.
+                    if (const SimKeypad* k = s.keypadByHid(hid); k && !k->present) continue;
                     KelvarinSurveyReply r;
                     r.HID = hid;
                     r.ChannelIndex = channel;
