@@ -21,6 +21,7 @@
 #include "core/MainForm.h"
 #include "core/SmallForms.h"
 #include "core/Text.h"
+#include "ui/SetupViews.h"
 
 namespace tlx {
 
@@ -298,6 +299,8 @@ void ViewManager::onLoaded(Form& form) {
         view = std::make_unique<DebugLinesView>(*h, h->lines);
     else if (auto* p = dynamic_cast<DebugProcessListForm*>(&form))
         view = std::make_unique<DebugLinesView>(*p, p->lines);
+    else
+        view = makeSetupView(form);
     if (!view) return;
     QWidget* w = view.get();
     views_[&form] = std::move(view);
