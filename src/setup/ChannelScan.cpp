@@ -419,6 +419,14 @@ void frmKelvarinCorehubChannelScan::tmrCalculateScanStartTime_Timer() {
     });
 }
 
+void frmKelvarinCorehubChannelScan::lblPrompt_Click() {
+    trap(c_.errors, kName, "lblPrompt_Click", [&] {
+        if (state_ != ScanState::WaitingForStart) return;
+        tmrCalculateScanStartTime.setEnabled(false);
+        beginScan();
+    });
+}
+
 void frmKelvarinCorehubChannelScan::beginScan() {
     auto* g1 = driver();
     const int rc = g1 ? g1->BeginKeypadSurveyScan(baseHID) : BaseErrorCode::BaseNotFound;

@@ -97,6 +97,8 @@ public:
 
     // Buttons.
     void cmdScan_Click();
+    // The prompt: a click starts the scan without waiting for the rest of the delay.
+    void lblPrompt_Click();
     void cmdCancel_Click();
     void cmdStartAgain_Click();
     void cmdDeleteResult_Click();

@@ -19,9 +19,8 @@ class Controller;
 class kpdriver_KELVARIN_Prioritizer_g2;
 
 // The firmware each kind of device should run; a device reporting a lower version is flagged.
-// The four versions are taken in the order base, keypad, presenter, scanner: the base's is the
-// oldest build (its radio firmware changes least), the keypad's is the first of the 2021
-// builds, and the presenter and scanner builds follow it.
+// The four versions are assigned in the order they have always been listed: base, keypad,
+// presenter, scanner. The base's is the one older build, which fits the base firmware family.
 namespace latestFirmware {
 inline constexpr const char* kBase = "2.00.01.1801.1545";
 inline constexpr const char* kKeypad = "2.00.01.2103.2038";

@@ -113,7 +113,9 @@ ChannelScanView::ChannelScanView(frmKelvarinCorehubChannelScan& model) : model_(
     QFont bold = status_->font();
     bold.setBold(true);
     status_->setFont(bold);
-    prompt_ = new QLabel;
+    prompt_ = button("");
+    prompt_->setFlat(true);
+    prompt_->setStyleSheet("text-align: left; color: #1a5fb4; text-decoration: underline;");
     response_ = new QLabel;
     left->addWidget(estimate_);
     left->addWidget(status_);
@@ -235,6 +237,7 @@ ChannelScanView::ChannelScanView(frmKelvarinCorehubChannelScan& model) : model_(
         model_.selectedKeypad = rows.isEmpty() ? -1 : rows.first().row();
     });
     connect(scan_, &QPushButton::clicked, this, [this] { model_.cmdScan_Click(); });
+    connect(prompt_, &QPushButton::clicked, this, [this] { model_.lblPrompt_Click(); });
     connect(cancel_, &QPushButton::clicked, this, [this] { model_.cmdCancel_Click(); });
     connect(startAgain_, &QPushButton::clicked, this, [this] { model_.cmdStartAgain_Click(); });
     connect(options_, &QPushButton::clicked, this, [this] { model_.mnuOptions_Click(); });
@@ -313,6 +316,7 @@ void ChannelScanView::refresh() {
     estimate_->setText(q(m.lblEstimatedTime));
     status_->setText(q(m.lblStatus));
     prompt_->setText(q(m.lblPrompt));
+    prompt_->setVisible(!m.lblPrompt.empty());
     response_->setText(q(m.lblKeypadResponse));
     for (QWidget* w : std::initializer_list<QWidget*>{addKeypad_, add_, remove_, scan_, startAgain_, options_})
         w->setEnabled(idle);

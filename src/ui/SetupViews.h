@@ -49,7 +49,7 @@ private:
     QTableWidget* keypads_;
     QLabel* estimate_;
     QLabel* status_;
-    QLabel* prompt_;
+    QPushButton* prompt_;
     QLabel* response_;
     QPushButton* scan_;
     QPushButton* cancel_;

@@ -380,11 +380,16 @@ TEST(ChannelScanRun, FailuresOfTheBaseAreShownAndTheWindowGoesOn) {
 
     s.w.baseLibrary.fail("100100100500", "BeginKeypadSurveyScan", 23);
     scan.cmdScan_Click();
-    s.w.scheduler.advanceSeconds(10.1);
+    s.w.scheduler.advanceSeconds(2);
+    EXPECT_EQ(scan.lblPrompt, "Click to Start Scan in 8");
+    scan.lblPrompt_Click();  // the operator does not wait for the rest of the delay
     EXPECT_EQ(s.lastTitle(), "BeginKeypadSurveyScan");
     EXPECT_EQ(s.lastText(), "Error 23: Requested action error - base busy (Addon Message)");
+    EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 1);
     EXPECT_FALSE(scan.locked());
     EXPECT_TRUE(scan.results().empty());
+    s.w.scheduler.advanceSeconds(10);
+    EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 1) << "the countdown ended with the click";
 
     // And then a scan that works.
     s.runScan(scan);
