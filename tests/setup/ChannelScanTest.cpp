@@ -69,6 +69,7 @@ TEST(ChannelScanResults, AllZeroScoresNameDashOneAndTwo) {
     EXPECT_EQ(bestThreeChannels(ChannelScores{}), (std::array<int, 3>{0, 1, 2}));
     EXPECT_EQ(channelIndexText(0), "-");
     EXPECT_EQ(channelIndexText(12), "12");
+    EXPECT_EQ(hoursMinutesSeconds(3 * 3600 + 59), "3h 0m 59s");  // scans of many channels run for hours
 }
 
 TEST(ChannelScanResults, TheExchangeSortSwapsOnlyOnAStrictlyHigherScore) {
@@ -78,13 +79,6 @@ TEST(ChannelScanResults, TheExchangeSortSwapsOnlyOnAStrictlyHigherScore) {
     // place, and channel 1 lands behind its equal, channel 2.
     EXPECT_EQ(bestThreeChannels(scores({{1, 4}, {2, 4}, {3, 9}})), (std::array<int, 3>{3, 2, 1}));
     EXPECT_EQ(bestThreeChannels(scores({{77, 1}, {76, 3}, {5, 2}})), (std::array<int, 3>{76, 5, 77}));
-}
-
-TEST(ChannelScanResults, TimesAndChannelNumbers) {
-    EXPECT_EQ(hoursMinutesSeconds(0), "0h 0m 0s");
-    EXPECT_EQ(hoursMinutesSeconds(3 * 3600 + 59), "3h 0m 59s");
-    EXPECT_EQ(channelNumber(0), 2400);
-    EXPECT_EQ(channelNumber(77), 2477);
 }
 
 TEST(ChannelScanKeypads, RegistryChecksAndTheSeventhKeypad) {
