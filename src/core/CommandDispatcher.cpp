@@ -210,6 +210,10 @@ bool CommandDispatcher::wholeLine(MainForm& form, const std::string& u) {
         targets().showWindowHandles();
     } else if (u == "SHOWPROCESSLIST" || u == "SPL") {
         targets().showProcessList();
+    } else if (u == "CHANNELSCAN") {
+        targets().showChannelScan();
+    } else if (u == "SYSTEMPREP") {
+        targets().showSystemPrep();
     } else if (u == "STARTVOTE") {
         startVote(form);
     } else if (u == "SWITCHTODEBUGVIEW") {

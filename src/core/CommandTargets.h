@@ -56,6 +56,9 @@ public:
     virtual void showBubbleMessageLog() = 0;
     virtual void showWindowHandles() = 0;
     virtual void showProcessList() = 0;
+    // The set-up tools, opened by the debug commands CHANNELSCAN and SYSTEMPREP.
+    virtual void showChannelScan() = 0;
+    virtual void showSystemPrep() = 0;
 
     // The keyboard-voting switch changed the first base type: apply the configuration again.
     virtual void reReadConfiguration() = 0;
@@ -87,6 +90,8 @@ public:
     void showBubbleMessageLog() override;
     void showWindowHandles() override {}
     void showProcessList() override {}
+    void showChannelScan() override {}
+    void showSystemPrep() override {}
     void reReadConfiguration() override;
 
 protected:

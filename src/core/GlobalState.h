@@ -2,6 +2,7 @@
 // `glo`: the one global state record of a controller. Each field is written only by the
 // module that owns its feature; everyone may read it.
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -41,6 +42,26 @@ struct PopUpSettings {
     bool close = false;
     int closePercent = 100;
     bool scrollingDisplay = false;
+};
+
+// One completed channel scan: the score of each channel index (0 stands for no channel) and
+// how many survey replies went into it.
+struct ChannelScanResult {
+    std::array<double, 78> scores{};
+    long long replies = 0;
+};
+
+// The channel-scan window's options as last left (0 until then; restored only when within
+// their ranges), and the scans kept while the controller runs.
+struct ChannelScanMemory {
+    int startChannel = 0;
+    int endChannel = 0;
+    int channelStep = 0;
+    int votesPerChannel = 0;
+    int startDelay = 0;
+    int scanMode = 0;  // 0 a channel range, 1 a list of channels
+    std::string channelList;
+    std::vector<ChannelScanResult> results;
 };
 
 struct GlobalState {
@@ -138,6 +159,9 @@ struct GlobalState {
     bool registryVersionOverride = false;  // read registries whatever the base version
     bool winningKeypadShown = false;
     bool waitingForBase = false;           // cleared by the oldest base's code 20
+
+    // Set-up tools.
+    ChannelScanMemory channelScan;
 };
 
 }  // namespace tlx

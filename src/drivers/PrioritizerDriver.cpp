@@ -55,7 +55,7 @@ void kpdriver_KELVARIN_Prioritizer::surveyReply(int slot, const KelvarinSurveyRe
             numText(reply.ChannelIndex) + ", Votes:" + numText(reply.VotesSent) + ", Acks:" + numText(reply.Acks) +
             (reply.EndOfScan ? ", End Of Scan" : ""),
         "KeypadSurveyReply");
-    KeypadSurveyReply(reply);
+    KeypadSurveyReply(reply, baseText(slot));
 }
 
 KelvarinPrioritizerDriver::KelvarinPrioritizerDriver(Controller& controller, BaseLibrary& library,
@@ -183,8 +183,9 @@ void KelvarinPrioritizerDriver::attach(int slot, KelvarinBase& b) {
     b.ChannelScanReply.connect(
         [this, slot](const KelvarinChannelScanReply& r) { onScanReply(slot, r, "ChannelScanReply"); });
     b.KeypadConfig.connect([this, slot](const KelvarinKeypadConfig& k) { onKeypadConfig(slot, k); });
-    b.KeypadRegister.connect(
-        [this, slot](const std::string& hid, int flag, int error) { onKeypadRegister(slot, hid, flag, error); });
+    b.KeypadRegister.connect([this, slot](const std::string& hid, int flag, int error, const std::string& firmware) {
+        onKeypadRegister(slot, hid, flag, error, firmware);
+    });
     b.VoteReceived.connect([this, slot](const KelvarinVote& v) { onVote(slot, v); });
     if (f_.surveyReplies)
         b.KeypadSurveyReply.connect([this, slot](const KelvarinSurveyReply& r) {
@@ -528,7 +529,9 @@ void KelvarinPrioritizerDriver::onScanReply(int slot, const KelvarinChannelScanR
         const std::string base = baseText(slot);
         log(base + " - " + event + " Event - Channel:" + numText(r.Channel) + ", Quality:" + numText(r.Quality),
             event);
-        m_ScanReplyReceived = true;
+        // Only the base being scanned answers the request; a reply from any other base does
+        // not count for it.
+        if (slot == m_ScanSlot) m_ScanReplyReceived = true;
         ChannelScanReply(r, base);
     });
 }

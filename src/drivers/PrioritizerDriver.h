@@ -137,9 +137,10 @@ public:
     Signal<> ToggleAudioDialog;
     Signal<const std::string&, int, const std::string&> BaseError;  // base, code, extra
     Signal<const KelvarinAudioStatus&, const std::string&> AudioStatus;
-    Signal<const std::string&, int, int> KeypadRegister;            // HID, flag, error
-    Signal<const std::string&> PresenterValidated;
-    Signal<const std::string&> ScannerValidated;
+    // HID, flag (device kind), error, and the firmware the device reported.
+    Signal<const std::string&, int, int, const std::string&> KeypadRegister;
+    Signal<const std::string&, const std::string&> PresenterValidated;  // HID, firmware
+    Signal<const std::string&, const std::string&> ScannerValidated;    // HID, firmware
     Signal<const std::string&, const std::string&> ScannerCommand;  // HID, data
     Signal<const KelvarinChannelScanReply&, const std::string&> ChannelScanReply;
     Signal<const KelvarinKeypadConfig&, const std::string&> KeypadConfigReceived;
@@ -205,7 +206,7 @@ private:
     // Base-object events.
     void onError(int slot, int code, const std::string& extra);
     void onVote(int slot, const KelvarinVote& vote);
-    void onKeypadRegister(int slot, const std::string& hid, int flag, int error);
+    void onKeypadRegister(int slot, const std::string& hid, int flag, int error, const std::string& firmware);
     void onKeypadConfig(int slot, const KelvarinKeypadConfig& config);
     void onScanReply(int slot, const KelvarinChannelScanReply& reply, const char* event);
     bool isDuplicate(const KelvarinVote& vote) const;
@@ -225,6 +226,7 @@ private:
     bool m_VoteRunning = false;
     int m_SilentVoteLoadedSlideNumber = -1;
     bool m_ScanReplyReceived = false;
+    int m_ScanSlot = 0;  // the base whose channel-scan reply is awaited
     bool m_ScanRunning = false;
     int m_AudioSlot = 1;
     std::map<std::string, KelvarinVote> m_LastVotes;  // "K:" + HID
@@ -252,8 +254,9 @@ public:
     static const CorehubFlavour& flavourG1();
     kpdriver_KELVARIN_Prioritizer(Controller& controller, BaseLibrary& library);
 
-    // A keypad's survey result, or the end of the survey.
-    Signal<const KelvarinSurveyReply&> KeypadSurveyReply;
+    // A keypad's survey result, or the end of the survey, with the text of the base that
+    // ran it.
+    Signal<const KelvarinSurveyReply&, const std::string&> KeypadSurveyReply;
 
 protected:
     void surveyReply(int slot, const KelvarinSurveyReply& reply) override;

@@ -248,18 +248,23 @@ int KelvarinPrioritizerDriver::ScanForBestChannel(const std::string& base) {
         m_ScanRunning = true;
         struct Done {
             bool& flag;
-            ~Done() { flag = false; }
-        } done{m_ScanRunning};
-        // Every connected base in slot order, or the one named.
-        std::vector<int> slots;
-        if (trim(base).empty()) {
-            for (int n = 1; n <= static_cast<int>(bases_.size()); ++n)
-                if (bases_[static_cast<std::size_t>(n - 1)].connected) slots.push_back(n);
-        } else if (const int named = isNumeric(replaceAll(trim(base), " ", "")) ? slotOf(base) : 0) {
-            slots.push_back(named);
-        }
-        for (int slot : slots) {
-            if (!baseObject(slot)) continue;
+            int& slot;
+            ~Done() {
+                flag = false;
+                slot = 0;
+            }
+        } done{m_ScanRunning, m_ScanSlot};
+        // One pass per connected base: unnamed, each base in slot order; named, the named
+        // base on every pass. The walk goes on past the named base (a named base is scanned as
+        // many times as bases are connected, each pass a fresh set of readings for the
+        // channel choice); a text that names no base is skipped on every pass.
+        const int count = static_cast<int>(bases_.size());
+        const std::string named = trim(base);
+        for (int n = 1; n <= count; ++n) {
+            if (!bases_[static_cast<std::size_t>(n - 1)].connected) continue;
+            int slot = n;
+            if (!named.empty()) slot = isNumeric(replaceAll(named, " ", "")) ? slotOf(named) : 0;
+            if (!slot || !baseObject(slot)) continue;
             const std::string name = baseText(slot);
             KelvarinChannelList list;
             int rc = baseObject(slot)->GetChannelList(list);
@@ -273,6 +278,7 @@ int KelvarinPrioritizerDriver::ScanForBestChannel(const std::string& base) {
                 if (!b || c_.glo.ShuttingDown) return BaseErrorCode::BaseNotFound;
                 const int channel = list.Channel[static_cast<std::size_t>(c)];
                 m_ScanReplyReceived = false;
+                m_ScanSlot = slot;
                 rc = b->ChannelScan(channel, channel, 1, 100);
                 log(name + f_.logName + "ChannelScan " + numText(channel) + " = " + numText(rc), "ScanForBestChannel");
                 if (rc != BaseErrorCode::Success) return rc;
@@ -289,7 +295,8 @@ int KelvarinPrioritizerDriver::ScanForBestChannel(const std::string& base) {
     });
 }
 
-void KelvarinPrioritizerDriver::onKeypadRegister(int slot, const std::string& hid, int flag, int error) {
+void KelvarinPrioritizerDriver::onKeypadRegister(int slot, const std::string& hid, int flag, int error,
+                                                 const std::string& firmware) {
     guard("KeypadRegister", [&] {
         const std::string base = baseText(slot);
         log(base + " - KeypadRegister Event - HID:" + hid + ", Flag:" + numText(flag) + ",Error:" + numText(error),
@@ -308,14 +315,14 @@ void KelvarinPrioritizerDriver::onKeypadRegister(int slot, const std::string& hi
                 reg.put(fresh);
             }
         }
-        KeypadRegister(hid, flag, error);
+        KeypadRegister(hid, flag, error, firmware);
         if (flag == DeviceKind::Presenter) {
             if (std::find(m_Presenters.begin(), m_Presenters.end(), hid) == m_Presenters.end())
                 m_Presenters.push_back(hid);
             if (error == BaseErrorCode::Success && f_.presenterMembers) SendPresenterMenu(hid);
-            PresenterValidated(hid);
+            PresenterValidated(hid, firmware);
         } else if (flag == DeviceKind::Scanner) {
-            ScannerValidated(hid);
+            ScannerValidated(hid, firmware);
         }
     });
 }

@@ -304,7 +304,8 @@ public:
     BaseEvent<int, const std::string&> Error;  // code, extra text
     BaseEvent<const KelvarinChannelScanReply&> KeypadChannelScanReply;
     BaseEvent<const KelvarinKeypadConfig&> KeypadConfig;
-    BaseEvent<const std::string&, int, int> KeypadRegister;  // HID, flag (device kind), error
+    // HID, flag (device kind), error, and the firmware version the device reported.
+    BaseEvent<const std::string&, int, int, const std::string&> KeypadRegister;
     BaseEvent<const KelvarinVote&> VoteReceived;
     BaseEvent<const KelvarinAudioStatus&> AudioStatus;
     BaseEvent<const std::string&> DebugRx;

@@ -3,6 +3,8 @@
 // writes the files itself; the logic sees rows of cells. Failures are thrown as AppError.
 #include <filesystem>
 #include <string>
+
+#include "ports/AppError.h"
 #include <variant>
 #include <vector>
 
@@ -24,6 +26,28 @@ public:
     // Writes a new workbook (replacing any file of that name) whose one worksheet holds the
     // rows from A1 on, with the columns fitted to their contents and A1 selected.
     virtual void writeWorkbook(const std::filesystem::path& file, const std::vector<SheetRow>& rows) = 0;
+
+    // Serial-number exports edit a workbook the operator names, in place.
+    // The workbook's name (as the spreadsheet program shows it) when it holds a worksheet of
+    // this name (compared without regard to case), "" when it holds none. A file that is not
+    // there throws err::kFileNotFound.
+    virtual std::string findWorksheet(const std::filesystem::path& file, const std::string& sheet) {
+        (void)file;
+        (void)sheet;
+        throw AppError(err::kCannotCreateObject, "ActiveX component can't create object");
+    }
+    // Writes the texts down one column of that worksheet from a row on (both from 1) and
+    // empties the cells below them in that column; every other cell, sheet and part of the
+    // workbook stays as it was.
+    virtual void writeWorksheetColumn(const std::filesystem::path& file, const std::string& sheet, int column,
+                                      int firstRow, const std::vector<std::string>& texts) {
+        (void)file;
+        (void)sheet;
+        (void)column;
+        (void)firstRow;
+        (void)texts;
+        throw AppError(err::kCannotCreateObject, "ActiveX component can't create object");
+    }
 };
 
 }  // namespace tlx

@@ -8,6 +8,8 @@
 #include "presentation/PresentationWatcher.h"
 #include "presentation/VoteIntake.h"
 #include "presentation/VoteRun.h"
+#include "setup/ChannelScan.h"
+#include "setup/SystemPrep.h"
 #include "textvote/TextVoteCollection.h"
 
 namespace tlx {
@@ -63,5 +65,7 @@ void PresentationTargets::removeHook() { c_.hotKeys->RemoveHook(); }
 void PresentationTargets::showDebug() { show<DebugForm>(c_); }
 void PresentationTargets::showWindowHandles() { show<DebugWindowHandlesForm>(c_); }
 void PresentationTargets::showProcessList() { show<DebugProcessListForm>(c_); }
+void PresentationTargets::showChannelScan() { tlx::showChannelScan(c_); }
+void PresentationTargets::showSystemPrep() { tlx::showSystemPrep(c_); }
 
 }  // namespace tlx

@@ -27,6 +27,8 @@ public:
     void showDebug() override;
     void showWindowHandles() override;
     void showProcessList() override;
+    void showChannelScan() override;
+    void showSystemPrep() override;
 };
 
 }  // namespace tlx

@@ -21,6 +21,7 @@
 #include "core/MainForm.h"
 #include "core/SmallForms.h"
 #include "core/Text.h"
+#include "ui/SetupViews.h"
 #include "ui/TextVoteView.h"
 
 namespace tlx {
@@ -300,6 +301,7 @@ void ViewManager::onLoaded(Form& form) {
     else if (auto* p = dynamic_cast<DebugProcessListForm*>(&form))
         view = std::make_unique<DebugLinesView>(*p, p->lines);
     if (!view) view = makeTextVoteView(form);
+    if (!view) view = makeSetupView(form);
     if (!view) return;
     QWidget* w = view.get();
     views_[&form] = std::move(view);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <tuple>
 
 #include "DriverWorld.h"
 #include "core/Text.h"
@@ -135,35 +136,45 @@ TEST(Registry, RegistryOperationsKeepTheLocalCopyInStep) {
     EXPECT_EQ(d.g2().SetBaseConfig("7", KelvarinBaseConfig{}), 3);  // no such base
 }
 
-TEST(Registry, RegistrationsAreLoggedAndRaised) {
+TEST(Registry, RegistrationsAreLoggedAndRaisedWithTheDevicesFirmware) {
     DriverWorld d({kBase1}, 10, false);
-    for (auto [hid, kind] : {std::pair{"300199901", DeviceKind::Presenter}, std::pair{"300199902", DeviceKind::Scanner}}) {
+    for (auto [hid, kind, firmware] : {std::tuple{"300199901", DeviceKind::Presenter, "2.00.01.2103.2103"},
+                                       std::tuple{"300199902", DeviceKind::Scanner, "2.00.01.1901.0101"}}) {
         SimKeypad k;
         k.hid = hid;
         k.kind = kind;
+        k.firmware = firmware;
         d.station().setup.keypads.push_back(k);
     }
+    d.station().setup.keypads[2].firmware = "2.00.01.1712.1200";
+    d.station().setup.keypads[3].present = false;  // registered, but not in the room
     d.w.start();
     std::vector<std::string> registered, presenters, scanners;
-    d.g2().KeypadRegister.connect(
-        [&](const std::string& hid, int flag, int) { registered.push_back(hid + "/" + std::to_string(flag)); });
-    d.g2().PresenterValidated.connect([&](const std::string& hid) { presenters.push_back(hid); });
-    d.g2().ScannerValidated.connect([&](const std::string& hid) { scanners.push_back(hid); });
+    d.g2().KeypadRegister.connect([&](const std::string& hid, int flag, int, const std::string& firmware) {
+        registered.push_back(hid + "/" + std::to_string(flag) + "/" + firmware);
+    });
+    d.g2().PresenterValidated.connect(
+        [&](const std::string& hid, const std::string& firmware) { presenters.push_back(hid + " " + firmware); });
+    d.g2().ScannerValidated.connect(
+        [&](const std::string& hid, const std::string& firmware) { scanners.push_back(hid + " " + firmware); });
     d.settle();  // presenter and scanner announce themselves once the radio is up
-    EXPECT_EQ(registered, (std::vector<std::string>{"300199901/2", "300199902/3"}));
-    EXPECT_EQ(presenters, std::vector<std::string>{"300199901"});
-    EXPECT_EQ(scanners, std::vector<std::string>{"300199902"});
+    EXPECT_EQ(registered, (std::vector<std::string>{"300199901/2/2.00.01.2103.2103", "300199902/3/2.00.01.1901.0101"}));
+    EXPECT_EQ(presenters, std::vector<std::string>{"300199901 2.00.01.2103.2103"});
+    EXPECT_EQ(scanners, std::vector<std::string>{"300199902 2.00.01.1901.0101"});
     EXPECT_TRUE(d.g2().logged("0 - KeypadRegister Event - HID:300199901, Flag:2,Error:0"));
     EXPECT_EQ(d.g2().GetFirstPresentersHID(), "300199901");
 
-    // Opening the registration makes every registered device answer.
+    // Opening the registration makes every registered device in the room answer, one after
+    // the other, with its own firmware.
     KelvarinSessionConfig s;
     d.g2().GetSessionConfig("0", s);
     s.RegistrationOpen = true;
     d.g2().SetSessionConfig("0", s);
-    d.settle();
-    EXPECT_EQ(registered.size(), 2u + 12u);
-    EXPECT_EQ(registered[2], "300100001/1");
+    d.settle(500);
+    ASSERT_EQ(registered.size(), 2u + 11u);
+    EXPECT_EQ(registered[2], "300100001/1/2.00.01.2103.2038");
+    EXPECT_EQ(registered[4], "300100003/1/2.00.01.1712.1200");
+    EXPECT_EQ(registered[5], "300100005/1/2.00.01.2103.2038");  // keypad 4 is not there
 }
 
 TEST(ChannelScan, EightCandidatesEachAnswered) {
@@ -177,6 +188,29 @@ TEST(ChannelScan, EightCandidatesEachAnswered) {
     EXPECT_FALSE(d.g2().scanRunning());
     EXPECT_EQ(d.g2().ScanForBestChannel("x"), 0);  // not a base: nothing scanned
     EXPECT_EQ(d.station().callCount("ChannelScan"), 8);
+}
+
+TEST(ChannelScan, ANamedBaseIsScannedOncePerConnectedBaseAndTheOthersAreLeftAlone) {
+    DriverWorld d({kBase1, "100100100200", "100100100300"});
+    EXPECT_EQ(d.g2().ScanForBestChannel("1"), 0);
+    EXPECT_EQ(d.station(0).callCount("ChannelScan"), 0);
+    EXPECT_EQ(d.station(1).callCount("ChannelScan"), 3 * 8);
+    EXPECT_EQ(d.station(2).callCount("ChannelScan"), 0);
+    // By serial number as well.
+    EXPECT_EQ(d.g2().ScanForBestChannel("100 100 100 300"), 0);
+    EXPECT_EQ(d.station(2).callCount("ChannelScan"), 3 * 8);
+}
+
+TEST(ChannelScan, OnlyTheScannedBasesReplyCounts) {
+    DriverWorld d({kBase1, "100100100200"});
+    d.sim().neverReply("100100100200", "ChannelScan");
+    // The first base answers a scan of its own while the second is being waited for.
+    ASSERT_EQ(d.g2().baseObject(1)->ChannelScan(3, 3, 1, 100), 0);
+    const auto t0 = d.w.scheduler.elapsedMs();
+    EXPECT_EQ(d.g2().ScanForBestChannel("1"), 9);
+    EXPECT_EQ(d.w.scheduler.elapsedMs() - t0, 5000);
+    EXPECT_EQ(d.station(1).callCount("ChannelScan"), 1);
+    EXPECT_TRUE(d.g2().logged("1 - ScanForBestChannel - no reply within 5 secs on channel 1"));
 }
 
 TEST(ChannelScan, ABaseThatNeverAnswersEndsTheScanAfterFiveSeconds) {

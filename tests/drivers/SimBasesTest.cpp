@@ -87,34 +87,45 @@ TEST(SimFaults, EventsArriveAfterTheOperationNotInsideIt) {
 TEST(SimSurvey, TheOlderDriverPassesSurveyRepliesOn) {
     TestWorld w;
     auto& drivers = w.useSimBases();
-    w.addSimBase("100100100200", 6, "KELVARIN COREHUB G1");
+    auto& station = w.addSimBase("100100100200", 6, "KELVARIN COREHUB G1");
+    station.setup.channelNoise = {{5, 0}, {9, 50}};
     w.writePortFile({{"100100100200", "KELVARIN COREHUB G1", 1, 6}});
     w.start();
     auto* g1 = drivers.oKVv4();
     std::vector<KelvarinSurveyReply> replies;
-    g1->KeypadSurveyReply.connect([&](const KelvarinSurveyReply& r) { replies.push_back(r); });
+    std::vector<std::string> bases;
+    g1->KeypadSurveyReply.connect([&](const KelvarinSurveyReply& r, const std::string& base) {
+        replies.push_back(r);
+        bases.push_back(base);
+    });
     KelvarinSurveyOptions o;
     o.Channels = {5, 9};
     o.VotesPerChannel = 20;
     EXPECT_EQ(g1->PrepareKeypadSurveyScan("0", {"300100001", "300100999"}, o), 16);
     EXPECT_EQ(g1->PrepareKeypadSurveyScan("0", {"300100001", "300100002"}, o), 0);
     EXPECT_EQ(g1->BeginKeypadSurveyScan("0"), 0);
-    w.scheduler.advance(1000);
+    // Each channel takes 250 ms and 20 ms per test vote and keypad.
+    w.scheduler.advance(1049);
+    EXPECT_TRUE(replies.empty());
+    w.scheduler.advance(1151);
     ASSERT_EQ(replies.size(), 5u);
     EXPECT_EQ(replies[0].HID, "300100001");
     EXPECT_EQ(replies[0].ChannelIndex, 5);
     EXPECT_EQ(replies[3].ChannelIndex, 9);
-    EXPECT_LE(replies[3].Acks, 20);
-    EXPECT_GE(replies[3].Acks, 10);
+    // The noise profile: a clear channel loses at most a twentieth, channel 9 half.
+    EXPECT_GE(replies[0].Acks, 19);
+    EXPECT_LE(replies[3].Acks, 10);
+    EXPECT_GE(replies[3].Acks, 9);
     EXPECT_TRUE(replies[4].EndOfScan);
+    EXPECT_EQ(bases, std::vector<std::string>(5, "0"));
     EXPECT_TRUE(g1->logged("0 - KeypadSurveyReply Event - HID:300100001, Channel:5, Votes:20"));
 
     // Ending a scan early stops the replies still to come.
     g1->PrepareKeypadSurveyScan("0", {"300100001"}, o);
     g1->BeginKeypadSurveyScan("0");
-    w.scheduler.advance(60);
+    w.scheduler.advance(700);
     EXPECT_EQ(g1->EndKeypadSurveyScan("0"), 0);
-    w.scheduler.advance(1000);
+    w.scheduler.advance(3000);
     EXPECT_EQ(replies.size(), 6u);
     EXPECT_TRUE(g1->logged("0 - Corehub:   EndKeypadSurveyScan = 0"));
 }

@@ -4,6 +4,7 @@
 #include <zip.h>
 
 #include <pugixml.hpp>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -141,16 +142,28 @@ bool cellReference(std::string_view ref, std::size_t& column, std::size_t& row) 
 
 }  // namespace
 
-std::vector<std::vector<std::string>> readXlsxFirstSheet(const fs::path& file) {
+std::vector<std::vector<std::string>> readXlsxFirstSheet(const fs::path& file) { return readXlsxSheet(file, ""); }
+
+std::vector<std::vector<std::string>> readXlsxSheet(const fs::path& file, const std::string& sheetName) {
     ZipParts zip(file);
 
-    // The first sheet in the workbook's order, and where its part is.
+    // The sheet (the first in the workbook's order, or the one named), and where its part is.
     const auto workbookXml = zip.read("xl/workbook.xml");
     if (!workbookXml) fail(file, "it is not a workbook");
     pugi::xml_document workbook;
     parse(workbook, *workbookXml, file, "xl/workbook.xml");
-    const pugi::xml_node firstSheet = child(child(child(workbook, "workbook"), "sheets"), "sheet");
-    if (!firstSheet) fail(file, "it has no worksheet");
+    pugi::xml_node firstSheet = child(child(child(workbook, "workbook"), "sheets"), "sheet");
+    if (!sheetName.empty()) {
+        auto lower = [](std::string s) {
+            for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+            return s;
+        };
+        for (; firstSheet; firstSheet = firstSheet.next_sibling())
+            if (firstSheet.type() == pugi::node_element && localName(firstSheet.name()) == "sheet" &&
+                lower(attribute(firstSheet, "name")) == lower(sheetName))
+                break;
+    }
+    if (!firstSheet) fail(file, sheetName.empty() ? "it has no worksheet" : "it has no worksheet '" + sheetName + "'");
     const std::string sheetId = attribute(firstSheet, "id");
 
     std::string sheetPart = "xl/worksheets/sheet1.xml";

@@ -105,6 +105,11 @@ std::string SimBaseStation::registryText() const {
     return join(items, "|");
 }
 
+int SimBaseSpec::noiseOn(int channel) const {
+    const auto it = channelNoise.find(channel);
+    return std::clamp(it == channelNoise.end() ? noise : it->second, 0, 100);
+}
+
 int SimBaseStation::callCount(const std::string& operation) const {
     auto it = calls_.find(operation);
     return it == calls_.end() ? 0 : it->second;
@@ -207,13 +212,19 @@ public:
         return run("SetSessionConfig", [&](SimBaseStation& s) {
             const bool opening = c.RegistrationOpen && !s.setup.session.RegistrationOpen;
             s.setup.session = c;
-            if (opening)  // keypads in the registry answer the programming
+            if (opening) {  // the registered devices in the room answer the programming, in turn
+                int at = lib_.eventDelayMs;
                 for (const auto& k : s.setup.keypads) {
+                    if (!k.present) continue;
                     const std::string hid = k.hid;
                     const int kind = k.kind;
-                    lib_.toHandles(s, lib_.eventDelayMs,
-                                   [hid, kind](SimKelvarinBase& h) { h.KeypadRegister(hid, kind, 0); });
+                    const std::string firmware = k.firmwareVersion();
+                    lib_.toHandles(s, at, [hid, kind, firmware](SimKelvarinBase& h) {
+                        h.KeypadRegister(hid, kind, 0, firmware);
+                    });
+                    at += lib_.eventDelayMs;
                 }
+            }
             return 0;
         });
     }
@@ -223,11 +234,13 @@ public:
             s.radioOn = enable;
             if (enable && !was)  // presenter and scanner devices announce themselves
                 for (const auto& k : s.setup.keypads) {
-                    if (k.kind == DeviceKind::Keypad) continue;
+                    if (k.kind == DeviceKind::Keypad || !k.present) continue;
                     const std::string hid = k.hid;
                     const int kind = k.kind;
-                    lib_.toHandles(s, lib_.eventDelayMs,
-                                   [hid, kind](SimKelvarinBase& h) { h.KeypadRegister(hid, kind, 0); });
+                    const std::string firmware = k.firmwareVersion();
+                    lib_.toHandles(s, lib_.eventDelayMs, [hid, kind, firmware](SimKelvarinBase& h) {
+                        h.KeypadRegister(hid, kind, 0, firmware);
+                    });
                 }
             return 0;
         });
@@ -286,8 +299,20 @@ public:
                 k->sid = sid;
                 return 0;
             }
+            // A spare device in the room joins the registry; any other number is an entry
+            // with no device behind it.
+            auto& spares = s.setup.spares;
+            const std::string d = digitsOf(hid);
+            const auto spare =
+                std::find_if(spares.begin(), spares.end(), [&](const SimKeypad& k) { return digitsOf(k.hid) == d; });
             SimKeypad k;
-            k.hid = digitsOf(hid);
+            if (spare != spares.end()) {
+                k = *spare;
+                spares.erase(spare);
+            } else {
+                k.hid = d;
+                k.present = false;
+            }
             k.sid = sid;
             s.setup.keypads.push_back(k);
             return 0;
@@ -300,6 +325,8 @@ public:
             const std::string d = digitsOf(hid);
             const auto it = std::find_if(ks.begin(), ks.end(), [&](const SimKeypad& k) { return digitsOf(k.hid) == d; });
             if (it == ks.end()) return BaseErrorCode::RegistryDeviceNotFound;
+            // A device taken off the registry is still in the room.
+            if (it->present) s.setup.spares.push_back(*it);
             ks.erase(it);
             return 0;
         });
@@ -359,15 +386,23 @@ public:
                     channels.push_back(c);
             }
             const int votes = std::max(0, s.surveyOptions_.VotesPerChannel);
+            const int keypads = static_cast<int>(s.surveyHids_.size());
+            const int perChannel = lib_.surveyChannelMs + votes * keypads * lib_.surveyPacketMs;
             int at = 0;
             for (int channel : channels) {
-                at += 50;
+                at += perChannel;
                 for (const auto& hid : s.surveyHids_) {
+                    // A keypad that is not in the room sends nothing.
+                    if (const SimKeypad* k = s.keypadByHid(hid); k && !k->present) continue;
                     KelvarinSurveyReply r;
                     r.HID = hid;
                     r.ChannelIndex = channel;
                     r.VotesSent = votes;
-                    r.Acks = votes - static_cast<int>(lib_.rng_() % static_cast<unsigned>(votes / 2 + 1));
+                    // The channel's noise takes its share of the packets, and a few more go
+                    // astray at random (up to a twentieth).
+                    const int lost = (votes * s.setup.noiseOn(channel) + 50) / 100;
+                    const int stray = static_cast<int>(lib_.rng_() % static_cast<unsigned>(votes / 20 + 1));
+                    r.Acks = std::max(0, votes - lost - stray);
                     SimBaseStation* st = &s;
                     lib_.toHandles(s, at, [r, st, runId](SimKelvarinBase& h) {
                         if (st->surveyRun_ == runId) h.KeypadSurveyReply(r);
@@ -442,7 +477,8 @@ public:
         return run("ChannelScan", [&](SimBaseStation& s) {
             if (s.silent_.count("ChannelScan")) return 0;
             for (int c = fromChannel; c <= toChannel; ++c) {
-                KelvarinChannelScanReply r{c, 40 + static_cast<int>(lib_.rng_() % 61)};
+                const int clear = 100 - s.setup.noiseOn(c);
+                KelvarinChannelScanReply r{c, std::max(0, clear - static_cast<int>(lib_.rng_() % 6))};
                 lib_.toHandles(s, lib_.scanReplyDelayMs, [r](SimKelvarinBase& h) { h.KeypadChannelScanReply(r); });
             }
             return 0;
@@ -494,7 +530,7 @@ private:
         c.HID = k.hid;
         c.SID = k.sid;
         c.Kind = k.kind;
-        c.FirmwareVersion = k.firmware.empty() ? kSimKeypadFirmware : k.firmware;
+        c.FirmwareVersion = k.firmwareVersion();
         c.BatteryStrength = k.battery;
         c.SignalStrength = k.signal;
         return c;

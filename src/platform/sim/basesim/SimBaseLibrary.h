@@ -49,6 +49,7 @@ struct SimKeypad {
     // Empty for the keypads' usual firmware (kSimKeypadFirmware): a base of 4,095 keypads then
     // keeps no copy of it per keypad.
     std::string firmware;
+    std::string firmwareVersion() const { return firmware.empty() ? kSimKeypadFirmware : firmware; }
     // What the keypad's display shows, and until when (ms; -1: until something else is shown).
     // A timed text gives way to the question while the vote is open and to nothing once it is
     // not. The change is worked out when the screen is read, so a crowd's presses leave no
@@ -60,6 +61,8 @@ struct SimKeypad {
         displayUntilMs = -1;
     }
     int votedIn = 0;       // the base's number of the last vote this keypad answered
+    // The device is in the room and answers: a registry entry without a device stays silent.
+    bool present = true;
 };
 
 enum class SimConnection { Usb, Ethernet, Serial };
@@ -72,7 +75,14 @@ struct SimBaseSpec {
     std::string address;  // network bases
     int serialPort = 0;   // the oldest bases
     std::vector<SimKeypad> keypads;  // the registry, in its order
+    // Devices in the room that no registry lists yet: added to the registry, they answer.
+    std::vector<SimKeypad> spares;
     KelvarinSessionConfig session;
+    // Radio noise: the share of test packets (percent) lost on every channel, and on single
+    // channels (by channel index). Survey replies and channel-scan qualities follow it.
+    int noise = 20;
+    std::map<int, int> channelNoise;
+    int noiseOn(int channel) const;
 };
 
 // Outcome of a driving call; the message says why a call did nothing.
@@ -154,6 +164,10 @@ public:
     void setSeed(unsigned seed) { rng_.seed(seed); }
     int eventDelayMs = 10;
     int scanReplyDelayMs = 250;
+    // A keypad survey: each channel takes the change-over plus one packet time per test vote
+    // and keypad.
+    int surveyChannelMs = 250;
+    int surveyPacketMs = 20;
 
     // Driving.
     // Each base's "TYPE;PORT", e.g. "KELVARIN COREHUB G2;100100100100".
@@ -234,6 +248,10 @@ private:
 //            registry=300100001;1|300100002;2 (instead of keypads and hidstart)
 //            battery=385  signal=-45 (every keypad's readings; hundredths of a volt, dB)
 //            batteries=12:355,14:362  signals=12:-80 (keypads whose readings differ)
+//            keypadfirmware=2.00.01.2103.2038  firmware.300100003=2.00.01.1901.1200 (any device)
+//            spares=300100050-300100053  (in the room, not registered: they answer once added)
+//            absent=300100004  (registered, but not in the room: never answers)
+//            noise=20  channelnoise=24:0,1-10:60  (percent of test packets lost)
 // Returns how many bases were added.
 int loadSimBases(SimBaseLibrary& library, const std::string& file);
 

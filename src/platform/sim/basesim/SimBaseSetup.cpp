@@ -1,5 +1,8 @@
 // The base section of a simulation set-up file.
+#include <algorithm>
 #include <cmath>
+#include <map>
+#include <tuple>
 
 #include "core/Settings.h"
 #include "core/Text.h"
@@ -12,6 +15,37 @@ namespace {
 long long toLong(const std::string& s) {
     const double v = ParseNumber(s);
     return std::fabs(v) < 1e15 ? static_cast<long long>(v) : 0;
+}
+
+// "300100050-300100053,300100060": device numbers, in order (malformed parts skipped; a
+// range of more than 4095 numbers is not a list of devices in one room).
+std::vector<std::string> parseHidList(const std::string& list) {
+    std::vector<std::string> out;
+    for (const auto& part : split(list, ",")) {
+        const std::string p = replaceAll(trim(part), " ", "");
+        if (p.empty()) continue;
+        const auto [a, b] = splitOnce(p, "-");
+        if (!isNumeric(a) || (contains(p, "-") && !isNumeric(b))) continue;
+        const long long from = toLong(a);
+        const long long to = contains(p, "-") ? toLong(b) : from;
+        if (from < 1 || to < from || to - from >= 4095) continue;
+        for (long long h = from; h <= to; ++h) out.push_back(numText(h));
+    }
+    return out;
+}
+
+// "24:0,1-10:60": percent of packets lost per channel index.
+void parseChannelNoise(const std::string& list, std::map<int, int>& noise) {
+    for (const auto& part : split(list, ",")) {
+        const auto [channels, percent] = splitOnce(trim(part), ":");
+        if (!isNumeric(percent)) continue;
+        const int loss = static_cast<int>(std::clamp<long long>(toLong(percent), 0, 100));
+        const auto [a, b] = splitOnce(trim(channels), "-");
+        if (!isNumeric(a) || (contains(channels, "-") && !isNumeric(b))) continue;
+        const long long from = toLong(a);
+        const long long to = contains(channels, "-") ? toLong(b) : from;
+        for (long long c = std::max(0LL, from); c <= to && c <= 255; ++c) noise[static_cast<int>(c)] = loss;
+    }
 }
 
 }  // namespace
@@ -92,15 +126,36 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
                 for (auto& kp : setup.keypads)
                     if (kp.sid == toLong(k)) (battery ? kp.battery : kp.signal) = static_cast<int>(toLong(r));
             }
-        for (const auto& [key, kind] : {std::pair{"presenter", DeviceKind::Presenter},
-                                        std::pair{"scanner", DeviceKind::Scanner}}) {
+        // Presenter and scanner devices ship with their own current firmware.
+        for (const auto& [key, kind, firmware] :
+             {std::tuple{"presenter", DeviceKind::Presenter, "2.00.01.2103.2103"},
+              std::tuple{"scanner", DeviceKind::Scanner, "2.00.01.2103.2057"}}) {
             const std::string hid = get(sec, key);
             if (hid.empty()) continue;
             SimKeypad k;
             k.hid = hid;
             k.kind = kind;
+            k.firmware = firmware;
             setup.keypads.push_back(std::move(k));
         }
+        for (const auto& hid : parseHidList(get(sec, "spares"))) {
+            SimKeypad k;
+            k.hid = hid;
+            k.battery = battery;
+            k.signal = signal;
+            setup.spares.push_back(k);
+        }
+        const auto absent = parseHidList(get(sec, "absent"));
+        const std::string keypadFirmware = get(sec, "keypadfirmware");
+        for (auto* devices : {&setup.keypads, &setup.spares})
+            for (auto& k : *devices) {
+                if (k.kind == DeviceKind::Keypad && !keypadFirmware.empty()) k.firmware = keypadFirmware;
+                if (const std::string own = get(sec, "firmware." + k.hid); !own.empty()) k.firmware = own;
+                if (std::find(absent.begin(), absent.end(), k.hid) != absent.end()) k.present = false;
+            }
+        if (const std::string noise = get(sec, "noise"); isNumeric(noise))
+            setup.noise = static_cast<int>(std::clamp<long long>(toLong(noise), 0, 100));
+        parseChannelNoise(get(sec, "channelnoise"), setup.channelNoise);
         library.addBase(std::move(setup));
         ++added;
     }

@@ -1,0 +1,472 @@
+// The channel-scan window over simulated bases of the first Corehub generation.
+#include <gtest/gtest.h>
+
+#include "SetupWorld.h"
+#include "core/MainForm.h"
+#include "setup/ChannelScan.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+
+// One G1 base with eight keypads; channel 24 is clear, 45 nearly so, the rest noisy.
+const std::string kWorld = R"([bases]
+count=1
+seed=3
+[base1]
+type=KELVARIN COREHUB G1
+id=100100100500
+keypads=1-8
+hidstart=300500001
+noise=40
+channelnoise=24:0,45:10
+)";
+
+// The same base and a second one.
+const std::string kTwoBases = R"([bases]
+count=2
+seed=3
+[base1]
+type=KELVARIN COREHUB G1
+id=100100100500
+keypads=1-8
+hidstart=300500001
+noise=40
+channelnoise=24:0,45:10
+[base2]
+type=KELVARIN COREHUB G1
+id=100100100600
+keypads=20-22
+hidstart=300600020
+)";
+
+using Scan = frmKelvarinCorehubChannelScan;
+
+struct ScanWorld : SetupWorld {
+    explicit ScanWorld(const std::string& world = kWorld) : SetupWorld(world) {}
+    Scan& open() { return showChannelScan(w.c()); }
+    void add(Scan& s, const std::string& keypad) {
+        s.txtAddKeypad = keypad;
+        s.cmdAddKeypad_Click();
+    }
+    // A scan of the listed keypads run to its end.
+    void runScan(Scan& s) {
+        s.cmdScan_Click();
+        w.scheduler.advanceSeconds(10 + s.estimatedSeconds() + 1);
+    }
+};
+
+ChannelScores scores(std::initializer_list<std::pair<int, double>> set) {
+    ChannelScores s{};
+    for (auto [i, v] : set) s[static_cast<std::size_t>(i)] = v;
+    return s;
+}
+
+}  // namespace
+
+TEST(ChannelScanResults, AllZeroScoresNameDashOneAndTwo) {
+    EXPECT_EQ(bestThreeChannels(ChannelScores{}), (std::array<int, 3>{0, 1, 2}));
+    EXPECT_EQ(channelIndexText(0), "-");
+    EXPECT_EQ(channelIndexText(12), "12");
+    EXPECT_EQ(hoursMinutesSeconds(3 * 3600 + 59), "3h 0m 59s");  // scans of many channels run for hours
+}
+
+TEST(ChannelScanResults, TheExchangeSortSwapsOnlyOnAStrictlyHigherScore) {
+    // Equal scores keep their channel order...
+    EXPECT_EQ(bestThreeChannels(scores({{30, 5}, {10, 5}, {20, 5}})), (std::array<int, 3>{10, 20, 30}));
+    // ...unless a higher score is exchanged past one of them: channel 3 takes channel 1's
+    // place, and channel 1 lands behind its equal, channel 2.
+    EXPECT_EQ(bestThreeChannels(scores({{1, 4}, {2, 4}, {3, 9}})), (std::array<int, 3>{3, 2, 1}));
+    EXPECT_EQ(bestThreeChannels(scores({{77, 1}, {76, 3}, {5, 2}})), (std::array<int, 3>{76, 5, 77}));
+}
+
+TEST(ChannelScanKeypads, RegistryChecksAndTheSeventhKeypad) {
+    ScanWorld s;
+    Scan& scan = s.open();
+    EXPECT_EQ(scan.baseHID, "100100100500");
+    EXPECT_EQ(scan.lblEstimatedTime, "Estimated scan time... -");
+
+    // Blanks are removed: "1 2" is keypad 12, which this registry does not have.
+    s.add(scan, " 1 2 ");
+    EXPECT_EQ(s.lastTitle(), "Unable to add keypad");
+    EXPECT_EQ(s.lastText(), "The keypad number entered does not exist in the local registry of the base station");
+    // Text that is no keypad number names no keypad of the registry either.
+    s.add(scan, "3a");
+    EXPECT_EQ(s.w.dialogs.shown.size(), 2u);
+    EXPECT_EQ(s.lastText(), "The keypad number entered does not exist in the local registry of the base station");
+    EXPECT_TRUE(scan.lvwKeypads.empty());
+    EXPECT_EQ(scan.txtAddKeypad, "3a");
+
+    s.add(scan, " 3 ");
+    ASSERT_EQ(scan.lvwKeypads.size(), 1u);
+    EXPECT_EQ(scan.lvwKeypads[0].key, "K:3");
+    EXPECT_EQ(scan.lvwKeypads[0].hid, "300 500 003");
+    EXPECT_EQ(scan.lvwKeypads[0].icon, "NEW");
+    EXPECT_EQ(scan.txtAddKeypad, "");
+    // One keypad, 77 channels, 50 votes: 77 x (0.25 + 50 x 0.02) = 96.25 s.
+    EXPECT_EQ(scan.lblEstimatedTime, "Estimated scan time... 0h 1m 37s");
+    s.add(scan, "3");  // listed once only
+    EXPECT_EQ(scan.lvwKeypads.size(), 1u);
+
+    for (const char* k : {"1", "2", "4", "5", "6"}) s.add(scan, k);
+    ASSERT_EQ(scan.lvwKeypads.size(), 6u);
+    const auto shown = s.w.dialogs.shown.size();
+    s.add(scan, "7");
+    ASSERT_EQ(s.w.dialogs.shown.size(), shown + 1);
+    EXPECT_EQ(s.lastTitle(), "Max Allowed");
+    EXPECT_EQ(s.lastText(), "6 keypads already recorded for use in the scan");
+    EXPECT_EQ(scan.lvwKeypads.size(), 6u);
+
+    scan.selectedKeypad = 0;
+    scan.cmdRemoveKeypad_Click();
+    EXPECT_EQ(scan.lvwKeypads.size(), 5u);
+    EXPECT_EQ(scan.lvwKeypads[0].key, "K:1");
+}
+
+TEST(ChannelScanKeypads, AKeypadOfAnotherBaseIsNotInThisBasesRegistry) {
+    ScanWorld s(kTwoBases);
+    Scan& scan = s.open();
+    ASSERT_EQ(scan.baseHID, "100100100500");
+    s.add(scan, "20");
+    EXPECT_EQ(s.lastTitle(), "Unable to add keypad");
+    EXPECT_EQ(s.lastText(), "This keypads serial number does not exist in the local registry of the base station");
+    EXPECT_TRUE(scan.lvwKeypads.empty());
+}
+
+TEST(ChannelScanOptions, BoxesAreCheckedAsTheyAreLeft) {
+    ScanWorld s;
+    Scan& scan = s.open();
+    using O = Scan::Option;
+    struct Case {
+        O option;
+        std::string bad;
+        std::string message;
+    };
+    const std::vector<Case> cases = {
+        {O::StartChannel, "0", "Invalid channel step entered"},    {O::EndChannel, "256", "Invalid channel step entered"},
+        {O::ChannelStep, "x", "Invalid channel step entered"},     {O::VotesPerChannel, "9", "Invalid votes per channel entered"},
+        {O::VotesPerChannel, "256", "Invalid votes per channel entered"},
+        {O::StartDelay, "0", "Invalid start delay entered"},       {O::StartDelay, "2.5", "Invalid start delay entered"},
+        {O::ChannelList, "3,x", "Invalid channel step entered"},
+    };
+    for (const auto& c : cases) {
+        std::string& box = c.option == O::StartChannel      ? scan.txtStartChannel
+                           : c.option == O::EndChannel      ? scan.txtEndChannel
+                           : c.option == O::ChannelStep     ? scan.txtChannelStep
+                           : c.option == O::VotesPerChannel ? scan.txtVotesPerChannel
+                           : c.option == O::StartDelay      ? scan.txtStartDelay
+                                                            : scan.txtChannelList;
+        const std::string before = box;
+        box = c.bad;
+        EXPECT_FALSE(scan.OptionLeft(c.option)) << c.bad;
+        EXPECT_EQ(s.lastTitle(), "Error");
+        EXPECT_EQ(s.lastText(), c.message) << c.bad;
+        EXPECT_EQ(box, before) << "the last good value comes back";
+    }
+    // The boxes take up to 255 although a reopened window brings back less.
+    scan.txtEndChannel = "200";
+    EXPECT_TRUE(scan.OptionLeft(O::EndChannel));
+    scan.txtStartChannel = "201";
+    EXPECT_TRUE(scan.OptionLeft(O::StartChannel));
+    scan.mnuOptions_Click();
+    EXPECT_FALSE(scan.cmdOptionsClose_Click());
+    EXPECT_EQ(s.lastText(), "Start channel in the range cannot be greater than the end channel");
+    EXPECT_TRUE(scan.fraOptionsVisible);
+    scan.txtStartChannel = "10";
+    scan.txtChannelStep = "5";
+    EXPECT_TRUE(scan.cmdOptionsClose_Click());
+    EXPECT_FALSE(scan.fraOptionsVisible);
+    EXPECT_EQ(scan.scanChannels().size(), 39u);  // 10, 15, ... 200
+    EXPECT_EQ(s.w.glo().channelScan.endChannel, 200);
+
+    // A list of channels instead of the range.
+    scan.optScanMode_Click(1);
+    scan.txtChannelList = "24, 45,69";
+    EXPECT_TRUE(scan.OptionLeft(O::ChannelList));
+    EXPECT_EQ(scan.scanChannels(), (std::vector<int>{24, 45, 69}));
+}
+
+TEST(ChannelScanOptions, RestoredOnlyWithinTheirRanges) {
+    ScanWorld s;
+    auto& kept = s.w.glo().channelScan;
+    kept = {};
+    kept.startChannel = 78;    // channels 1..77
+    kept.endChannel = 77;
+    kept.channelStep = 0;      // 1..77
+    kept.votesPerChannel = 251;  // 10..250
+    kept.startDelay = 241;     // 1..240
+    {
+        Scan& scan = s.open();
+        EXPECT_EQ(scan.txtStartChannel, "1");
+        EXPECT_EQ(scan.txtEndChannel, "77");
+        EXPECT_EQ(scan.txtChannelStep, "1");
+        EXPECT_EQ(scan.txtVotesPerChannel, "50");
+        EXPECT_EQ(scan.txtStartDelay, "10");
+        scan.cmdExit_Click();
+    }
+    s.settle();
+    kept.startChannel = 77;
+    kept.endChannel = 1;
+    kept.channelStep = 77;
+    kept.votesPerChannel = 10;
+    kept.startDelay = 240;
+    Scan& scan = s.open();
+    EXPECT_EQ(scan.txtStartChannel, "77");
+    EXPECT_EQ(scan.txtEndChannel, "1");
+    EXPECT_EQ(scan.txtChannelStep, "77");
+    EXPECT_EQ(scan.txtVotesPerChannel, "10");
+    EXPECT_EQ(scan.txtStartDelay, "240");
+    scan.cmdExit_Click();
+    s.settle();
+    // Closing kept what the boxes held.
+    EXPECT_EQ(kept.startChannel, 77);
+    EXPECT_EQ(kept.endChannel, 1);
+    kept.votesPerChannel = 250;
+    kept.startDelay = 1;
+    Scan& again = s.open();
+    EXPECT_EQ(again.txtVotesPerChannel, "250");
+    EXPECT_EQ(again.txtStartDelay, "1");
+}
+
+TEST(ChannelScanRun, TwoKeypadsFindTheChannelTheNoiseProfileFavours) {
+    ScanWorld s;
+    s.w.main().AddDataToCommandQueue("CHANNELSCAN");
+    s.settle();
+    auto* opened = s.w.c().forms.get<Scan>(Scan::kName);
+    ASSERT_NE(opened, nullptr);
+    Scan& scan = *opened;
+    EXPECT_TRUE(scan.Visible());
+    s.add(scan, "3");
+    s.add(scan, "5");
+    // 77 channels x (0.25 s + 50 votes x 2 keypads x 0.02 s) = 173.25 s.
+    EXPECT_EQ(scan.estimatedSeconds(), 174);
+    EXPECT_EQ(scan.lblEstimatedTime, "Estimated scan time... 0h 2m 54s");
+
+    std::vector<std::string> statuses;
+    scan.changed.connect([&] {
+        if (statuses.empty() || statuses.back() != scan.lblStatus) statuses.push_back(scan.lblStatus);
+    });
+    scan.cmdScan_Click();
+    ASSERT_GE(statuses.size(), 2u);
+    EXPECT_EQ(statuses[0], "Preparing Scan...");
+    EXPECT_EQ(scan.lblStatus, "Scan starting in... 10");
+    EXPECT_EQ(scan.lblPrompt, "Click to Start Scan in 10");
+    EXPECT_EQ(scan.lblKeypadResponse, "Waiting for keypads to respond");
+    EXPECT_EQ(scan.lvwKeypads[0].icon, "WAITING");
+    EXPECT_EQ(scan.lvwKeypads[0].status, "Waiting for response");
+    EXPECT_TRUE(scan.locked());
+    EXPECT_EQ(s.station().callCount("PrepareKeypadSurveyScan"), 1);
+
+    // Locked while it counts down: nothing can be added or started.
+    s.add(scan, "6");
+    scan.cmdScan_Click();
+    EXPECT_EQ(scan.lvwKeypads.size(), 2u);
+    EXPECT_EQ(s.station().callCount("PrepareKeypadSurveyScan"), 1);
+
+    s.w.scheduler.advanceSeconds(4.05);
+    EXPECT_EQ(scan.lblStatus, "Scan starting in... 6");
+    EXPECT_EQ(scan.lblPrompt, "Click to Start Scan in 6");
+    EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 0);
+    s.w.scheduler.advanceSeconds(6.0);
+    EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 1);
+    EXPECT_EQ(scan.state(), Scan::ScanState::Scanning);
+    EXPECT_EQ(scan.lblStatus, "Scanning... 0h 2m 54s");
+    s.w.scheduler.advanceSeconds(60);
+    EXPECT_EQ(scan.lblStatus, "Scanning... 0h 1m 54s");
+    EXPECT_EQ(scan.lvwKeypads[1].icon, "OK");
+    EXPECT_EQ(scan.lvwKeypads[1].status, "Ready");
+    EXPECT_EQ(scan.lblKeypadResponse, "");
+    EXPECT_TRUE(startsWith(scan.txtDebugKpadResults, "HID            | Ch | Vt | Acks\r\n300500003      | 001 | 050 | 0"));
+
+    s.w.scheduler.advanceSeconds(120);
+    EXPECT_EQ(scan.state(), Scan::ScanState::Idle);
+    ASSERT_EQ(scan.results().size(), 1u);
+    EXPECT_EQ(scan.results()[0].replies, 2 * 77);
+    EXPECT_EQ(scan.selectedScan, 1);
+    EXPECT_EQ(scan.lblScanNumber, "Scan 1 of 1");
+    // Channel 24 loses nothing to noise, 45 a tenth, every other channel two fifths.
+    EXPECT_TRUE(startsWith(scan.lblResults,
+                           "Based on scan number 1 of 1 the best 3 radio channels to use are 24, 45 and "))
+        << scan.lblResults;
+    EXPECT_GE(scan.shownScores[24], 95.0);
+    EXPECT_LE(scan.shownScores[2], 60.0);
+    EXPECT_EQ(scan.shownScores[0], 0.0);
+    EXPECT_EQ(scan.axisTitle(), "Channel Number");
+    scan.optGraphType_Click(1);
+    EXPECT_EQ(scan.axisTitle(), "Channel Index");
+    EXPECT_FALSE(scan.locked());
+
+    EXPECT_TRUE(scan.RequestClose());
+    s.settle();
+    EXPECT_FALSE(s.w.c().forms.isLoaded(Scan::kName));
+    // The results last while the controller runs.
+    Scan& again = s.open();
+    EXPECT_EQ(again.lblScanNumber, "Scan 1 of 1");
+    EXPECT_TRUE(startsWith(again.lblResults, "Based on scan number 1 of 1"));
+}
+
+TEST(ChannelScanRun, ABaseSlowerThanTheEstimateShowsCompiling) {
+    ScanWorld s;
+    s.w.baseLibrary.surveyChannelMs = 400;
+    Scan& scan = s.open();
+    s.add(scan, "3");
+    scan.txtStartDelay = "1";
+    scan.OptionLeft(Scan::Option::StartDelay);
+    scan.cmdScan_Click();
+    s.w.scheduler.advanceSeconds(1 + 97 + 0.2);  // the estimate is 97 s
+    EXPECT_EQ(scan.lblStatus, "Compiling Results...");
+    EXPECT_TRUE(scan.results().empty());
+    s.w.scheduler.advanceSeconds(20);
+    EXPECT_EQ(scan.results().size(), 1u);
+    EXPECT_FALSE(scan.locked());
+}
+
+TEST(ChannelScanRun, NoRepliesGiveZeroScoresNamedDashOneAndTwo) {
+    ScanWorld s(kWorld + "absent=300500003\n");
+    Scan& scan = s.open();
+    s.add(scan, "3");
+    s.runScan(scan);
+    ASSERT_EQ(scan.results().size(), 1u);
+    EXPECT_EQ(scan.results()[0].replies, 0);
+    EXPECT_EQ(scan.lblResults, "Based on scan number 1 of 1 the best 3 radio channels to use are -, 1 and 2");
+    EXPECT_EQ(scan.lvwKeypads[0].icon, "WAITING");  // it never answered
+}
+
+TEST(ChannelScanRun, RepliesOfAnotherBasesSurveyAreNotCounted) {
+    ScanWorld s(kTwoBases);
+    auto* g1 = s.drivers.oKVv4();
+    Scan& scan = s.open();
+    s.add(scan, "3");
+    scan.txtChannelList = "24";
+    scan.OptionLeft(Scan::Option::ChannelList);
+    scan.optScanMode_Click(1);
+    scan.cmdScan_Click();
+    s.w.scheduler.advanceSeconds(10.05);
+    // The other base surveys its own keypad at the same time, and ends first.
+    KelvarinSurveyOptions o;
+    o.Channels = {24};
+    o.VotesPerChannel = 10;
+    ASSERT_EQ(g1->PrepareKeypadSurveyScan("100100100600", {"300600020"}, o), 0);
+    ASSERT_EQ(g1->BeginKeypadSurveyScan("100100100600"), 0);
+    s.w.scheduler.advanceSeconds(0.6);
+    EXPECT_EQ(scan.state(), Scan::ScanState::Scanning);
+    EXPECT_EQ(scan.replyCount(), 0u);
+    s.w.scheduler.advanceSeconds(5);
+    ASSERT_EQ(scan.results().size(), 1u);
+    EXPECT_EQ(scan.results()[0].replies, 1);
+    EXPECT_EQ(scan.txtDebugKpadResults.find("300600020"), std::string::npos);
+}
+
+TEST(ChannelScanRun, FailuresOfTheBaseAreShownAndTheWindowGoesOn) {
+    ScanWorld s;
+    Scan& scan = s.open();
+    scan.cmdScan_Click();
+    EXPECT_EQ(s.lastTitle(), "Cannot prepare the scan");
+    EXPECT_EQ(s.lastText(), "You must select at least one keypad for use in a scan");
+    s.add(scan, "3");
+    s.w.baseLibrary.fail("100100100500", "PrepareKeypadSurveyScan", 6);
+    scan.cmdScan_Click();
+    EXPECT_EQ(s.lastTitle(), "PrepareKeypadSurveyScan");
+    EXPECT_EQ(s.lastText(), "Error 6: TX Comms failed");
+    EXPECT_FALSE(scan.locked());
+    EXPECT_EQ(scan.lvwKeypads[0].icon, "NEW");
+
+    s.w.baseLibrary.fail("100100100500", "BeginKeypadSurveyScan", 23);
+    scan.cmdScan_Click();
+    s.w.scheduler.advanceSeconds(2);
+    EXPECT_EQ(scan.lblPrompt, "Click to Start Scan in 8");
+    scan.lblPrompt_Click();  // the operator does not wait for the rest of the delay
+    EXPECT_EQ(s.lastTitle(), "BeginKeypadSurveyScan");
+    EXPECT_EQ(s.lastText(), "Error 23: Requested action error - base busy (Addon Message)");
+    EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 1);
+    EXPECT_FALSE(scan.locked());
+    EXPECT_TRUE(scan.results().empty());
+    s.w.scheduler.advanceSeconds(10);
+    EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 1) << "the countdown ended with the click";
+
+    // And then a scan that works.
+    s.runScan(scan);
+    EXPECT_EQ(scan.results().size(), 1u);
+}
+
+TEST(ChannelScanRun, CancellingAndClosingWhileScanning) {
+    ScanWorld s;
+    Scan& scan = s.open();
+    s.add(scan, "3");
+    scan.cmdScan_Click();
+    s.w.scheduler.advanceSeconds(12);  // scanning, some replies in
+    ASSERT_EQ(scan.state(), Scan::ScanState::Scanning);
+    std::vector<std::string> statuses;
+    scan.changed.connect([&] { statuses.push_back(scan.lblStatus); });
+    scan.cmdCancel_Click();
+    ASSERT_FALSE(statuses.empty());
+    EXPECT_EQ(statuses.front(), "Cancelling Scan");
+    EXPECT_EQ(scan.lblStatus, "Scan Ended");
+    EXPECT_EQ(s.station().callCount("EndKeypadSurveyScan"), 1);
+    s.w.scheduler.advanceSeconds(200);
+    EXPECT_TRUE(scan.results().empty()) << "a cancelled scan adds no result";
+
+    // Closing during a scan is refused and cancels it; the failing end is reported.
+    scan.cmdScan_Click();
+    s.w.scheduler.advanceSeconds(3);
+    s.w.baseLibrary.fail("100100100500", "EndKeypadSurveyScan", 9);
+    EXPECT_FALSE(scan.RequestClose());
+    EXPECT_EQ(s.lastTitle(), "EndKeypadSurveyScan");
+    EXPECT_EQ(s.lastText(), "Error 9: RX Comms time out");
+    EXPECT_EQ(scan.lblStatus, "Cannot close whilst scanning");
+    EXPECT_FALSE(scan.locked());
+    s.settle();
+    EXPECT_TRUE(s.w.c().forms.isLoaded(Scan::kName));
+    s.w.scheduler.advanceSeconds(200);
+    EXPECT_TRUE(scan.results().empty());
+    EXPECT_TRUE(scan.RequestClose());
+}
+
+TEST(ChannelScanResultsKept, DeletingTheOnlyAndOneOfTwoAndTheCumulativeView) {
+    ScanWorld s;
+    Scan& scan = s.open();
+    s.add(scan, "3");
+    scan.txtStartChannel = "20";
+    scan.txtEndChannel = "30";
+    scan.cmdOptionsClose_Click();
+    s.runScan(scan);
+    ASSERT_EQ(scan.results().size(), 1u);
+
+    scan.cmdDeleteResult_Click();
+    EXPECT_EQ(s.lastTitle(), "Delete Aborted");
+    EXPECT_EQ(s.lastText(), "You cannot remove the only remaining scan results");
+    EXPECT_EQ(scan.results().size(), 1u);
+
+    // A second scan where channel 24 is jammed and 26 is clear.
+    s.station().setup.channelNoise = {{24, 100}, {26, 0}};
+    s.runScan(scan);
+    ASSERT_EQ(scan.results().size(), 2u);
+    EXPECT_EQ(scan.lblScanNumber, "Scan 2 of 2");
+    EXPECT_TRUE(startsWith(scan.lblResults, "Based on scan number 2 of 2 the best 3 radio channels to use are 26, "));
+
+    scan.chkShowCumulativeGraph_Click(true);
+    EXPECT_EQ(scan.lblStatus, "Showing Cumulative Results...");
+    EXPECT_EQ(scan.lblScanNumber, "Cumulative");
+    EXPECT_EQ(scan.shownReplies, 22);
+    EXPECT_EQ(scan.shownScores[24], scan.results()[0].scores[24] + scan.results()[1].scores[24]);
+    EXPECT_TRUE(startsWith(scan.lblResults,
+                           "Based on the combined results of the 2 scan(s) performed the best 3 radio channels to use are "));
+    scan.chkShowCumulativeGraph_Click(false);
+    EXPECT_EQ(scan.lblStatus, "");
+
+    scan.cmdScrollGraph_Click(1);  // round to the first
+    EXPECT_EQ(scan.lblScanNumber, "Scan 1 of 2");
+    s.w.dialogs.answers = {false};
+    scan.cmdDeleteResult_Click();
+    EXPECT_EQ(s.lastTitle(), "Confirm Delete");
+    EXPECT_EQ(s.lastText(), "Remove scanning results 1 of 2?");
+    EXPECT_EQ(scan.results().size(), 2u);
+    s.w.dialogs.answers = {true};
+    scan.cmdDeleteResult_Click();
+    ASSERT_EQ(scan.results().size(), 1u);
+    // What is left is the second scan, compiled again.
+    EXPECT_EQ(scan.lblScanNumber, "Scan 1 of 1");
+    EXPECT_TRUE(startsWith(scan.lblResults, "Based on scan number 1 of 1 the best 3 radio channels to use are 26, "));
+    EXPECT_EQ(scan.shownScores[24], 0.0);
+}

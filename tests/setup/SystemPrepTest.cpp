@@ -1,0 +1,366 @@
+// The system-preparation window over simulated bases of the second Corehub generation.
+#include <gtest/gtest.h>
+#include <xlsxwriter.h>
+
+#include "SetupWorld.h"
+#include "core/MainForm.h"
+#include "platform/files/FileSpreadsheet.h"
+#include "setup/SystemPrep.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+
+// One G2 base with two registered keypads and a presenter; two spare keypads lie in the room,
+// the second of them with old firmware.
+const std::string kWorld = R"([bases]
+count=1
+[base1]
+type=KELVARIN COREHUB G2
+id=100100100700
+keypads=1-2
+hidstart=300700001
+presenter=300799901
+spares=300700010-300700011
+firmware.300700011=2.00.01.1901.1200
+)";
+
+using Prep = frmKelvarinCorehubSystemPrep;
+
+struct PrepWorld : SetupWorld {
+    explicit PrepWorld(const std::string& world = kWorld) : SetupWorld(world) {}
+    Prep& open() { return showSystemPrep(w.c()); }
+    // Through the base's preparation to the device lists.
+    Prep& openPrepared() {
+        Prep& p = open();
+        settle();
+        p.cmdSetupBaseUnplug_Click();
+        settle();
+        return p;
+    }
+    void enterKeypad(Prep& p, const std::string& hid, const std::string& sid = "") {
+        p.txtKeypadHID = hid;
+        if (!sid.empty()) p.txtStartingSID = sid;
+        p.txtKeypadHID_Enter();
+    }
+    bool registered(const std::string& hid) { return station().keypadByHid(hid) != nullptr; }
+};
+
+std::vector<std::string> column(const std::vector<PrepDeviceRow>& rows, std::string PrepDeviceRow::*field) {
+    std::vector<std::string> out;
+    for (const auto& r : rows) out.push_back(r.*field);
+    return out;
+}
+
+std::filesystem::path invoice(const std::filesystem::path& dir, const char* sheet = "Serial Numbers") {
+    const auto file = dir / "invoice.xlsx";
+    lxw_workbook* wb = workbook_new(file.string().c_str());
+    worksheet_write_string(workbook_add_worksheet(wb, "Invoice"), 0, 0, "Invoice 77", nullptr);
+    lxw_worksheet* s = workbook_add_worksheet(wb, sheet);
+    worksheet_write_string(s, 0, 0, "Serial Number", nullptr);
+    worksheet_write_string(s, 7, 0, "stale", nullptr);
+    EXPECT_EQ(workbook_close(wb), LXW_NO_ERROR);
+    return file;
+}
+
+}  // namespace
+
+TEST(SystemPrepRun, PreparesTheBaseProgramsFourKeypadsAndExportsTheirSerialNumbers) {
+    PrepWorld s;
+    s.w.main().AddDataToCommandQueue("SYSTEMPREP");
+    s.settle();
+    auto* opened = s.w.c().forms.get<Prep>(Prep::kName);
+    ASSERT_NE(opened, nullptr);
+    Prep& p = *opened;
+    EXPECT_TRUE(p.Visible());
+
+    // A: the base is reset, then waits for the operator to replug it.
+    ASSERT_EQ(p.lvwBaseStations.size(), 1u);
+    EXPECT_EQ(p.lvwBaseStations[0].key, "K:100100100700");
+    EXPECT_EQ(p.lvwBaseStations[0].icon, "OK");
+    EXPECT_EQ(p.lblStatus, "PROGRAMMING BASE");
+    EXPECT_EQ(s.station().callCount("ResetBase"), 1);
+    EXPECT_TRUE(p.lblSetupBaseResetDone);
+    EXPECT_TRUE(p.cmdSetupBaseUnplugEnabled);
+    EXPECT_EQ(p.prepStep, Prep::kStepReplug);
+    s.settle(1000);
+    EXPECT_EQ(s.station().callCount("RebootRadio"), 0) << "nothing happens until the operator says so";
+    p.cmdSetupBaseUnplug_Click();
+    EXPECT_EQ(s.station().callCount("RebootRadio"), 1);
+    // The base runs the latest firmware: no question.
+    EXPECT_TRUE(s.w.dialogs.shown.empty()) << s.lastText();
+    s.settle();
+
+    // The lists: the registered keypads and the presenter.
+    EXPECT_EQ(p.prepStep, Prep::kStepDeviceLists);
+    EXPECT_EQ(column(p.lvwKeypadRegister, &PrepDeviceRow::key),
+              (std::vector<std::string>{"K:300700001", "K:300700002"}));
+    EXPECT_EQ(p.lvwKeypadRegister[0].hid, "300 700 001");
+    EXPECT_EQ(p.lvwKeypadRegister[1].sid, "2");
+    EXPECT_EQ(p.lvwKeypadRegister[0].icon, "UNKNOWN");
+    ASSERT_EQ(p.lvwPresenterScannerRegister.size(), 1u);
+    EXPECT_EQ(p.lvwPresenterScannerRegister[0].key, "K:300799901");
+    EXPECT_EQ(p.txtStartingSID, "3");
+
+    // B: the two spares entered by hand, one with blanks between its digit groups.
+    s.enterKeypad(p, "300 700 010");
+    s.enterKeypad(p, "300700011");
+    EXPECT_TRUE(s.w.dialogs.shown.empty()) << s.lastText();
+    ASSERT_EQ(p.lvwKeypadRegister.size(), 4u);
+    EXPECT_EQ(p.lvwKeypadRegister[2].key, "K:300700010");
+    EXPECT_EQ(p.lvwKeypadRegister[2].sid, "3");
+    EXPECT_EQ(p.lvwKeypadRegister[3].sid, "4");
+    EXPECT_TRUE(s.registered("300700010"));
+    EXPECT_EQ(s.station().keypadByHid("300700011")->sid, 4);
+    EXPECT_TRUE(p.cmdProgramKeypadsEnabled);
+
+    // C: programming.
+    std::vector<std::string> statuses;
+    p.changed.connect([&] {
+        if (statuses.empty() || statuses.back() != p.lblStatus) statuses.push_back(p.lblStatus);
+    });
+    p.cmdProgramKeypads_Click();
+    ASSERT_GE(statuses.size(), 3u);
+    EXPECT_EQ(statuses[0], "Waiting for keypads to join base....");
+    EXPECT_EQ(statuses[1], "Updating base for programming....");
+    EXPECT_EQ(p.lblStatus, "Waiting for keypads to respond...");
+    EXPECT_EQ(column(p.lvwKeypadRegister, &PrepDeviceRow::status), std::vector<std::string>(4, "Waiting..."));
+    EXPECT_EQ(p.lvwKeypadRegister[0].icon, "BUSY");
+    EXPECT_TRUE(s.station().setup.session.RegistrationOpen);
+    EXPECT_EQ(p.lblCountdown, "30s");
+
+    s.w.scheduler.advanceSeconds(1.05);
+    EXPECT_EQ(p.lblCountdown, "29s");
+    EXPECT_EQ(column(p.lvwKeypadRegister, &PrepDeviceRow::status),
+              (std::vector<std::string>{"Programmed", "Programmed", "Programmed", "Old Firmware Detected"}));
+    EXPECT_EQ(p.lvwKeypadRegister[3].icon, "ERROR");
+    EXPECT_EQ(p.lblStatus, "3 of 4 keypads responded OK, 1 errors");
+    EXPECT_TRUE(s.registered("300700011")) << "a keypad with old firmware stays registered";
+    EXPECT_EQ(p.lvwPresenterScannerRegister[0].icon, "OK");
+
+    s.w.scheduler.advanceSeconds(30);
+    EXPECT_EQ(p.prepStep, Prep::kStepDone);
+    EXPECT_EQ(p.lblCountdown, "");
+    EXPECT_FALSE(s.station().setup.session.RegistrationOpen);
+    EXPECT_EQ(p.lblStatus, "3 of 4 keypads responded OK, 1 errors");
+
+    // E: the serial numbers into the invoice workbook.
+    FileSpreadsheet files;
+    s.w.c().spreadsheet = &files;
+    const auto book = invoice(s.w.dir.path());
+    s.w.dialogs.inputs = {book.string()};
+    s.w.dialogs.answers = {true};
+    p.cmdExportToExcel_Click();
+    EXPECT_EQ(s.lastTitle(), "Confirm Update");
+    EXPECT_EQ(s.lastText(), "Update serial number information in the following Excel invoice file?\r\ninvoice.xlsx");
+    const auto rows = readXlsxSheet(book, "Serial Numbers");
+    std::vector<std::string> serials;
+    for (std::size_t r = 1; r < rows.size(); ++r) serials.push_back(rows[r].empty() ? "" : rows[r][0]);
+    EXPECT_EQ(serials, (std::vector<std::string>{"300 700 001", "300 700 002", "300 700 010", "300 700 011",
+                                                 "300 799 901"}))
+        << "the stale number in row 8 is emptied";
+    EXPECT_EQ(rows[0][0], "Serial Number");
+    EXPECT_EQ(readXlsxFirstSheet(book)[0][0], "Invoice 77");
+
+    // F: one keypad is not OK, so leaving is asked about.
+    s.w.dialogs.answers = {false};
+    EXPECT_FALSE(p.RequestClose());
+    EXPECT_EQ(s.lastTitle(), "Confirm");
+    EXPECT_EQ(s.lastText(), "Not all devices are confirmed as programmed, are you sure you wish to continue?");
+    s.w.dialogs.answers = {true};
+    EXPECT_TRUE(p.RequestClose());
+    s.settle();
+    EXPECT_FALSE(s.w.c().forms.isLoaded(Prep::kName));
+}
+
+TEST(SystemPrepFirmware, EqualToTheLatestIsOkAndOlderIsFlagged) {
+    // Keypad 2 runs exactly the latest keypad firmware, keypad 1 one build older (the date
+    // code's year is compared first); the presenter an older build.
+    PrepWorld s(R"([bases]
+count=1
+[base1]
+type=KELVARIN COREHUB G2
+id=100100100700
+keypads=1-2
+hidstart=300700001
+presenter=300799901
+firmware.300700001=2.00.01.2003.2038
+firmware.300700002=2.00.01.2103.2038
+firmware.300799901=2.00.01.2103.2102
+)");
+    Prep& p = s.openPrepared();
+    p.cmdProgramKeypads_Click();
+    s.w.scheduler.advanceSeconds(1);
+    EXPECT_EQ(p.lvwKeypadRegister[0].status, "Old Firmware Detected");
+    EXPECT_EQ(p.lvwKeypadRegister[1].status, "Programmed");
+    EXPECT_EQ(p.lvwKeypadRegister[1].icon, "OK");
+    EXPECT_EQ(p.lblStatus, "1 of 2 keypads responded OK, 1 errors");
+    EXPECT_EQ(p.lvwPresenterScannerRegister[0].icon, "ERROR");
+    EXPECT_EQ(p.lvwPresenterScannerRegister[0].status, "Old Firmware Detected");
+}
+
+TEST(SystemPrepFirmware, AnOldBaseIsAskedAbout) {
+    PrepWorld s(kWorld + "firmware=2.00.01.1801.1544\n");
+    Prep& p = s.open();
+    s.settle();
+    s.w.dialogs.answers = {false};
+    p.cmdSetupBaseUnplug_Click();
+    EXPECT_EQ(s.lastTitle(), "System Prep");
+    EXPECT_EQ(s.lastText(),
+              "Base station 100 100 100 700\r\nBase station firmware must be updated.\r\n100 100 100 700 firmware: "
+              "2.00.01.1801.1544\r\nLatest base station firmware: 2.00.01.1801.1545\r\n\r\nContinue with the base "
+              "station as is?");
+    s.settle();
+    // No: the set-up stops with that base; its lists are not shown.
+    EXPECT_EQ(p.prepStep, Prep::kStepReplug);
+    EXPECT_TRUE(p.lvwKeypadRegister.empty());
+    s.w.dialogs.answers = {false};
+    EXPECT_FALSE(p.RequestClose());
+    EXPECT_EQ(s.lastTitle(), "Confirm Exit");
+    EXPECT_EQ(s.lastText(), "The setup process is incomplete, are you sure you wish to quit now?");
+    EXPECT_TRUE(p.RequestClose());
+    s.settle();
+
+    // Yes: it goes on as it is.
+    Prep& again = s.open();
+    s.settle();
+    s.w.dialogs.answers = {true};
+    again.cmdSetupBaseUnplug_Click();
+    s.settle();
+    EXPECT_EQ(again.prepStep, Prep::kStepDeviceLists);
+    EXPECT_EQ(again.lvwKeypadRegister.size(), 2u);
+}
+
+TEST(SystemPrepSteps, AFailingBaseIsReportedAndAnUnknownStepRefused) {
+    PrepWorld s;
+    s.w.baseLibrary.fail("100100100700", "ResetBase", 6);
+    Prep& p = s.open();
+    s.settle();
+    EXPECT_TRUE(s.w.dialogs.any("Code: 6\r\nBase Station: 100 100 100 700\r\nDescription: TX Comms failed"));
+    // The controller goes on: the lists follow.
+    EXPECT_EQ(p.prepStep, Prep::kStepDeviceLists);
+    EXPECT_EQ(p.lvwKeypadRegister.size(), 2u);
+
+    p.prepStep = 3;
+    p.tmrPrep.setEnabled(true);
+    s.settle();
+    EXPECT_EQ(s.lastTitle(), "Error");
+    EXPECT_EQ(s.lastText(), "Unknown timer event activated");
+    EXPECT_FALSE(p.tmrPrep.enabled());
+}
+
+TEST(SystemPrepEntry, BadTextIsRefusedAndTheListsStayAsTheyWere) {
+    PrepWorld s;
+    Prep& p = s.openPrepared();
+    const auto keypads = p.lvwKeypadRegister;
+    for (const char* bad : {"", "   ", "300-700-010", "30070O010", "1234567890123456"}) {
+        s.enterKeypad(p, bad);
+        EXPECT_EQ(s.lastTitle(), "Error");
+        EXPECT_EQ(s.lastText(), "Invalid HID entered") << bad;
+    }
+    for (const char* bad : {"x", "0", "4096", "1.5"}) {
+        s.enterKeypad(p, "300700010", bad);
+        EXPECT_EQ(s.lastText(), "Invalid SID entered") << bad;
+    }
+    p.txtPresenterScannerHID = "presenter";
+    p.txtPresenterScannerHID_Enter();
+    EXPECT_EQ(s.lastText(), "Invalid HID entered");
+    EXPECT_EQ(column(p.lvwKeypadRegister, &PrepDeviceRow::key), column(keypads, &PrepDeviceRow::key));
+    EXPECT_EQ(p.lvwPresenterScannerRegister.size(), 1u);
+    EXPECT_FALSE(s.registered("300700010"));
+    EXPECT_EQ(s.station().callCount("AddKeypadToRegistry"), 0);
+
+    // A base that refuses the entry: its error, and no row.
+    s.station().setup.session.RegistryMode = 0;
+    s.enterKeypad(p, "300700010", "3");
+    EXPECT_TRUE(s.w.dialogs.any("Code: 21\r\nBase Station: 100 100 100 700\r\nDescription: Registry mode is Fixed "
+                                "(read only)"));
+    EXPECT_EQ(p.lvwKeypadRegister.size(), 2u);
+}
+
+TEST(SystemPrepEntry, SwappingAndDeletingKeypads) {
+    PrepWorld s;
+    Prep& p = s.openPrepared();
+    p.cmdScanKeypadSwap_Click();
+    EXPECT_EQ(s.lastTitle(), "Error");
+    EXPECT_EQ(s.lastText(), "Nothing selected to replace");
+
+    p.lvwKeypadRegister[1].selected = true;
+    s.w.dialogs.inputs = {std::string("abc")};
+    p.cmdScanKeypadSwap_Click();
+    EXPECT_EQ(s.lastText(), "Invalid HID entered");
+    EXPECT_EQ(p.lvwKeypadRegister[1].key, "K:300700002");
+    EXPECT_TRUE(s.registered("300700002"));
+
+    s.w.dialogs.inputs = {std::string(" 300 700 010 ")};
+    p.cmdScanKeypadSwap_Click();
+    EXPECT_EQ(s.w.dialogs.shown.back().title, "Replace Keypad");
+    EXPECT_EQ(s.w.dialogs.shown.back().text, "Scan/enter new HID");
+    EXPECT_EQ(p.lvwKeypadRegister[1].key, "K:300700010");
+    EXPECT_EQ(p.lvwKeypadRegister[1].hid, "300 700 010");
+    EXPECT_EQ(p.lvwKeypadRegister[1].sid, "2");
+    EXPECT_EQ(p.lvwKeypadRegister[1].icon, "UNKNOWN");
+    EXPECT_FALSE(s.registered("300700002"));
+    ASSERT_TRUE(s.registered("300700010"));
+    EXPECT_EQ(s.station().keypadByHid("300700010")->sid, 2) << "the new keypad takes the old one's number";
+    EXPECT_TRUE(p.cmdProgramKeypadsEnabled);
+
+    // Deleting asks first; "No" keeps everything.
+    p.lvwKeypadRegister[0].selected = true;
+    s.w.dialogs.answers = {false};
+    p.cmdScanKeypadDelete_Click();
+    EXPECT_EQ(s.lastTitle(), "Confirm Delete");
+    EXPECT_EQ(s.lastText(), "Remove selected Keypads(s) from this system?");
+    EXPECT_EQ(p.lvwKeypadRegister.size(), 2u);
+    s.w.dialogs.answers = {true};
+    p.cmdScanKeypadDelete_Click();
+    EXPECT_TRUE(p.lvwKeypadRegister.empty());
+    EXPECT_FALSE(s.registered("300700001"));
+    EXPECT_FALSE(s.registered("300700010"));
+
+    p.lvwPresenterScannerRegister[0].selected = true;
+    p.cmdPresenterScannerDelete_Click();
+    EXPECT_EQ(s.lastText(), "Remove selected Presenter/Scanner(s) from this system?");
+    EXPECT_TRUE(p.lvwPresenterScannerRegister.empty());
+    EXPECT_FALSE(p.cmdProgramKeypadsEnabled);
+}
+
+TEST(SystemPrepExport, EveryFailureHasItsMessageAndWritesNothing) {
+    PrepWorld s;
+    Prep& p = s.openPrepared();
+    // No spreadsheet program at all.
+    p.cmdExportToExcel_Click();
+    EXPECT_EQ(s.lastTitle(), "Unable to Export to Excel");
+    EXPECT_EQ(s.lastText(), "Excel object not found\r\nError connecting to Excel application");
+
+    FileSpreadsheet files;
+    s.w.c().spreadsheet = &files;
+    s.w.dialogs.inputs = {(s.w.dir / "nowhere.xlsx").string()};
+    p.cmdExportToExcel_Click();
+    EXPECT_EQ(s.lastText(), "There are no workbooks open in Excel");
+
+    const auto book = invoice(s.w.dir.path(), "Serials");
+    s.w.dialogs.inputs = {book.string()};
+    p.cmdExportToExcel_Click();
+    EXPECT_EQ(s.lastTitle(), "Unable to Export to Excel");
+    EXPECT_EQ(s.lastText(), "There are no Serial Number worksheets available in any open Excel files");
+
+    const auto damaged = s.w.dir / "damaged.xlsx";
+    writeFile(damaged, "PK not really");
+    s.w.dialogs.inputs = {damaged.string()};
+    p.cmdExportToExcel_Click();
+    EXPECT_EQ(s.lastTitle(), "Export to Excel Error");
+    EXPECT_TRUE(startsWith(s.lastText(), "Error 1004\r\nCannot update workbook 'damaged.xlsx'")) << s.lastText();
+
+    // "No" to the update writes nothing; the named workbook is offered again next time.
+    std::filesystem::remove(book);
+    const auto good = invoice(s.w.dir.path());
+    const auto before = readXlsxSheet(good, "Serial Numbers");
+    s.w.dialogs.inputs = {"\"" + good.string() + "\""};
+    s.w.dialogs.answers = {false};
+    p.cmdExportToExcel_Click();
+    EXPECT_EQ(s.lastTitle(), "Confirm Update");
+    EXPECT_EQ(readXlsxSheet(good, "Serial Numbers"), before);
+    EXPECT_EQ(p.exportWorkbook, good.string());
+}
