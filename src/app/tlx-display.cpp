@@ -1,7 +1,8 @@
 // tlx-display: the reference display program. Started by the presentation add-in's quick vote
 // for a vote slide (or by hand), it configures and opens the vote through the controller's
-// automation class, draws the live result on the terminal and ends the vote.
+// automation class, draws the live result on the terminal or in a window, and ends the vote.
 #include <CLI/CLI.hpp>
+#include <QApplication>
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusError>
@@ -14,6 +15,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -24,7 +26,9 @@
 #include "platform/dbus/DbusSignalTap.h"
 #include "platform/qt/QtScheduler.h"
 #include "presentation/display/DisplayRun.h"
+#include "presentation/display/DisplayScreen.h"
 #include "tlx/Version.h"
+#include "ui/DisplayWindow.h"
 
 namespace {
 
@@ -105,19 +109,30 @@ bool watchInput() {
     return true;
 }
 
+// Whether a window can be shown: Qt would otherwise end the program on its own, with a less
+// helpful message.
+bool displayAvailable() {
+    for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
+        const char* v = std::getenv(name);
+        if (v && *v) return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
+    // The command line is read before Qt starts, so that --help and --version need no display.
     CLI::App cli{
         "tlx-display: the reference display program. It finds the vote slide the controller names (the "
         "presentation tag tlxCurrentSlide) and its vote tag, sends the vote's configuration and STARTVOTE "
         "through the automation class on the session bus, shows the live result, and ends the vote with "
-        "ENDVOTE after --seconds, on a line typed on standard input, on SIGINT or SIGTERM, or when the "
-        "controller goes. Exit codes: 0 done; 1 no vote to run; 2 bad command line; 3 no controller answers."};
+        "ENDVOTE after --seconds, on a line typed on standard input, on SIGINT or SIGTERM, from the window's "
+        "Close vote button, or when the controller goes. Exit codes: 0 done; 1 no vote to run; 2 bad command line "
+        "(or --window with no display); 3 no controller answers."};
     DisplayOptions opt;
     int slide = 0, options = 0;
-    bool plain = false;
+    bool plain = false, window = false;
     std::string address;
     double replyTimeout = 10;
     cli.add_option("--slide", slide, "the vote slide (default: the one the controller names)")
@@ -136,6 +151,9 @@ int main(int argc, char** argv) {
         ->check(CLI::Range(0.001, 86400.0));
     cli.set_version_flag("--version", std::string("tlx-display ") + tlx::version::kText);
     cli.add_flag("--plain", plain, "one line per update instead of a chart (the default when not on a terminal)");
+    cli.add_flag("--window", window,
+                 "show the vote in a window: live bars with counts and shares, the voters so far, the final table, "
+                 "and a Close vote button (the terminal still gets the notes and the result)");
     cli.add_option("--refresh", opt.refreshSeconds, "seconds between redraws at most (default 0.25)")
         ->check(CLI::Range(0.05, 10.0));
     cli.add_option("--wait", opt.connectSeconds, "seconds to wait for the controller (default 10)")
@@ -161,6 +179,19 @@ int main(int argc, char** argv) {
         opt.keypadsActive = *list;
     }
     opt.tag = toUpper(opt.tag);
+    if (window && !displayAvailable()) {
+        std::cerr << "tlx-display: --window needs a display (DISPLAY or WAYLAND_DISPLAY is not set)" << std::endl;
+        return kExitUsage;
+    }
+    std::unique_ptr<QCoreApplication> app;
+    if (window) {
+        auto gui = std::make_unique<QApplication>(argc, argv);
+        // The run decides when the program ends (its result stays on screen until closed).
+        gui->setQuitOnLastWindowClosed(false);
+        app = std::move(gui);
+    } else {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
 
     QDBusConnection bus = address.empty() ? QDBusConnection::sessionBus()
                                           : QDBusConnection::connectToBus(QString::fromStdString(address),
@@ -171,15 +202,32 @@ int main(int argc, char** argv) {
         return DisplayRun::kExitNoController;
     }
 
-    Terminal term(!plain && ::isatty(STDOUT_FILENO), terminalWidth());
+    Terminal term(!window && !plain && ::isatty(STDOUT_FILENO), terminalWidth());
     QtScheduler scheduler;
     DbusDisplayLink link(bus, static_cast<int>(replyTimeout * 1000.0));
     DisplayRun run(scheduler, link, opt);
     run.note = [&](const std::string& t) { term.note(t); };
     run.problem = [&](const std::string& t) { term.problem(t); };
-    run.live = [&](const DisplayModel& m) { term.live(m); };
+    // With a window, the window draws the live tally; the terminal keeps a record.
+    if (!window) run.live = [&](const DisplayModel& m) { term.live(m); };
     run.result = [&](const DisplayModel& m) { term.result(m); };
-    run.finished = [](int code) { QCoreApplication::exit(code); };
+    std::unique_ptr<DisplayScreen> screen;
+    std::unique_ptr<DisplayWindow> view;
+    if (window) {
+        screen = std::make_unique<DisplayScreen>(run);
+        screen->quit = [](int code) { QCoreApplication::exit(code); };
+        view = std::make_unique<DisplayWindow>(*screen);
+        view->show();
+    } else {
+        run.finished = [](int code) { QCoreApplication::exit(code); };
+    }
+    // An interruption ends the vote; with the window still showing the result, it ends the program.
+    auto interrupt = [&] {
+        if (window && run.phase() == DisplayRun::Phase::Done)
+            QCoreApplication::exit(run.exitCode());
+        else
+            run.requestEnd("interrupted");
+    };
 
     // The controller's events; the match rules are in place before our first call.
     DbusSignalTap tap(bus, [&run](const QDBusMessage& m) {
@@ -211,11 +259,11 @@ int main(int argc, char** argv) {
     std::unique_ptr<QSocketNotifier> interrupts;
     if (catchSignals()) {
         interrupts = std::make_unique<QSocketNotifier>(signalPipe[0], QSocketNotifier::Read);
-        QObject::connect(interrupts.get(), &QSocketNotifier::activated, [&run] {
+        QObject::connect(interrupts.get(), &QSocketNotifier::activated, [&interrupt] {
             char buf[16];
             while (::read(signalPipe[0], buf, sizeof buf) > 0) {
             }
-            run.requestEnd("interrupted");
+            interrupt();
         });
     }
     std::unique_ptr<QSocketNotifier> input;
@@ -236,5 +284,9 @@ int main(int argc, char** argv) {
 
     // Inside the loop, so that an early end reaches it.
     QTimer::singleShot(0, [&run] { run.start(); });
-    return QCoreApplication::exec();
+    const int code = QCoreApplication::exec();
+    // The window and its model go before the run they show.
+    view.reset();
+    screen.reset();
+    return code;
 }

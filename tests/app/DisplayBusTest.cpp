@@ -139,3 +139,64 @@ TEST(DisplayProgram, EndsWithTheControllerAndSaysWhenThereIsNone) {
     EXPECT_TRUE(d.printed("tlx-display: the controller left the bus\nResult: Pick one\n")) << d.out;
     EXPECT_TRUE(d.printed("the controller left before the vote was ended")) << d.out;
 }
+
+TEST(DisplayProgram, InAWindowItRunsTheSameVoteAndKeepsTheResultUpUntilTold) {
+    DisplayWorld d;
+    ASSERT_TRUE(d.bus.ok()) << d.bus.problem();
+    d.serve();
+    QProcessEnvironment env = d.bus.programEnvironment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    d.display.setProcessEnvironment(env);
+    d.display.start(TLX_DISPLAY_PATH, {"--window", "--slide", "2", "--refresh", "0.1"});
+    ASSERT_TRUE(d.display.waitForStarted(10000));
+    ASSERT_TRUE(d.until([&] { return d.base().voteOpen; })) << d.out << d.display.readAllStandardError().toStdString();
+    ASSERT_TRUE(d.w.baseLibrary.press(kBase, 1, "2"));
+    ASSERT_TRUE(d.w.baseLibrary.press(kBase, 2, "2"));
+    ASSERT_TRUE(d.until([&] {
+        for (const auto& l : d.w.logLines())
+            if (l.find("[2;2],") != std::string::npos) return true;
+        return false;
+    }));
+
+    // An interruption ends the vote as on the terminal; the result stays on screen.
+    d.display.terminate();
+    ASSERT_TRUE(d.until([&] { return d.printed("Result: Which colour do you like best?\n"); })) << d.out;
+    EXPECT_FALSE(d.base().voteOpen);
+    EXPECT_TRUE(d.printed("tlx-display: ending the vote (interrupted)\n")) << d.out;
+    EXPECT_TRUE(d.printed("      2  Green        2   100.0%  ")) << d.out;
+    EXPECT_EQ(d.display.state(), QProcess::Running) << "the window keeps the result up";
+    // Told again, it goes.
+    d.display.terminate();
+    ASSERT_TRUE(d.until([&] { return d.display.state() == QProcess::NotRunning; })) << d.out;
+    EXPECT_EQ(d.display.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(d.display.exitCode(), 0) << d.display.readAllStandardError().toStdString();
+}
+
+TEST(DisplayProgram, AVoteTagItCannotReadEndsItBeforeTheControllerHearsOfAVote) {
+    DisplayWorld d;
+    ASSERT_TRUE(d.bus.ok()) << d.bus.problem();
+    d.serve();
+    d.w.presentation.application().activePresentation()->slide(2)->tags().add("TLXVOTE", "<VoteType>SINGLEDIGIT<Options>4</Options>");
+    const ProgramRun run = runProgram(TLX_DISPLAY_PATH, {"--plain", "--slide", "2"}, d.bus.programEnvironment(), 30.0);
+    EXPECT_EQ(run.exitCode, 1) << run.out << run.err;
+    EXPECT_NE(run.err.find("tlx-display: the TLXVOTE tag of slide 2 cannot be read: <VoteType> has no closing tag; "
+                           "text outside an element: \"SINGLEDIGIT\"; no vote was sent\n"),
+              std::string::npos)
+        << run.err;
+    d.until([] { return false; }, 0.5);  // whatever might have been queued runs
+    EXPECT_FALSE(d.w.glo().voteRunning);
+    EXPECT_FALSE(d.base().voteOpen);
+    for (const auto& l : d.w.logLines()) {
+        EXPECT_EQ(l.find(" - RX - "), std::string::npos) << "the controller received " << l;
+    }
+
+    // --help and --version need no display, with or without --window.
+    QProcessEnvironment bare = d.bus.programEnvironment();
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) bare.remove(name);
+    const ProgramRun help = runProgram(TLX_DISPLAY_PATH, {"--window", "--help"}, bare, 30.0);
+    EXPECT_EQ(help.exitCode, 0) << help.err;
+    EXPECT_NE(help.out.find("--window"), std::string::npos);
+    const ProgramRun noDisplay = runProgram(TLX_DISPLAY_PATH, {"--window", "--slide", "2"}, bare, 30.0);
+    EXPECT_EQ(noDisplay.exitCode, 2);
+    EXPECT_EQ(noDisplay.err, "tlx-display: --window needs a display (DISPLAY or WAYLAND_DISPLAY is not set)\n");
+}

@@ -8,53 +8,15 @@
 
 #include "platform/sim/VirtualScheduler.h"
 #include "presentation/display/DisplayRun.h"
+#include "support/FakeDisplayLink.h"
 
 using namespace tlx;
+using tlx::test::FakeLink;
 
 namespace {
 
 const char* kColours = "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>";
 const char* kInfoReply = "baseType=KELVARIN COREHUB G2\r\noffset=0,0,1,20,False\r\nnumKeypads=80\r\nmaxKeypads=80";
-
-// The controller and the simulated show as the run sees them, scripted.
-class FakeLink : public DisplayLink {
-public:
-    LinkResult<bool> init() override {
-        ++inits;
-        return gate(initAbsent-- <= 0, true);
-    }
-    LinkResult<int> currentSlide() override { return gate(true, current); }
-    LinkResult<bool> sendCommand(const std::string& line) override {
-        if (absent || refuse-- > 0) return gate(true, false);
-        sent.push_back(line);
-        if (onSend) onSend(line);
-        return gate(true, true);
-    }
-    LinkResult<int> showSlide() override { return sim(showing); }
-    LinkResult<std::string> slideTag(int slide, const std::string& name) override { return sim(tags[{slide, name}]); }
-    LinkResult<std::string> slideText(int slide, const std::string& shape) override { return sim(texts[{slide, shape}]); }
-
-    bool absent = false;  // nobody on the bus
-    int initAbsent = 0;   // init finds nobody this many times
-    int refuse = 0;       // SendCommand answers false this many times
-    bool simulation = true;
-    int current = 2, showing = 0, inits = 0;
-    std::map<std::pair<int, std::string>, std::string> tags, texts;
-    std::vector<std::string> sent;
-    std::function<void(const std::string&)> onSend;
-
-private:
-    template <class T>
-    LinkResult<T> gate(bool there, T value) {
-        if (absent || !there) return {T{}, LinkStatus::NoController, "tallix_control.tallix does not answer"};
-        return {std::move(value), LinkStatus::Ok, ""};
-    }
-    template <class T>
-    LinkResult<T> sim(T value) {
-        if (!simulation) return {T{}, LinkStatus::Unavailable, "No such object path '/sim/show'"};
-        return {std::move(value), LinkStatus::Ok, ""};
-    }
-};
 
 class Display : public ::testing::Test {
 protected:
@@ -209,12 +171,11 @@ TEST_F(Display, AReshowRunsNoVoteAndAnOptionCountFallsBackToTheAnswers) {
 
     // No <Options>: as many as the slide has answers; no answers either: the controller's default.
     link.tags[{2, "TLXRESHOW"}] = "";
-    link.tags[{2, "TLXQUIZ"}] = "<VoteType>SINGLEDIGIT</VoteType><Options>x</Options>";
+    link.tags[{2, "TLXQUIZ"}] = "<VoteType>SINGLEDIGIT</VoteType>";
     link.sent.clear();
     exitCode.reset();
     started();
     EXPECT_EQ(link.sent[2], "options=4");
-    EXPECT_TRUE(noted("TLXQUIZ of slide 2: <Options> \"x\" is not an option count from 1 to 1000; the default is kept"));
     link.texts.clear();
     link.sent.clear();
     started();
@@ -302,4 +263,51 @@ TEST_F(Display, BatchesBeforeTheVoteDoNotCountAndRedrawsComeAtMostOncePerPeriod)
     scheduler.advance(500);
     EXPECT_EQ(lives.size(), 4u) << "a skipped record shows in the count";
     EXPECT_EQ(r.model().tally.skipped(), 1);
+}
+
+TEST_F(Display, AMalformedVoteTagIsNamedAndNoVoteIsSent) {
+    // Whatever the fault, the run says what it is, sends nothing and ends with "no vote".
+    const std::pair<const char*, const char*> faults[] = {
+        {"<VoteType>SINGLEDIGIT</VoteType><Options>x</Options>",
+         "the TLXVOTE tag of slide 2 cannot be read: <Options> \"x\" is not an option count from 1 to 1000; no vote "
+         "was sent"},
+        {"<VoteType>SINGLEDIGIT<Options>4</Options>",
+         "the TLXVOTE tag of slide 2 cannot be read: <VoteType> has no closing tag; text outside an element: "
+         "\"SINGLEDIGIT\"; no vote was sent"},
+        {"SINGLEDIGIT",
+         "the TLXVOTE tag of slide 2 cannot be read: text outside an element: \"SINGLEDIGIT\"; no vote was sent"},
+        {"<Options>0</Options><Seconds>-5</Seconds>",
+         "the TLXVOTE tag of slide 2 cannot be read: <Options> \"0\" is not an option count from 1 to 1000; "
+         "<Seconds> \"-5\" is not a number of seconds above 0; no vote was sent"},
+    };
+    for (const auto& [tag, message] : faults) {
+        link.tags[{2, "TLXVOTE"}] = tag;
+        link.sent.clear();
+        exitCode.reset();
+        DisplayRun& r = started();
+        EXPECT_EQ(exitCode, DisplayRun::kExitNoVote) << tag;
+        EXPECT_EQ(problems.back(), message);
+        EXPECT_TRUE(link.sent.empty()) << tag << ": " << testing::PrintToString(link.sent);
+        EXPECT_EQ(r.phase(), DisplayRun::Phase::Done);
+        scheduler.advance(30000);
+        EXPECT_TRUE(link.sent.empty()) << "nothing is sent later either";
+        EXPECT_TRUE(results.empty());
+    }
+
+    // The same for a configuration given on the command line, named as such.
+    options.config = "<Options>four</Options>";
+    options.slide = 2;
+    exitCode.reset();
+    started();
+    EXPECT_EQ(exitCode, DisplayRun::kExitNoVote);
+    EXPECT_EQ(problems.back(),
+              "the configuration given with --config cannot be read: <Options> \"four\" is not an option count from 1 "
+              "to 1000; no vote was sent");
+    EXPECT_TRUE(link.sent.empty());
+
+    // Elements this program does not know are no fault: the vote runs.
+    link.tags[{2, "TLXVOTE"}] = "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options><Rows>3</Rows>";
+    options.config.clear();
+    exitCode.reset();
+    EXPECT_EQ(started().phase(), DisplayRun::Phase::Running);
 }

@@ -40,11 +40,11 @@ TEST(VoteSetupText, UnreadableValuesKeepTheirDefaultsAndSaySo) {
     EXPECT_EQ(s.problems, (std::vector<std::string>{
                               "text outside an element: \"junk\"", "<B> has no closing tag",
                               "text outside an element: \"1\"",
-                              "<Options> \"four\" is not an option count from 1 to 1000; the default is kept",
-                              "<StartFrom> \"-1\" is not a first option number from 0 to 1000; the default is kept",
-                              "<Abstain> \"2.5\" is not an abstain key from 0 to 99; the default is kept",
-                              "<KeypadsActive> \"3;x\" is not a list of keypad numbers; the default is kept",
-                              "<VoteType> \"\" is not a vote type; the default is kept"}));
+                              "<Options> \"four\" is not an option count from 1 to 1000",
+                              "<StartFrom> \"-1\" is not a first option number from 0 to 1000",
+                              "<Abstain> \"2.5\" is not an abstain key from 0 to 99",
+                              "<KeypadsActive> \"3;x\" is not a list of keypad numbers",
+                              "<VoteType> \"\" is not a vote type"}));
 }
 
 TEST(VoteSetupText, AValueCannotSmuggleInFurtherCommands) {

@@ -100,6 +100,14 @@ void DisplayRun::locate() {
     model_.slide = std::max(slide, 0);
     if (!readSetup(model_.slide)) return;
     VoteSetup& s = model_.setup;
+    if (!s.problems.empty()) {
+        // A vote configured otherwise than the slide asks would count the wrong thing: better
+        // none, and the author told what to fix.
+        const std::string source = opt_.config.empty()
+                                       ? "the " + s.tag + " tag of slide " + numText(model_.slide)
+                                       : std::string("the configuration given with --config");
+        return fail(kExitNoVote, source + " cannot be read: " + join(s.problems, "; ") + "; no vote was sent");
+    }
     if (s.reshowOf > 0) {
         if (note)
             note("slide " + numText(model_.slide) + " shows again the results of slide " + numText(s.reshowOf) +
@@ -120,8 +128,6 @@ void DisplayRun::locate() {
         model_.options = s.options;
     else
         model_.options = model_.labels.empty() ? kDefaultOptionCount : static_cast<int>(model_.labels.size());
-    for (const auto& p : s.problems)
-        if (note) note(s.tag + " of slide " + numText(model_.slide) + ": " + p);
     if (note) note("vote: " + voteTitle(model_) + " (" + voteDescription(model_) + ")");
 
     queue_.clear();

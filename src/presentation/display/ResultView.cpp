@@ -197,6 +197,14 @@ std::vector<std::string> resultTable(const DisplayModel& m, int width) {
     lines.push_back("(" + voteDescription(m) + ")");
     lines.push_back(fmt::format(" {:>{}}  {:<{}} {:>7} {:>8}", "answer", c.answer, "", c.label, "votes", "share"));
     for (const ResultRow& r : rows) lines.push_back(rowLine(r, c));
+    for (auto& l : resultSummary(m)) lines.push_back(std::move(l));
+    return lines;
+}
+
+std::string shareText(double share) { return fmt::format("{:.1f}%", share); }
+
+std::vector<std::string> resultSummary(const DisplayModel& m) {
+    std::vector<std::string> lines;
     const VoteTally& t = m.tally;
     std::string voters = "voters: " + numText(t.voters());
     if (const long long all = reportedKeypads(m)) voters += fmt::format(" of {} keypads ({:.1f}%)", all, percent(t.voters(), all));

@@ -51,8 +51,13 @@ std::string voterSummary(const DisplayModel& m);
 std::string liveLine(const DisplayModel& m);
 // The live bar chart, `width` characters wide.
 std::vector<std::string> chartLines(const DisplayModel& m, int width);
-// The final result table.
+// The final result table: title, description, column heads, a line per row, then the summary.
 std::vector<std::string> resultTable(const DisplayModel& m, int width);
+// The lines under the table: voters, votes received, skipped records, a quiz's correct
+// answer, how long the vote was open.
+std::vector<std::string> resultSummary(const DisplayModel& m);
+// "66.7%"
+std::string shareText(double share);
 
 // Text safe to print on a terminal: control characters become blanks.
 std::string printable(std::string_view text);

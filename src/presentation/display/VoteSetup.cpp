@@ -120,7 +120,7 @@ VoteSetup readVoteSetup(std::string_view tag, std::string_view text) {
         const std::string name = toLower(rawName);
         const std::string value = trim(rawValue);
         auto cannot = [&](const std::string& what) {
-            s.problems.push_back("<" + rawName + "> \"" + value + "\" is not " + what + "; the default is kept");
+            s.problems.push_back("<" + rawName + "> \"" + value + "\" is not " + what);
         };
         if (name == "votetype") {
             if (value.empty())

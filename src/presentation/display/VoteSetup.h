@@ -30,7 +30,8 @@ struct VoteSetup {
     int reshowOf = 0;                  // TLXRESHOW: the slide whose results are shown again
     // Elements this program does not use, as they were written.
     std::vector<std::pair<std::string, std::string>> others;
-    // Elements that could not be read; their defaults were kept.
+    // Elements that could not be read (their defaults are left in place). A display program
+    // runs no vote from a configuration with problems.
     std::vector<std::string> problems;
 };
 
