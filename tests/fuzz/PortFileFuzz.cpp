@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         read(*sealed);
         return 0;
     }
-    fuzz::FuzzWorld world({});
+    fuzz::FuzzWorld world(std::vector<PortEntry>{});  // no port file
     test::writeFile(world.w.appData() / "tallix" / "port.tlc", *sealed);
     world.openDeck();
     world.start();

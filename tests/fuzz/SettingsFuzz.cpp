@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::FuzzInput in(data, size);
     const bool start = in.flag();
     const std::string text = in.rest();
-    fuzz::FuzzWorld world({});
+    fuzz::FuzzWorld world(std::vector<PortEntry>{});  // no port file
     const auto file = world.w.appData() / "tallix" / "tlx.ini";
     test::writeFile(file, text);
     if (start) {
