@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "platform/files/FileSpreadsheet.h"
+#include "platform/files/pptx/Zip.h"
 #include "ports/AppError.h"
 #include "support/TestWorld.h"
 #include "support/TestPaths.h"
@@ -135,4 +136,37 @@ TEST(SpreadsheetFiles, DamagedWorkbooksNeverCrashTheReaders) {
         }
         EXPECT_GT(failed, 0) << name;
     }
+}
+
+// A few kilobytes of compressed XML naming the last column in every row would become
+// gigabytes of empty cells: such a sheet is refused before it is built.
+TEST(SpreadsheetFiles, XlsxSheetThatWouldFillMemoryIsRefused) {
+    TempDir dir;
+    FileSpreadsheet sheets;
+    sheets.writeWorkbook(dir / "good.xlsx", kRows);
+    auto entries = pptx::readZip(readFile(dir / "good.xlsx"), "good.xlsx");
+    std::string rows;
+    for (int r = 1; r <= 70; ++r) rows += "<row><c r=\"XFD" + std::to_string(r) + "\"><v>1</v></c></row>";
+    bool replaced = false;
+    for (auto& e : entries)
+        if (e.name == "xl/worksheets/sheet1.xml") {
+            e.data = "<worksheet xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><sheetData>" +
+                     rows + "</sheetData></worksheet>";
+            replaced = true;
+        }
+    ASSERT_TRUE(replaced);
+    writeFile(dir / "wide.xlsx", pptx::writeZip(entries));
+    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "wide.xlsx"); }), kWorkbookError);
+    // The same last column in a few rows is a sheet like any other.
+    rows.clear();
+    for (int r = 1; r <= 3; ++r) rows += "<row><c r=\"XFD" + std::to_string(r) + "\"><v>1</v></c></row>";
+    for (auto& e : entries)
+        if (e.name == "xl/worksheets/sheet1.xml")
+            e.data = "<worksheet xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><sheetData>" +
+                     rows + "</sheetData></worksheet>";
+    writeFile(dir / "three.xlsx", pptx::writeZip(entries));
+    const Sheet three = sheets.readFirstSheet(dir / "three.xlsx");
+    ASSERT_EQ(three.size(), 3u);
+    EXPECT_EQ(three[2].size(), 16384u);
+    EXPECT_EQ(three[2].back(), "1");
 }

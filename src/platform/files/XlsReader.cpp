@@ -18,6 +18,10 @@ namespace {
 // The binary format's grid.
 constexpr unsigned int kMaxRows = 65536;
 constexpr unsigned int kMaxColumns = 256;
+// What one sheet may become in memory: a small file can put one long shared string in every
+// cell of the grid.
+constexpr std::size_t kMaxCells = 1u << 20;
+constexpr std::size_t kMaxTextBytes = 64u * 1024u * 1024u;
 
 [[noreturn]] void fail(const fs::path& file, const std::string& why) {
     throw AppError(kWorkbookError, "Cannot read workbook '" + file.filename().string() + "': " + why);
@@ -86,6 +90,7 @@ std::vector<std::vector<std::string>> readXlsFirstSheet(const fs::path& file) {
         fail(file, errorText(rc));
 
     std::vector<std::vector<std::string>> rows;
+    std::size_t cellCount = 0, textBytes = 0;
     const unsigned int lastRow = std::min(rowCount, kMaxRows);
     const unsigned int lastColumn = std::min<unsigned int>(columnCount, kMaxColumns);
     for (unsigned int r = 0; r < lastRow; ++r) {
@@ -114,6 +119,10 @@ std::vector<std::vector<std::string>> readXlsFirstSheet(const fs::path& file) {
                     break;
             }
             if (value.empty()) continue;
+            cellCount += c + 1 - cells.size();
+            textBytes += value.size();
+            if (cellCount > kMaxCells || textBytes > kMaxTextBytes)
+                fail(file, "it holds more than a participant list can");
             cells.resize(c + 1);
             cells[c] = std::move(value);
         }

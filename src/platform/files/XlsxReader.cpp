@@ -26,6 +26,10 @@ constexpr zip_uint64_t kMaxPartBytes = 256u * 1024u * 1024u;
 // The sheet grid of the format.
 constexpr std::size_t kMaxRows = 1048576;
 constexpr std::size_t kMaxColumns = 16384;
+// What one sheet may become in memory: a few kilobytes of compressed XML can name the last
+// column in every row, or one long shared string in every cell.
+constexpr std::size_t kMaxCells = 1u << 20;
+constexpr std::size_t kMaxTextBytes = 64u * 1024u * 1024u;
 
 [[noreturn]] void fail(const fs::path& file, const std::string& why) {
     throw AppError(kWorkbookError, "Cannot read workbook '" + file.filename().string() + "': " + why);
@@ -194,6 +198,7 @@ std::vector<std::vector<std::string>> readXlsxSheet(const fs::path& file, const 
     parse(sheet, *sheetXml, file, sheetPart);
 
     std::vector<std::vector<std::string>> rows;
+    std::size_t cellCount = 0, textBytes = 0;
     std::size_t nextRow = 0;
     for (pugi::xml_node row : child(child(sheet, "worksheet"), "sheetData").children()) {
         if (localName(row.name()) != "row") continue;
@@ -229,7 +234,13 @@ std::vector<std::vector<std::string>> readXlsxSheet(const fs::path& file, const 
             if (value.empty()) continue;
             if (rows.size() <= r) rows.resize(r + 1);
             auto& cells = rows[r];
-            if (cells.size() <= column) cells.resize(column + 1);
+            if (cells.size() <= column) {
+                cellCount += column + 1 - cells.size();
+                if (cellCount > kMaxCells) fail(file, "it holds more cells than a participant list can");
+                cells.resize(column + 1);
+            }
+            textBytes += value.size() - cells[column].size();
+            if (textBytes > kMaxTextBytes) fail(file, "it holds more text than a participant list can");
             cells[column] = std::move(value);
         }
     }

@@ -116,9 +116,11 @@ VoteSetup readVoteSetup(std::string_view tag, std::string_view text) {
         }
     }
     const auto elements = configElements(text, &s.problems);
-    for (const auto& [rawName, rawValue] : elements) {
+    for (const auto& element : elements) {
+        // Not a structured binding: clang before 16 cannot capture one in the lambda below.
+        const std::string& rawName = element.first;
         const std::string name = toLower(rawName);
-        const std::string value = trim(rawValue);
+        const std::string value = trim(element.second);
         auto cannot = [&](const std::string& what) {
             s.problems.push_back("<" + rawName + "> \"" + value + "\" is not " + what);
         };
@@ -163,7 +165,7 @@ VoteSetup readVoteSetup(std::string_view tag, std::string_view text) {
             else
                 cannot("a number of seconds above 0");
         } else {
-            s.others.emplace_back(rawName, rawValue);
+            s.others.emplace_back(rawName, element.second);
         }
     }
     return s;
