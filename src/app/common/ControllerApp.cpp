@@ -8,12 +8,15 @@
 #include <QProcess>
 #include <iostream>
 
+#include "audio/AudioFeature.h"
+#include "audio/AudioWindow.h"
 #include "core/Controller.h"
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
 #include "core/Settings.h"
 #include "core/Text.h"
 #include "drivers/KelvarinDrivers.h"
+#include "platform/audio/QtAudioEngine.h"
 #include "platform/dbus/DbusAutomationServer.h"
 #include "platform/files/FileSpreadsheet.h"
 #include "platform/headless/ConsoleAdapters.h"
@@ -128,6 +131,8 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     controller.keyboard = &keyboard;
     controller.spreadsheet = &spreadsheet;
     controller.drivers = std::make_unique<KelvarinDrivers>(controller, baseLibrary);
+    // Microphone requests and their turns; playthrough on the sound card through Qt Multimedia.
+    installAudioFeature(controller, std::make_shared<QtAudioEngine>());
 
     if (!options.configureBases.empty()) return configureBases(controller, options.configureBases, out);
 
@@ -157,6 +162,14 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         controller.forms.loaded.connect([&out](Form& f) {
             if (auto* m = dynamic_cast<MainForm*>(&f))
                 m->logLine.connect([&out](const std::string& line) { out << line << std::endl; });
+            if (auto* a = dynamic_cast<frmAudio*>(&f)) {
+                // The audio window's status bar, each time it says something new.
+                auto last = std::make_shared<std::string>();
+                a->changed.connect([&out, a, last] {
+                    if (a->status != *last) out << "[frmAudio] " << a->status << std::endl;
+                    *last = a->status;
+                });
+            }
             if (auto* i = dynamic_cast<FrmInit*>(&f)) {
                 auto last = std::make_shared<std::string>();
                 i->changed.connect([&out, i, last] {
