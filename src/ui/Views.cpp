@@ -21,6 +21,7 @@
 #include "core/MainForm.h"
 #include "core/SmallForms.h"
 #include "core/Text.h"
+#include "ui/AudioViews.h"
 
 namespace tlx {
 
@@ -267,6 +268,7 @@ void DebugLinesView::refresh() {
 }
 
 ViewManager::ViewManager(Controller& controller) : c_(controller) {
+    addViewFactory(makeAudioView);
     loadedSub_ = c_.forms.loaded.connect([this](Form& f) { onLoaded(f); });
     unloadedSub_ = c_.forms.unloaded.connect([this](Form& f) { onUnloaded(f); });
     for (Form* f : c_.forms.all()) onLoaded(*f);
@@ -298,6 +300,8 @@ void ViewManager::onLoaded(Form& form) {
         view = std::make_unique<DebugLinesView>(*h, h->lines);
     else if (auto* p = dynamic_cast<DebugProcessListForm*>(&form))
         view = std::make_unique<DebugLinesView>(*p, p->lines);
+    for (const auto& make : factories_)
+        if (!view) view = make(c_, form);
     if (!view) return;
     QWidget* w = view.get();
     views_[&form] = std::move(view);
