@@ -163,11 +163,15 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
             if (auto* m = dynamic_cast<MainForm*>(&f))
                 m->logLine.connect([&out](const std::string& line) { out << line << std::endl; });
             if (auto* a = dynamic_cast<frmAudio*>(&f)) {
-                // The audio window's status bar, each time it says something new.
-                auto last = std::make_shared<std::string>();
+                // The audio window's status bar and its queue, each time they say something new.
+                auto last = std::make_shared<std::pair<std::string, std::string>>();
                 a->changed.connect([&out, a, last] {
-                    if (a->status != *last) out << "[frmAudio] " << a->status << std::endl;
-                    *last = a->status;
+                    std::string queue;
+                    for (const auto& r : a->lvw_keypadRequests.rows)
+                        queue += (queue.empty() ? "" : ", ") + r.number + " " + r.icon;
+                    if (a->status != last->first) out << "[frmAudio] " << a->status << std::endl;
+                    if (queue != last->second) out << "[frmAudio] queue: " << (queue.empty() ? "empty" : queue) << std::endl;
+                    *last = {a->status, queue};
                 });
             }
             if (auto* i = dynamic_cast<FrmInit*>(&f)) {
