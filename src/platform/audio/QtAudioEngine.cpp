@@ -27,9 +27,7 @@ bool listed(const QList<QAudioDevice>& list, const QAudioDevice& d) {
 }
 }  // namespace
 
-QtAudioEngine::QtAudioEngine() : devices_(std::make_unique<QMediaDevices>()) {
-    connect(devices_.get(), &QMediaDevices::audioInputsChanged, this, [this] { devicesChanged(); });
-    connect(devices_.get(), &QMediaDevices::audioOutputsChanged, this, [this] { devicesChanged(); });
+QtAudioEngine::QtAudioEngine() {
     watch_.setInterval(kWatchMs);
     connect(&watch_, &QTimer::timeout, this, [this] { devicesChanged(); });
     feed_.setInterval(kFeedMs);
@@ -40,6 +38,15 @@ QtAudioEngine::QtAudioEngine() : devices_(std::make_unique<QMediaDevices>()) {
 QtAudioEngine::~QtAudioEngine() {
     recordFree();
     free();
+}
+
+void QtAudioEngine::listen() {
+    // The sound server is first asked when playthrough or its devices are wanted: a controller
+    // that never plays through never connects to it.
+    if (devices_) return;
+    devices_ = std::make_unique<QMediaDevices>();
+    connect(devices_.get(), &QMediaDevices::audioInputsChanged, this, [this] { devicesChanged(); });
+    connect(devices_.get(), &QMediaDevices::audioOutputsChanged, this, [this] { devicesChanged(); });
 }
 
 bool QtAudioEngine::fail(int code) {
@@ -56,6 +63,7 @@ QAudioFormat QtAudioEngine::format(int frequency, int channels) {
 }
 
 std::vector<AudioDeviceInfo> QtAudioEngine::recordDevices() {
+    listen();
     std::vector<AudioDeviceInfo> v;
     for (const auto& d : QMediaDevices::audioInputs()) v.push_back({d.description().toStdString(), d.isDefault()});
     error_ = AudioErrorCode::Ok;
@@ -63,6 +71,7 @@ std::vector<AudioDeviceInfo> QtAudioEngine::recordDevices() {
 }
 
 std::vector<AudioDeviceInfo> QtAudioEngine::playbackDevices() {
+    listen();
     std::vector<AudioDeviceInfo> v;
     for (const auto& d : QMediaDevices::audioOutputs()) v.push_back({d.description().toStdString(), d.isDefault()});
     error_ = AudioErrorCode::Ok;
@@ -70,6 +79,7 @@ std::vector<AudioDeviceInfo> QtAudioEngine::playbackDevices() {
 }
 
 bool QtAudioEngine::init(int device, int frequency) {
+    listen();
     if (outputOpen_) return fail(AudioErrorCode::Already);
     if (frequency <= 0) return fail(AudioErrorCode::SampleRate);
     const auto list = QMediaDevices::audioOutputs();
@@ -86,6 +96,7 @@ bool QtAudioEngine::init(int device, int frequency) {
 }
 
 bool QtAudioEngine::recordInit(int device) {
+    listen();
     if (inputOpen_) return fail(AudioErrorCode::Already);
     const auto list = QMediaDevices::audioInputs();
     if (device == -1)

@@ -52,6 +52,7 @@ public:
     int errorGetCode() override { return error_; }
 
 private:
+    void listen();
     bool fail(int code);
     void pull();
     void push();
