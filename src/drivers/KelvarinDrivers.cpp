@@ -70,6 +70,19 @@ void KelvarinDrivers::connectEvents(KelvarinPrioritizerDriver& d) {
                                   double time) { VoteReceived(k, data, f3, f4, base, hid, time); });
     d.BaseError.connect(
         [this](const std::string& base, int code, const std::string& extra) { BaseError(base, code, extra); });
+    auto live = [this] { return c_.glo.InitialisedState == INIT_STATE_INITIALISED && !c_.glo.ShuttingDown; };
+    d.MicRequest.connect([this, live](const KelvarinVote& v, const std::string& base, bool now) {
+        if (live()) MicRequest(v, base, now);
+    });
+    d.PresenterMicRequest.connect([this, live](const KelvarinVote& v, const std::string& base, bool now) {
+        if (live()) PresenterMicRequest(v, base, now);
+    });
+    d.ToggleAudioDialog.connect([this, live] {
+        if (live()) ToggleAudioDialog();
+    });
+    d.AudioStatus.connect([this, live](const KelvarinAudioStatus& s, const std::string& base) {
+        if (live()) AudioStatus(s, base);
+    });
 }
 
 KeypadDriver* KelvarinDrivers::corehubG1() { return g1_.get(); }
@@ -122,11 +135,12 @@ std::vector<FoundBase> KelvarinDrivers::scanForBases() {
 
 void KelvarinDrivers::closePorts() {
     trap(c_.errors, kObject, "ClosePorts", [&] {
+        // The audio window goes first, so that a turn it ends reaches a base still open.
+        if (Form* audio = c_.forms.find("frmAudio")) c_.forms.unload(*audio);
         if (g2_) g2_->ClosePorts();
         if (g1_) g1_->ClosePorts();
         if (v3_) v3_->ClosePorts();
         g2Listed_ = g1Listed_ = false;
-        if (Form* audio = c_.forms.find("frmAudio")) c_.forms.unload(*audio);
     });
 }
 

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "core/BaseDrivers.h"
+#include "core/Signal.h"
+#include "ports/BaseLibrary.h"
 
 namespace tlx {
 
@@ -48,6 +50,13 @@ public:
     // A base's status: codes that report progress (a reconnect that succeeded, an add-on
     // action completed) go out as base feedback, every other code as a base error.
     void BaseError(const std::string& base, int code, const std::string& extra);
+
+    // The microphone events of both Corehub drivers, handed on to the audio feature while the
+    // controller is initialised and not shutting down.
+    Signal<const KelvarinVote&, const std::string&, bool> MicRequest;
+    Signal<const KelvarinVote&, const std::string&, bool> PresenterMicRequest;
+    Signal<> ToggleAudioDialog;
+    Signal<const KelvarinAudioStatus&, const std::string&> AudioStatus;
 
 private:
     void connectEvents(KelvarinPrioritizerDriver& driver);

@@ -145,8 +145,6 @@ void KelvarinPrioritizerDriver::EndVote(bool noAudio, bool clearSettings) {
                 log(base + " - End Vote", "EndVote");
         });
         m_VoteRunning = false;
-        // Requests ran as the bases' open vote, so they ended with it.
-        m_AudioRequestsOn = false;
         if (clearSettings) {
             // Every vote setting the vote object is built from: its texts and its numbers.
             GlobalState& g = c_.glo;

@@ -15,6 +15,13 @@ public:
     // Returns nothing when the user cancels.
     virtual std::optional<std::string> inputBox(const std::string& title, const std::string& prompt,
                                                 const std::string& initial) = 0;
+    // A file to open, chosen with a file dialog; filter "Name (*.a, *.b)|*.a; *.b". Nothing
+    // when the user cancels or there is no one to ask.
+    virtual std::optional<std::string> openFileName(const std::string& title, const std::string& filter) {
+        (void)title;
+        (void)filter;
+        return std::nullopt;
+    }
 };
 
 }  // namespace tlx

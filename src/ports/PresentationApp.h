@@ -82,6 +82,9 @@ public:
     virtual Tags& tags() = 0;
     virtual SlideShowWindow* slideShowWindow() = 0;
     virtual int showType() const = 0;  // SlideShowSettings.ShowType
+    // SlideShowSettings.ShowWithAnimation.
+    virtual bool showWithAnimation() const { return true; }
+    virtual void setShowWithAnimation(bool on) { (void)on; }
     virtual void save() = 0;
 };
 

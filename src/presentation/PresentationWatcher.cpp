@@ -1,5 +1,7 @@
 #include "presentation/PresentationWatcher.h"
 
+#include "audio/AudioWindow.h"
+
 #include "core/Controller.h"
 #include "core/MainForm.h"
 #include "core/Text.h"
@@ -103,7 +105,15 @@ void PresentationWatcher::SlideShowBegin(ppt::SlideShowWindow* Wn) {
         if (!p) return;
         const std::string menu = buildGotoMenu(*p);
         if (KeypadDriver* g2 = c_.drivers->corehubG2()) g2->SetPresenterGotoMenu(menu);
+        showAudioPanelOnCurrentSlide();
     });
+}
+
+void PresentationWatcher::showAudioPanelOnCurrentSlide() {
+    // A slide that asks for the microphone control panel brings up the audio window with it.
+    if (!c_.glo.ppApp || c_.glo.ppApp->slideShowWindowCount() < 1) return;
+    ppt::SlideShowWindow* w = c_.glo.ppApp->slideShowWindow(1);
+    if (ppt::Slide* slide = w ? w->view().slide() : nullptr) showAudioControlPanelFor(c_, *slide);
 }
 
 void PresentationWatcher::endRunningVote() {
@@ -126,6 +136,7 @@ void PresentationWatcher::SlideShowNextSlide() {
     trap(c_.errors, kForm, "SlideShowNextSlide", [&] {
         c_.trace("SLIDE SHOW NEXT SLIDE", "SlideShowNextSlide", kForm);
         endRunningVote();
+        showAudioPanelOnCurrentSlide();
     });
 }
 

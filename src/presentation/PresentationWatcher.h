@@ -50,6 +50,7 @@ public:
 
 private:
     void keepWindowOrder();
+    void showAudioPanelOnCurrentSlide();
     Controller& c_;
     ppt::Presentation* presentation_ = nullptr;
     bool pptFound_ = false;

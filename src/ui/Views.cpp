@@ -23,6 +23,7 @@
 #include "core/Text.h"
 #include "ui/SetupViews.h"
 #include "ui/TextVoteView.h"
+#include "ui/AudioViews.h"
 
 namespace tlx {
 
@@ -269,6 +270,7 @@ void DebugLinesView::refresh() {
 }
 
 ViewManager::ViewManager(Controller& controller) : c_(controller) {
+    addViewFactory(makeAudioView);
     loadedSub_ = c_.forms.loaded.connect([this](Form& f) { onLoaded(f); });
     unloadedSub_ = c_.forms.unloaded.connect([this](Form& f) { onUnloaded(f); });
     for (Form* f : c_.forms.all()) onLoaded(*f);
@@ -302,6 +304,8 @@ void ViewManager::onLoaded(Form& form) {
         view = std::make_unique<DebugLinesView>(*p, p->lines);
     if (!view) view = makeTextVoteView(form);
     if (!view) view = makeSetupView(form);
+    for (const auto& make : factories_)
+        if (!view) view = make(c_, form);
     if (!view) return;
     QWidget* w = view.get();
     views_[&form] = std::move(view);

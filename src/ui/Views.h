@@ -3,6 +3,7 @@
 // it holds no behaviour of its own.
 #include <QDialog>
 #include <QWidget>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -114,6 +115,9 @@ public:
     explicit ViewManager(Controller& controller);
     ~ViewManager();
     QWidget* viewOf(const std::string& formName) const;
+    // Views of other areas' forms: a factory gives the view of a form it knows, or nothing.
+    using ViewFactory = std::function<std::unique_ptr<QWidget>(Controller&, Form&)>;
+    void addViewFactory(ViewFactory factory) { factories_.push_back(std::move(factory)); }
 
 private:
     void onLoaded(Form& form);
@@ -121,6 +125,7 @@ private:
     Controller& c_;
     std::map<Form*, std::unique_ptr<QWidget>> views_;
     std::map<Form*, std::uint64_t> subs_;
+    std::vector<ViewFactory> factories_;
     std::uint64_t loadedSub_ = 0, unloadedSub_ = 0;
 };
 

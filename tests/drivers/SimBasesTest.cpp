@@ -19,11 +19,11 @@ TEST(SimSetup, TheDemoFileDescribesTwoG2BasesWithRegistries) {
     SimBaseStation& b1 = lib.station(0);
     EXPECT_EQ(b1.setup.firmware, "2.00.01.1801.1545");
     EXPECT_EQ(b1.setup.keypads.size(), 41u);
-    EXPECT_EQ(b1.keypadBySid(1)->hid, "300100001");
-    EXPECT_EQ(b1.keypadByHid("300 199 901")->kind, DeviceKind::Presenter);
+    EXPECT_EQ(b1.keypadBySid(1)->hid, "100300100001");
+    EXPECT_EQ(b1.keypadByHid("100 300 199 901")->kind, DeviceKind::Presenter);
     SimBaseStation& b2 = lib.station(1);
-    EXPECT_EQ(b2.keypadBySid(41)->hid, "300200041");
-    EXPECT_EQ(b2.keypadBySid(80)->hid, "300200080");
+    EXPECT_EQ(b2.keypadBySid(41)->hid, "100300200041");
+    EXPECT_EQ(b2.keypadBySid(80)->hid, "100300200080");
     EXPECT_EQ(b2.keypadBySid(1), nullptr);
 }
 

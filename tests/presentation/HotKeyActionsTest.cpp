@@ -54,12 +54,13 @@ TEST(CtrlActions, DigitsOnAMicrophoneSlideReachTheAudioWindow) {
     ASSERT_NE(audio, nullptr);
     EXPECT_TRUE(audio->Visible());
     EXPECT_FALSE(audio->controlPanelVisible);
+    EXPECT_EQ(audio->Mode(), AudioWindowMode::Compact);
     EXPECT_TRUE(w.logged("CTRL KEY PRESSED ACTIONED - '3'"));
     w.presentation.Next();
     w.ctrl("0");
     EXPECT_EQ(w.c().forms.get<frmAudio>(frmAudio::kName), audio);  // loaded once
     EXPECT_TRUE(audio->controlPanelVisible);
-    EXPECT_EQ(audio->slideTurns, (std::vector<int>{3, 0}));
+    EXPECT_EQ(audio->Mode(), AudioWindowMode::Full);
     EXPECT_EQ(w.main().txt_command, "");  // nothing queued: no chart program either
 }
 

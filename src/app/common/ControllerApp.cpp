@@ -10,12 +10,15 @@
 #include <map>
 #include <memory>
 
+#include "audio/AudioFeature.h"
+#include "audio/AudioWindow.h"
 #include "core/Controller.h"
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
 #include "core/Settings.h"
 #include "core/Text.h"
 #include "drivers/KelvarinDrivers.h"
+#include "platform/audio/QtAudioEngine.h"
 #include "platform/dbus/DbusAutomationServer.h"
 #include "platform/files/FileSpreadsheet.h"
 #include "platform/headless/ConsoleAdapters.h"
@@ -161,6 +164,8 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     controller.keyboard = &keyboard;
     controller.spreadsheet = &spreadsheet;
     controller.drivers = std::make_unique<KelvarinDrivers>(controller, baseLibrary);
+    // Microphone requests and their turns; playthrough on the sound card through Qt Multimedia.
+    installAudioFeature(controller, std::make_shared<QtAudioEngine>());
 
     if (!options.configureBases.empty()) return configureBases(controller, options.configureBases, out);
 
@@ -190,6 +195,18 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         controller.forms.loaded.connect([&out](Form& f) {
             if (auto* m = dynamic_cast<MainForm*>(&f))
                 m->logLine.connect([&out](const std::string& line) { out << line << std::endl; });
+            if (auto* a = dynamic_cast<frmAudio*>(&f)) {
+                // The audio window's status bar and its queue, each time they say something new.
+                auto last = std::make_shared<std::pair<std::string, std::string>>();
+                a->changed.connect([&out, a, last] {
+                    std::string queue;
+                    for (const auto& r : a->lvw_keypadRequests.rows)
+                        queue += (queue.empty() ? "" : ", ") + r.number + " " + r.icon;
+                    if (a->status != last->first) out << "[frmAudio] " << a->status << std::endl;
+                    if (queue != last->second) out << "[frmAudio] queue: " << (queue.empty() ? "empty" : queue) << std::endl;
+                    *last = {a->status, queue};
+                });
+            }
             if (auto* i = dynamic_cast<FrmInit*>(&f)) {
                 auto last = std::make_shared<std::string>();
                 i->changed.connect([&out, i, last] {

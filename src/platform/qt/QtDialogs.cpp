@@ -1,6 +1,7 @@
 #include "platform/qt/QtDialogs.h"
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QInputDialog>
 #include <QMenu>
 #include <QMessageBox>
@@ -40,6 +41,17 @@ std::optional<std::string> QtDialogs::inputBox(const std::string& title, const s
     const QString v = QInputDialog::getText(nullptr, q(title), q(prompt), QLineEdit::Normal, q(initial), &ok);
     if (!ok) return std::nullopt;
     return v.toStdString();
+}
+
+std::optional<std::string> QtDialogs::openFileName(const std::string& title, const std::string& filter) {
+    // "Name (*.a, *.b)|*.a; *.b" becomes Qt's "Name (*.a *.b)".
+    const auto parts = split(filter, "|");
+    QString qtFilter;
+    if (parts.size() >= 2)
+        qtFilter = q(parts[0].substr(0, parts[0].find('(')) + "(" + replaceAll(replaceAll(parts[1], ";", " "), "  ", " ") + ")");
+    const QString file = QFileDialog::getOpenFileName(nullptr, q(title), QString(), qtFilter);
+    if (file.isEmpty()) return std::nullopt;
+    return file.toStdString();
 }
 
 QtTray::QtTray() = default;

@@ -14,6 +14,7 @@ public:
     bool askYesNo(const std::string& title, const std::string& text, MsgIcon icon) override;
     std::optional<std::string> inputBox(const std::string& title, const std::string& prompt,
                                         const std::string& initial) override;
+    std::optional<std::string> openFileName(const std::string& title, const std::string& filter) override;
 };
 
 class QtTray : public Tray {

@@ -113,6 +113,13 @@ public:
     ppt::Tags& tags() override { return tags_; }
     ppt::SlideShowWindow* slideShowWindow() override;
     int showType() const override { return 1; }  // presented by a speaker, full screen
+    bool showWithAnimation() const override { return showWithAnimation_; }
+    void setShowWithAnimation(bool on) override {
+        showWithAnimation_ = on;
+        ++showWithAnimationSets;
+    }
+    // How often the show's animation setting was applied.
+    int showWithAnimationSets = 0;
     void save() override;
     pptx::Deck& deck() { return deck_; }
     SimSlide* simSlide(int index);
@@ -122,6 +129,7 @@ private:
     pptx::Deck deck_;
     SimTags tags_;
     std::vector<std::unique_ptr<SimSlide>> slides_;
+    bool showWithAnimation_ = true;
 };
 
 class SimApplication : public ppt::Application {

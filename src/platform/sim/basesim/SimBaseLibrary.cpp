@@ -344,18 +344,20 @@ public:
         });
     }
 
-    int StartAudio(const std::string& hid, const KelvarinAudioOptions&) override {
+    int StartAudio(const std::string& hid, const KelvarinAudioOptions& options) override {
         return run("StartAudio", [&](SimBaseStation& s) {
             SimKeypad* k = s.keypadByHid(hid);
             if (!k) return BaseErrorCode::RegistryDeviceNotFound;
+            // One keypad streams at a time: a new turn replaces the one running.
             s.audioHid = k->hid;
-            KelvarinAudioStatus status{true, k->signal, 200};
-            lib_.toHandles(s, lib_.eventDelayMs, [status](SimKelvarinBase& h) { h.AudioStatus(status); });
+            s.audioOptions = options;
+            lib_.audioTick(s, ++s.audioRun_, 0);
             return 0;
         });
     }
     int StopAudio() override {
         return run("StopAudio", [&](SimBaseStation& s) {
+            ++s.audioRun_;
             s.audioHid.clear();
             lib_.toHandles(s, lib_.eventDelayMs, [](SimKelvarinBase& h) { h.AudioStatus(KelvarinAudioStatus{}); });
             return 0;
@@ -690,6 +692,22 @@ void SimBaseLibrary::closeVote(SimBaseStation& st) {
     st.voteClosedMs_ = nowMs();
     for (auto& k : st.setup.keypads)
         if (k.kind == DeviceKind::Keypad) show(st, k, st.vote.VoteEndedText, st.vote.VoteEndedTextTime);
+}
+
+void SimBaseLibrary::audioTick(SimBaseStation& st, int run, int elapsed) {
+    if (st.audioRun_ != run || st.audioHid.empty()) return;
+    const int maxTalk = st.audioOptions.MaxTalkTime;
+    if (maxTalk > 0 && elapsed >= maxTalk) {
+        st.audioHid.clear();
+        toHandles(st, eventDelayMs, [](SimKelvarinBase& h) { h.AudioStatus(KelvarinAudioStatus{}); });
+        return;
+    }
+    const SimKeypad* k = st.keypadByHid(st.audioHid);
+    // The link quality wanders a little from second to second.
+    const KelvarinAudioStatus status{true, k ? k->signal : 0, 200 - (elapsed % 5) * 4};
+    if (st.linkUp) toHandles(st, eventDelayMs, [status](SimKelvarinBase& h) { h.AudioStatus(status); });
+    SimBaseStation* s = &st;
+    later(1000, [this, s, run, elapsed] { audioTick(*s, run, elapsed + 1); });
 }
 
 void SimBaseLibrary::show(SimBaseStation& st, SimKeypad& keypad, const std::string& text, int tenths) {

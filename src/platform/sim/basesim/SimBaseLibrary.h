@@ -105,7 +105,9 @@ public:
     KelvarinVote preparedVote;
     int voteId = 0;
     std::string lastEndedText;
+    // The keypad whose microphone streams now ("" when none), and the options it was given.
     std::string audioHid;
+    KelvarinAudioOptions audioOptions;
     std::string presenterEcho;
     std::string presenterMenu;
     KelvarinPresenterMenu presenterLabels;  // the presenter keypad's menu labels as last sent
@@ -142,6 +144,7 @@ private:
     KelvarinSurveyOptions surveyOptions_;
     bool surveyPrepared_ = false;
     int surveyRun_ = 0;
+    int audioRun_ = 0;
     long long voteOpenedMs_ = 0;
     long long voteClosedMs_ = -1;  // -1 while a vote is open or none has closed
 };
@@ -225,6 +228,9 @@ private:
     void crowdStep(const std::shared_ptr<CrowdRun>& c);
     void openVote(SimBaseStation& st, const KelvarinVote& vote);
     void closeVote(SimBaseStation& st);
+    // While a keypad streams: its link status every second, until the turn's maximum talk
+    // time has run out, when the base ends the stream itself.
+    void audioTick(SimBaseStation& st, int run, int elapsedSeconds);
     // Shows a text on a keypad, for a time (tenths of a second) when it is above 0.
     void show(SimBaseStation& st, SimKeypad& keypad, const std::string& text, int tenths);
     long long nowMs() const;

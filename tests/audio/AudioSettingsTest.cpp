@@ -1,0 +1,211 @@
+// The audio settings dialog and the stand-alone trial settings file.
+#include "AudioWorld.h"
+
+#include <filesystem>
+#include <functional>
+
+#include "audio/AudioOptions.h"
+#include "audio/AudioSettingsForm.h"
+#include "audio/clsSettings.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+std::string opt(AudioWorld& w, const char* key) { return w.glo().options.text(section::kAudioOptions, key); }
+
+frmAudioSettings& openSettings(AudioWorld& w) {
+    w.audio().LaunchSettings();
+    auto* f = w.c().forms.get<frmAudioSettings>(frmAudioSettings::kName);
+    EXPECT_NE(f, nullptr);
+    return *f;
+}
+}  // namespace
+
+TEST(AudioSettingsDialog, FillsFromTheOptionsAndOkWritesThemToTheStore) {
+    AudioWorld w;
+    frmAudioSettings& f = openSettings(w);
+    EXPECT_TRUE(f.Visible());
+    EXPECT_EQ(f.sldAudioMINVL.value, 30);
+    EXPECT_EQ(f.txtAudioMaxTalkTime, "60");
+    EXPECT_EQ(f.txtAudioEndKey, "11");
+    EXPECT_EQ(f.txt_AudioPrompt[0], "  Press 0 to||  request mic");
+    EXPECT_EQ(f.txt_AudioImage, "[DEFAULT]");
+    EXPECT_FALSE(f.txtAudioRadioChannelEnabled);
+    f.sldAudioMINVL.value = 55;
+    f.txtAudioMaxTalkTime = " 90 ";
+    f.cmbAudioMicSwitchLogic.index = 2;
+    f.txtAudioMuteKey = "9";
+    f.optAudioRadioSpeed.index = 1;
+    f.chkAudioRadioChannel_Click(true);
+    EXPECT_TRUE(f.txtAudioRadioChannelEnabled);
+    f.txtAudioRadioChannel = "12";
+    f.txt_AudioPrompt[1] = "Go ahead";
+    ASSERT_TRUE(f.cmdOK_Click());
+    EXPECT_EQ(w.c().forms.get<frmAudioSettings>(frmAudioSettings::kName), nullptr);
+    EXPECT_EQ(opt(w, audiokey::kMicVolume), "55");
+    EXPECT_EQ(opt(w, audiokey::kMaxTalkTime), "90");
+    EXPECT_EQ(opt(w, audiokey::kMicSwitchLogic), "2");
+    EXPECT_EQ(opt(w, audiokey::kMuteKey), "9");
+    EXPECT_EQ(opt(w, audiokey::kRadioSpeed), "1");
+    EXPECT_EQ(opt(w, audiokey::kImage), "");  // "[DEFAULT]" is no image
+    const std::string ini = w.ini();
+    EXPECT_TRUE(contains(ini, "[KELVARIN AUDIO OPTIONS]"));
+    EXPECT_TRUE(contains(ini, "MAX TALK TIME=90"));
+    EXPECT_TRUE(contains(ini, "KEYPAD PROMPT 02=Go ahead"));
+    // The next turn carries them, in their order.
+    const KelvarinAudioOptions r = audioOptionsRecord(w.glo().options);
+    EXPECT_EQ(r.MicVolume, 55);
+    EXPECT_EQ(r.MaxTalkTime, 90);
+    EXPECT_EQ(r.MicSwitchLogic, 2);
+    EXPECT_EQ(r.MuteKey, 9);
+    EXPECT_EQ(r.RadioSpeed, 1);
+    EXPECT_TRUE(r.UseOwnRadioChannel);
+    EXPECT_EQ(r.RadioChannel, 12);
+}
+
+TEST(AudioSettingsDialog, EveryEntryBoxRejectsBadTextAndChangesNothing) {
+    AudioWorld w;
+    const std::string image = (w.dir / "logo.gif").string();
+    writeFile(image, "GIF89a");
+    using Edit = std::function<void(frmAudioSettings&)>;
+    const std::vector<std::pair<std::string, Edit>> cases = {
+        {"talk time text", [](frmAudioSettings& f) { f.txtAudioMaxTalkTime = "1 minute"; }},
+        {"talk time zero", [](frmAudioSettings& f) { f.txtAudioMaxTalkTime = "0"; }},
+        {"talk time empty", [](frmAudioSettings& f) { f.txtAudioMaxTalkTime = ""; }},
+        {"warning negative", [](frmAudioSettings& f) { f.txtAudioWarning = "-5"; }},
+        {"mic key beyond the keys", [](frmAudioSettings& f) { f.txtAudioMicKey = "14"; }},
+        {"end key fraction", [](frmAudioSettings& f) { f.txtAudioEndKey = "1.5"; }},
+        {"mute key text", [](frmAudioSettings& f) { f.txtAudioMuteKey = "M"; }},
+        {"same key twice", [](frmAudioSettings& f) { f.txtAudioEndKey = "0"; }},
+        {"channel out of range", [](frmAudioSettings& f) {
+             f.chkAudioRadioChannel_Click(true);
+             f.txtAudioRadioChannel = "78";
+         }},
+        {"prompt of two lines", [](frmAudioSettings& f) { f.txt_AudioPrompt[0] = "one\r\ntwo"; }},
+        {"image that is no image", [](frmAudioSettings& f) { f.txt_AudioImage = "notes.txt"; }},
+        {"image that does not exist", [](frmAudioSettings& f) { f.txt_AudioImage = "/no/such/logo.jpg"; }},
+    };
+    const std::string before = w.ini();
+    for (const auto& [name, edit] : cases) {
+        frmAudioSettings& f = openSettings(w);
+        f.txt_AudioImage = image;  // a good image, so only the case's box is wrong
+        f.sldAudioBOOVL.value = 7;
+        edit(f);
+        const std::size_t shown = w.dialogs.shown.size();
+        EXPECT_FALSE(f.cmdOK_Click()) << name;
+        EXPECT_EQ(w.dialogs.shown.size(), shown + 1) << name;
+        EXPECT_EQ(w.dialogs.shown.back().title, "Audio Settings") << name;
+        EXPECT_TRUE(f.Visible()) << name;  // still open, to be corrected
+        EXPECT_EQ(opt(w, audiokey::kBoostVolume), "0") << name;
+        EXPECT_EQ(opt(w, audiokey::kImage), "") << name;
+        f.cmdCancel_Click();
+    }
+    EXPECT_EQ(w.ini(), before);
+    // A good image is kept as typed.
+    frmAudioSettings& f = openSettings(w);
+    f.txt_AudioImage = image;
+    ASSERT_TRUE(f.cmdOK_Click());
+    EXPECT_EQ(opt(w, audiokey::kImage), image);
+    EXPECT_EQ(openSettings(w).txt_AudioImage, image);
+}
+
+TEST(AudioSettingsDialog, CancelAdvancedToggleAndBrowse) {
+    AudioWorld w;
+    frmAudioSettings& f = openSettings(w);
+    f.txtAudioMaxTalkTime = "5";
+    f.cmdCancel_Click();
+    EXPECT_EQ(opt(w, audiokey::kMaxTalkTime), "60");
+    frmAudioSettings& g = openSettings(w);
+    EXPECT_EQ(g.txtAudioMaxTalkTime, "60");
+    EXPECT_FALSE(g.fraAudio);
+    EXPECT_EQ(g.cmdAdvancedSettings, ">>");
+    const int basicTop = g.cmdOK_Top;
+    g.cmdAdvancedSettings_Click();
+    EXPECT_TRUE(g.fraAudio);
+    EXPECT_EQ(g.cmdAdvancedSettings, "<<");
+    EXPECT_GT(g.cmdOK_Top, basicTop);
+    EXPECT_EQ(g.cmdCancel_Top, g.cmdOK_Top);
+    g.cmdAdvancedSettings_Click();
+    EXPECT_EQ(g.cmdAdvancedSettings, ">>");
+    EXPECT_EQ(g.cmdOK_Top, basicTop);
+    // Browsing: a cancelled file dialog keeps the box.
+    g.cmd_AudioImageBrowse_Click();
+    EXPECT_EQ(g.txt_AudioImage, "[DEFAULT]");
+    EXPECT_EQ(std::string(frmAudioSettings::kImageFilter), "Image files (*.bmp, *.gif, *.jpg)|*.bmp; *.gif; *.jpg");
+}
+
+TEST(TrialSettingsFile, PartialFilesSetOnlyTheFieldsTheyHave) {
+    TestWorld w;
+    clsSettings s(w.c().errors, w.install());
+    std::filesystem::create_directories(w.install());
+    // No file: the defaults stay.
+    s.LoadINIFile();
+    EXPECT_EQ(s.AudioTargetHID(), "100 100 100 100");
+    EXPECT_EQ(s.AudioMaxTalkTime(), 60);
+    // An empty file has no fields.
+    writeFile(s.file(), "");
+    s.LoadINIFile();
+    EXPECT_EQ(s.AudioTargetHID(), "100 100 100 100");
+    EXPECT_EQ(s.AudioMicLogic(), 1);
+    // "60" alone is the first field: the target keypad.
+    writeFile(s.file(), "60");
+    s.LoadINIFile();
+    EXPECT_EQ(s.AudioTargetHID(), "60");
+    EXPECT_EQ(s.AudioMicLogic(), 1);
+    EXPECT_EQ(s.AudioMaxTalkTime(), 60);
+    EXPECT_EQ(s.AudioMicVol(), 30);
+    EXPECT_EQ(s.AudioMicBoost(), 0);
+    writeFile(s.file(), "200 100 100 007|2|45\r\n");
+    s.LoadINIFile();
+    EXPECT_EQ(s.AudioTargetHID(), "200 100 100 007");
+    EXPECT_EQ(s.AudioMicLogic(), 2);
+    EXPECT_EQ(s.AudioMaxTalkTime(), 45);
+    EXPECT_EQ(s.AudioMicVol(), 30);
+}
+
+TEST(TrialSettingsFile, SavesOneLineThatLoadsBackAndABarInTheTargetShiftsTheFields) {
+    TestWorld w;
+    std::filesystem::create_directories(w.install());
+    clsSettings s(w.c().errors, w.install());
+    s.AudioTargetHID("300 100 100 042");
+    s.AudioMicLogic(0);
+    s.AudioMaxTalkTime(120);
+    s.AudioMicVol(75);
+    s.AudioMicBoost(3);
+    s.SaveINIFile();
+    EXPECT_EQ(readFile(w.install() / "TestApp.ini"), "300 100 100 042|0|120|75|3\r\n");
+    clsSettings t(w.c().errors, w.install());
+    t.LoadINIFile();
+    EXPECT_EQ(t.AudioTargetHID(), "300 100 100 042");
+    EXPECT_EQ(t.AudioMicLogic(), 0);
+    EXPECT_EQ(t.AudioMaxTalkTime(), 120);
+    EXPECT_EQ(t.AudioMicVol(), 75);
+    EXPECT_EQ(t.AudioMicBoost(), 3);
+    // Not guarded against: the target's own "|" moves every later value one place on.
+    s.AudioTargetHID("1|2");
+    s.SaveINIFile();
+    t.LoadINIFile();
+    EXPECT_EQ(t.AudioTargetHID(), "1");
+    EXPECT_EQ(t.AudioMicLogic(), 2);
+    EXPECT_EQ(t.AudioMaxTalkTime(), 0);
+    EXPECT_EQ(t.AudioMicVol(), 120);
+    EXPECT_EQ(t.AudioMicBoost(), 75);
+}
+
+TEST(TrialSettingsFile, ErrorsAreLoggedWithTheirOriginAndChangeNothing) {
+    TestWorld w;
+    std::filesystem::create_directories(w.install());
+    clsSettings s(w.c().errors, w.install());
+    writeFile(s.file(), "9|x|30");
+    s.LoadINIFile();
+    EXPECT_EQ(s.AudioTargetHID(), "100 100 100 100");  // a bad field takes none of the others either
+    EXPECT_EQ(s.AudioMaxTalkTime(), 60);
+    const std::string err = readFile(w.c().logs.errLogPath());
+    EXPECT_TRUE(contains(err, "Module: clsSettings_LoadINIFile"));
+    // A folder that cannot be written.
+    clsSettings nowhere(w.c().errors, w.dir / "no" / "such" / "folder");
+    nowhere.SaveINIFile();
+    EXPECT_TRUE(contains(readFile(w.c().logs.errLogPath()), "Module: clsSettings_SaveINIFile"));
+    EXPECT_FALSE(std::filesystem::exists(nowhere.file()));
+}

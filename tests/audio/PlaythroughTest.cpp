@@ -1,0 +1,147 @@
+// Playthrough as the window drives the sound card: the order of the calls, the monitor, the
+// latency rule, and failures.
+#include "AudioWorld.h"
+
+#include "audio/AudioOptions.h"
+#include "audio/AudioText.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+TEST(Playthrough, StartsInOrderAndLogsTheDevices) {
+    AudioWorld w;
+    w.glo().options.set(section::kAudioOptions, audiokey::kInputDevice, "1");
+    w.glo().options.set(section::kAudioOptions, audiokey::kOutputDevice, "0");
+    frmAudio& a = w.audio();
+    ASSERT_TRUE(a.PlayThroughStart());
+    EXPECT_EQ(w.engine->calls, (std::vector<std::string>{"init 0 44100", "recordInit 1", "streamCreate 44100 2",
+                                                          "recordStart 44100 2", "channelPlay"}));
+    EXPECT_TRUE(w.debugLogged("PlayThroughStart - Success: input_device = 1, input_ = -1, output_ = 0"));
+    EXPECT_EQ(a.sld_inputLevel, 80);  // the master input's level, the chosen input having none
+    EXPECT_EQ(a.sld_outputLevel, 50);
+    EXPECT_FALSE(a.cmd_startPlaythrough.enabled);
+    EXPECT_TRUE(a.tmr_bassCPU.enabled());
+    // The default-devices option overrides the chosen ones.
+    a.PlayThroughStop();
+    a.chk_Click(AudioCheck::DefaultDeviceOnly, true);
+    w.engine->calls.clear();
+    a.PlayThroughStart();
+    EXPECT_EQ(w.engine->calls.at(0), "init -1 44100");
+    EXPECT_EQ(w.engine->calls.at(1), "recordInit -1");
+}
+
+TEST(Playthrough, FailureIsReportedWithItsTextAndLeavesNothingOpen) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    w.engine->failOn("streamCreate", 6);
+    EXPECT_FALSE(a.PlayThroughStart());
+    EXPECT_FALSE(a.playthroughRunning());
+    EXPECT_TRUE(w.debugLogged("PlayThroughStart - Failed: input_device = -1, input_ = -1, output_ = -1"));
+    EXPECT_EQ(w.engine->count("recordFree"), 1);
+    EXPECT_EQ(w.engine->count("free"), 1);
+    EXPECT_TRUE(w.dialogs.any("Error 6: unsupported sample format"));
+    EXPECT_EQ(w.dialogs.shown.back().title, "Audio Error");
+    EXPECT_TRUE(contains(w.errLog(), "Description: Error 6: unsupported sample format"));
+    EXPECT_TRUE(a.cmd_startPlaythrough.enabled);
+}
+
+TEST(Playthrough, ErrorCodesBecomeTheirTexts) {
+    EXPECT_EQ(audioErrorMessage(0), "Error 0: all is OK");
+    EXPECT_EQ(audioErrorMessage(23), "Error 23: illegal device number");
+    EXPECT_EQ(audioErrorMessage(45), "Error 45: the channel/file has ended");
+    // Codes missing from the table, and -1, are unknown.
+    for (int code : {-1, 10, 26, 46, 1000}) EXPECT_EQ(bassErrorText(code), "Unkown BASS error") << code;
+}
+
+TEST(Playthrough, MonitorShowsLoadLevelAndLatencyAndRestartsAbove150ms) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    a.PlayThroughStart();
+    w.engine->cpuLoad = 1.234;
+    w.engine->level = 0.42;
+    w.engine->buffered = 44100 * 4 * 150 / 1000;  // exactly 150 ms: still fine
+    w.scheduler.advance(250);
+    EXPECT_EQ(a.lblCPU, "CPU: 1.23%");
+    EXPECT_EQ(a.pbar_channelLevel.value, 42);
+    EXPECT_EQ(a.lblLatency, "Latency: 150 ms");
+    EXPECT_EQ(w.engine->count("channelPlay"), 1);
+    w.engine->buffered = 44100 * 4 * 151 / 1000;
+    w.scheduler.advance(250);
+    EXPECT_TRUE(w.debugLogged("Latency too high - playthrough restarting"));
+    EXPECT_EQ(w.engine->count("recordFree"), 1);
+    EXPECT_EQ(w.engine->count("channelPlay"), 2);
+    EXPECT_TRUE(a.playthroughRunning());
+}
+
+TEST(Playthrough, VanishingDeviceStopsPlaythroughButNotTheTurn) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    a.chk_Click(AudioCheck::PlaythroughEnabled, true);
+    a.MicRequest(w.keypadObject(1), "0", false);
+    w.select(1);
+    a.cmd_startAudio_Click();
+    ASSERT_TRUE(a.playthroughRunning());
+    w.engine->onFailure(AudioErrorCode::Device);
+    EXPECT_FALSE(a.playthroughRunning());
+    EXPECT_TRUE(w.dialogs.any("Error 23: illegal device number"));
+    EXPECT_EQ(a.status, "Streaming Audio");
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(1));
+    w.scheduler.advance(1000);
+    EXPECT_EQ(a.status, "Streaming Audio - 59");
+}
+
+TEST(Playthrough, FollowsTheTurnUnlessKeptRunning) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    a.chk_Click(AudioCheck::PlaythroughEnabled, true);
+    for (int k : {1, 2}) a.MicRequest(w.keypadObject(k), "0", false);
+    w.select(1);
+    a.cmd_startAudio_Click();
+    EXPECT_TRUE(a.playthroughRunning());
+    a.cmd_stopAudio_Click();
+    EXPECT_FALSE(a.playthroughRunning());
+    a.chk_Click(AudioCheck::RunPlaythroughConstantly, true);
+    w.select(2);
+    a.cmd_startAudio_Click();
+    a.cmd_stopAudio_Click();
+    EXPECT_TRUE(a.playthroughRunning());
+    EXPECT_EQ(w.engine->count("init"), 2);
+    // A failed start leaves playthrough as it found it.
+    a.PlayThroughStop();
+    w.baseLibrary.fail(kBase, "StartAudio", 9);
+    w.select(1);
+    a.cmd_startAudio_Click();
+    EXPECT_FALSE(a.playthroughRunning());
+}
+
+TEST(Playthrough, CallbackDiagnosticsAndTheirEntryBox) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    a.PlayThroughStart();
+    EXPECT_FALSE(a.txt_audioMinCallbackDataLen_Change("12x"));
+    EXPECT_FALSE(a.txt_audioMinCallbackDataLen_Change("-4"));
+    EXPECT_EQ(w.dialogs.shown.size(), 2u);
+    EXPECT_EQ(a.txt_audioMinCallbackDataLen, "0");
+    ASSERT_TRUE(a.txt_audioMinCallbackDataLen_Change(" 1024 "));
+    a.chk_Click(AudioCheck::CallBackLogNextEvent, true);
+    char block[2048] = {};
+    w.engine->onBlock(2048, block);
+    w.engine->onBlock(2048, block);
+    w.engine->onBlock(512, block);
+    const std::string& log = a.txt_DebugLog;
+    EXPECT_EQ(log.find("Audio Data CallBack Details: length = 2048, buffer = "),
+              log.rfind("Audio Data CallBack Details: length = 2048, buffer = "));  // the next event only
+    EXPECT_FALSE(a.checked(AudioCheck::CallBackLogNextEvent));
+    EXPECT_TRUE(w.debugLogged("Audio Data From CallBack To Low: length = 512\r\n"));
+    EXPECT_FALSE(w.debugLogged("To Low: length = 2048"));
+}
+
+TEST(Playthrough, DebugLogOnlyInDebugMode) {
+    AudioWorld w;
+    frmAudio& a = loadAudioWindow(w.c());
+    a.LogEvent("first");
+    EXPECT_EQ(a.txt_DebugLog, "");
+    a.mnu_debugMode_Click();
+    a.LogEvent("second");
+    EXPECT_EQ(a.txt_DebugLog, "second\r\n");
+}

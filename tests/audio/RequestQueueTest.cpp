@@ -1,0 +1,109 @@
+// The request queue of the audio window: who joins, who keeps a place, who leaves.
+#include "AudioWorld.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+TEST(RequestQueue, FirstRequestJoinsTheEndWithItsReadings) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    EXPECT_EQ(a.lvw_keypadRequests.columns, (std::vector<std::string>{"Keypad HID", "Num", "Batt", "Signal"}));
+    a.MicRequest(w.keypadObject(3, "0", 420, -45), "0", false);
+    a.MicRequest(w.keypadObject(1, "0", 300, 0), "0", false);
+    ASSERT_EQ(w.rowTexts(), (std::vector<std::string>{"3 QUEUED", "1 QUEUED"}));
+    const AudioRequestRow& r = a.lvw_keypadRequests.rows[0];
+    EXPECT_EQ(r.key, "K:3");
+    EXPECT_EQ(r.text, "100 300 100 003");
+    EXPECT_EQ(r.tag, AudioWorld::hid(3));
+    EXPECT_EQ(r.battery.key, "B:3");
+    EXPECT_EQ(r.battery.text, "100%");
+    EXPECT_EQ(r.battery.icon, "BATT");
+    EXPECT_EQ(r.signal.key, "S:3");
+    EXPECT_EQ(r.signal.text, "-45dB");
+    EXPECT_EQ(r.signal.icon, "SIGNAL");
+    // No signal reading: a dash; an empty battery: 0%.
+    EXPECT_EQ(a.lvw_keypadRequests.rows[1].signal.text, "-");
+    EXPECT_EQ(a.lvw_keypadRequests.rows[1].battery.text, "0%");
+    EXPECT_EQ(a.colKeyapds.count("K:3"), 1u);
+}
+
+TEST(RequestQueue, RepeatedRequestKeepsItsPlaceWithFreshReadings) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    a.MicRequest(w.keypadObject(2, "0", 330, -80), "0", false);
+    a.MicRequest(w.keypadObject(5), "0", false);
+    a.MicRequest(w.keypadObject(2, "0", 390, -52), "0", false);
+    ASSERT_EQ(w.rowTexts(), (std::vector<std::string>{"2 QUEUED", "5 QUEUED"}));
+    EXPECT_EQ(a.lvw_keypadRequests.rows[0].battery.text, "75%");
+    EXPECT_EQ(a.lvw_keypadRequests.rows[0].signal.text, "-52dB");
+    // A keypad that has spoken asks again: it stays where it was, its turn marked done.
+    w.select(2);
+    a.cmd_startAudio_Click();
+    a.cmd_stopAudio_Click();
+    a.MicRequest(w.keypadObject(2), "0", false);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"2 DONE", "5 QUEUED"}));
+}
+
+TEST(RequestQueue, WithdrawalRemovesOnlyAQueuedKeypadComparedAsNumbers) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    a.MicRequest(w.keypadObject(1), "0", false);
+    a.MicRequest(w.keypadObject(2), "0", false);
+    w.select(2);
+    // Not queued: nothing changes, not even the selection.
+    a.MicRequest(w.keypadObject(7, "*"), "0", false);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 QUEUED", "2 QUEUED"}));
+    EXPECT_EQ(a.lvw_keypadRequests.selected, 1);
+    // The HID may come in another spacing: the digits decide.
+    KelvarinVote spaced = w.keypadObject(1, "*");
+    spaced.HID = "100 300 100 001";
+    a.MicRequest(spaced, "0", false);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"2 QUEUED"}));
+    EXPECT_EQ(a.lvw_keypadRequests.selected, 0);  // the selection follows its row
+}
+
+TEST(RequestQueue, KeypadOutsideTheRegistryIsLoggedNotQueued) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    KelvarinVote stranger = w.keypadObject(1);
+    stranger.HID = "999888777666";
+    a.MicRequest(stranger, "0", false);
+    EXPECT_TRUE(a.lvw_keypadRequests.rows.empty());
+    EXPECT_TRUE(w.logged("MicRequest - Keypad not in the registry - HID:999888777666"));
+}
+
+TEST(RequestQueue, RequestsThroughTheBaseReachTheWindowAndEndVoteLeavesThemOn) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    a.cmd_audioRequest_Click();
+    EXPECT_EQ(a.cmd_audioRequest.caption, "Disable Requests");
+    EXPECT_EQ(a.status, "Requests Enabled");
+    EXPECT_EQ(a.imgMicIcon, MicIcon::Active);
+    EXPECT_TRUE(w.g2().audioRequestsOn());
+    ASSERT_TRUE(w.station().voteOpen);  // requests run as the bases' open vote
+    w.request(4);
+    w.request(6);
+    w.request(4, true);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"6 QUEUED"}));
+    // A vote's end does not take the requests away by itself.
+    w.g2().EndVote(true, false);
+    EXPECT_TRUE(w.g2().audioRequestsOn());
+    a.cmd_audioRequest_Click();
+    EXPECT_EQ(a.cmd_audioRequest.caption, "Enable Requests");
+    EXPECT_EQ(a.status, "Requests Disabled");
+    EXPECT_FALSE(w.g2().audioRequestsOn());
+}
+
+TEST(RequestQueue, DeleteAndClearTakeRowsOut) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    for (int k : {1, 2, 3}) a.MicRequest(w.keypadObject(k), "0", false);
+    w.select(2);
+    a.mnu_audioRequestDelete_Click();
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 QUEUED", "3 QUEUED"}));
+    EXPECT_EQ(a.lvw_keypadRequests.selected, -1);
+    a.mnu_audioRequestDelete_Click();  // nothing selected: nothing goes
+    EXPECT_EQ(a.lvw_keypadRequests.rows.size(), 2u);
+    a.cmd_clearList_Click();
+    EXPECT_TRUE(a.lvw_keypadRequests.rows.empty());
+}

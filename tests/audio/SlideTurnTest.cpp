@@ -1,0 +1,133 @@
+// Turns asked for from a question slide, and the ways the window comes up.
+#include "AudioWorld.h"
+
+#include "presentation/HotKeys.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+struct SlideWorld : AudioWorld {
+    SlideWorld() {
+        presentation.Begin();
+        presentation.GoTo(3);
+        settle();
+    }
+};
+}  // namespace
+
+TEST(SlideTurn, DigitGivesTheFloorToTheKeypadOnThatLineAndMarksIt) {
+    SlideWorld w;
+    w.c().hotKeys->CtrlKeyPressed("2");
+    frmAudio* a = w.c().forms.get<frmAudio>(frmAudio::kName);
+    ASSERT_NE(a, nullptr);
+    EXPECT_TRUE(a->Visible());
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(2));
+    EXPECT_EQ(w.paragraph(3, 2), "Keypad 2 - Active");
+    EXPECT_EQ(a->slideKeypad(), 2);
+    // The keypad had not asked: it joins the queue to be given the floor.
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"2 SPEAKING"}));
+    // Another line ends the running turn first.
+    a->RunFromSlide(1);
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(1));
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"2 DONE", "1 SPEAKING"}));
+    EXPECT_EQ(w.paragraph(3, 1), "Keypad 1 - Active");
+}
+
+TEST(SlideTurn, CurrentSpeakersLineChangesNothing) {
+    SlideWorld w;
+    frmAudio& a = w.audio();
+    a.RunFromSlide(3);
+    const double started = a.startTime();
+    w.settle(2000);
+    a.RunFromSlide(3);
+    EXPECT_EQ(a.startTime(), started);
+    EXPECT_FALSE(w.debugLogged("StopAudio"));
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"3 SPEAKING"}));
+    EXPECT_EQ(w.paragraph(3, 3), "Keypad 3 - Active");  // marked once
+}
+
+TEST(SlideTurn, LinesWithoutAFullHidOrOutOfRangeDoNothing) {
+    SlideWorld w;
+    frmAudio& a = w.audio();
+    a.RunFromSlide(4);  // keypad 20: a 9-digit HID
+    a.RunFromSlide(5);  // keypad 30: not registered
+    a.RunFromSlide(0);
+    a.RunFromSlide(6);
+    EXPECT_TRUE(a.lvw_keypadRequests.rows.empty());
+    EXPECT_TRUE(w.station().audioHid.empty());
+    EXPECT_EQ(w.paragraph(3, 4), "Keypad 20");
+    EXPECT_EQ(w.paragraph(3, 5), "Keypad 30");
+}
+
+TEST(SlideTurn, WaitsWhileTheStartButtonIsBusy) {
+    SlideWorld w;
+    w.openVote();
+    frmAudio& a = w.audio();
+    a.MicRequest(w.keypadObject(1), "0", false);
+    w.select(1);
+    // Giving keypad 1 the floor waits for the vote to end; meanwhile the presenter asks for line 2.
+    bool asked = false;
+    std::string marked;
+    w.scheduler.post(20, [&] {
+        asked = true;
+        a.RunFromSlide(2);
+    });
+    w.scheduler.post(30, [&] { marked = w.paragraph(3, 2); });
+    a.cmd_startAudio_Click();
+    ASSERT_TRUE(asked);
+    EXPECT_EQ(marked, "Keypad 2 - Wait ");
+    w.settle(500);
+    EXPECT_EQ(w.paragraph(3, 2), "Keypad 2 - Active");
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(2));
+}
+
+TEST(Opening, ShowAudioLoadsTheWindowTopMostOnlyWithKelvarinBases) {
+    AudioWorld w;
+    w.command("SHOWAUDIO");
+    frmAudio* a = w.c().forms.get<frmAudio>(frmAudio::kName);
+    ASSERT_NE(a, nullptr);
+    EXPECT_TRUE(a->Visible());
+    EXPECT_TRUE(a->topMost);
+    EXPECT_TRUE(w.logged("Audio Form Loaded and made TopMost"));
+    EXPECT_EQ(a->Caption(), "Murmelo");
+}
+
+TEST(Opening, PresenterToggleShowsAndHidesTheWindow) {
+    AudioWorld w;
+    w.g2().ToggleAudioDialog();
+    frmAudio* a = w.c().forms.get<frmAudio>(frmAudio::kName);
+    ASSERT_NE(a, nullptr);
+    EXPECT_TRUE(a->Visible());
+    EXPECT_TRUE(w.logged("Show Audio"));
+    w.g2().ToggleAudioDialog();
+    EXPECT_FALSE(a->Visible());
+    EXPECT_TRUE(w.logged("Hide Audio"));
+}
+
+TEST(Opening, ControlPanelSlideBringsUpTheFullWindow) {
+    AudioWorld w;
+    w.presentation.Begin();
+    w.settle();
+    EXPECT_EQ(w.c().forms.get<frmAudio>(frmAudio::kName), nullptr);
+    w.presentation.GoTo(4);
+    w.settle();
+    frmAudio* a = w.c().forms.get<frmAudio>(frmAudio::kName);
+    ASSERT_NE(a, nullptr);
+    EXPECT_TRUE(a->Visible());
+    EXPECT_TRUE(a->controlPanelVisible);
+    EXPECT_EQ(a->Mode(), AudioWindowMode::Full);
+    EXPECT_EQ(a->cmd_fullMode.caption, "<<");
+    // The full window lists the sound card's devices.
+    EXPECT_EQ(a->lvw_inputDevices, (std::vector<std::string>{"Microphone", "Line In"}));
+    EXPECT_EQ(a->lvw_outputDevices, (std::vector<std::string>{"Speakers", "Headphones"}));
+}
+
+TEST(Opening, EventsWaitForTheControllerToBeReady) {
+    AudioWorld w;
+    w.glo().ShuttingDown = true;
+    w.g2().ToggleAudioDialog();
+    w.g2().MicRequest(w.keypadObject(1), "0", false);
+    w.glo().ShuttingDown = false;
+    EXPECT_EQ(w.c().forms.get<frmAudio>(frmAudio::kName), nullptr);
+}

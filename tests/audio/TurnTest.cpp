@@ -1,0 +1,227 @@
+// Giving the floor, the talk time, the link's readings, ending and hiding.
+#include "AudioWorld.h"
+
+#include "audio/AudioOptions.h"
+
+using namespace tlx;
+using namespace tlx::test;
+
+namespace {
+void queue(AudioWorld& w, std::initializer_list<int> keypads) {
+    for (int k : keypads) w.audio().MicRequest(w.keypadObject(k), "0", false);
+}
+}  // namespace
+
+TEST(Turn, NothingSelectedAsksForASelection) {
+    AudioWorld w;
+    queue(w, {1});
+    w.audio().cmd_startAudio_Click();
+    ASSERT_EQ(w.dialogs.shown.size(), 1u);
+    EXPECT_EQ(w.dialogs.shown[0].title, "Murmelo");
+    EXPECT_EQ(w.dialogs.shown[0].text, "Nothing selected");
+    EXPECT_TRUE(w.station().audioHid.empty());
+}
+
+TEST(Turn, GivingTheFloorStreamsTheRowWithTheOptionsAndLocksTheWindow) {
+    AudioWorld w;
+    w.glo().options.set(section::kAudioOptions, audiokey::kMaxTalkTime, "45");
+    w.glo().options.set(section::kAudioOptions, audiokey::kMicVolume, "70");
+    queue(w, {1, 2});
+    frmAudio& a = w.audio();
+    w.select(2);
+    a.cmd_startAudio_Click();
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(2));
+    EXPECT_EQ(w.station().audioOptions.MaxTalkTime, 45);
+    EXPECT_EQ(w.station().audioOptions.MicVolume, 70);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 QUEUED", "2 SPEAKING"}));
+    EXPECT_EQ(a.status, "Streaming Audio");
+    EXPECT_EQ(a.imgMicIcon, MicIcon::Streaming);
+    EXPECT_FALSE(a.cmd_startAudio.enabled);
+    EXPECT_TRUE(a.cmd_stopAudio.enabled);
+    for (const AudioButton* b : {&a.cmd_audioRequest, &a.cmd_clearList, &a.cmd_settings, &a.cmd_hide})
+        EXPECT_FALSE(b->enabled) << b->caption;
+    EXPECT_FALSE(a.lvw_keypadRequests.enabled);
+    EXPECT_EQ(a.currentSpeaker(), AudioWorld::hid(2));
+    EXPECT_TRUE(a.tmrTimeRemaining.enabled());
+}
+
+TEST(Turn, StartingWithRequestsOffTurnsThemOnWhenAskedTo) {
+    AudioWorld w;
+    queue(w, {1});
+    frmAudio& a = w.audio();
+    a.chk_Click(AudioCheck::AudioRequestsOn, true);
+    ASSERT_EQ(a.cmd_audioRequest.caption, "Enable Requests");
+    w.select(1);
+    a.cmd_startAudio_Click();
+    EXPECT_EQ(a.cmd_audioRequest.caption, "Disable Requests");
+    EXPECT_TRUE(w.g2().audioRequestsOn());
+    EXPECT_EQ(a.status, "Streaming Audio");
+    // The option is kept by the settings store.
+    EXPECT_TRUE(contains(w.ini(), "AUDIO AUTO REQUESTS=1"));
+    // The turn's end opens the requests again for the next speakers.
+    w.g2().EndAudioRequests();
+    a.cmd_stopAudio_Click();
+    EXPECT_TRUE(w.g2().audioRequestsOn());
+}
+
+TEST(Turn, FailingStartLeavesTheButtonsAsTheyWereAndLogsTheReason) {
+    AudioWorld w;
+    queue(w, {1});
+    frmAudio& a = w.audio();
+    w.select(1);
+    w.baseLibrary.fail(kBase, "StartAudio", 9);
+    a.cmd_startAudio_Click();
+    EXPECT_TRUE(a.cmd_startAudio.enabled);
+    EXPECT_FALSE(a.cmd_stopAudio.enabled);
+    EXPECT_TRUE(a.cmd_hide.enabled);
+    EXPECT_TRUE(a.lvw_keypadRequests.enabled);
+    EXPECT_EQ(a.status, "Requests Disabled");
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 QUEUED"}));
+    EXPECT_TRUE(a.currentSpeaker().empty());
+    EXPECT_FALSE(a.tmrTimeRemaining.enabled());
+    EXPECT_TRUE(contains(w.errLog(), "Description: Unable to initialize audio, ensure base is connected"));
+}
+
+TEST(Turn, FloorGivenDuringAVoteEndsTheVoteFirst) {
+    AudioWorld w;
+    w.openVote();
+    queue(w, {3});
+    frmAudio& a = w.audio();
+    w.select(3);
+    a.cmd_startAudio_Click();
+    EXPECT_FALSE(w.glo().voteRunning);
+    EXPECT_TRUE(w.logged("ENDVOTE"));
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(3));
+    EXPECT_EQ(a.status, "Streaming Audio");
+}
+
+TEST(Turn, VoteThatWillNotEndKeepsTheFloorClosed) {
+    AudioWorld w;
+    w.openVote();
+    queue(w, {3});
+    frmAudio& a = w.audio();
+    w.select(3);
+    // The command channel is stuck: the queued ENDVOTE never runs.
+    w.glo().ShuttingDown = true;
+    a.cmd_startAudio_Click();
+    w.glo().ShuttingDown = false;
+    EXPECT_EQ(a.status, "Unable to stop vote, please try again");
+    EXPECT_TRUE(w.station().audioHid.empty());
+    EXPECT_TRUE(a.cmd_startAudio.enabled);
+}
+
+TEST(Turn, CountdownGoesBelowZeroUntilTheTurnEnds) {
+    AudioWorld w;
+    w.glo().options.set(section::kAudioOptions, audiokey::kMaxTalkTime, "3");
+    queue(w, {1});
+    frmAudio& a = w.audio();
+    w.select(1);
+    a.cmd_startAudio_Click();
+    w.scheduler.advance(1000);
+    EXPECT_EQ(a.lblTimeRemaining, "2");
+    EXPECT_EQ(a.status, "Streaming Audio - 2");
+    w.scheduler.advance(4000);
+    EXPECT_EQ(a.lblTimeRemaining, "-2");
+    EXPECT_EQ(a.status, "Streaming Audio - -2");
+    a.cmd_stopAudio_Click();
+    EXPECT_EQ(a.lblTimeRemaining, "");
+    EXPECT_EQ(a.status, "Ready");
+    w.scheduler.advance(1000);
+    EXPECT_EQ(a.status, "Ready");  // the countdown stopped with the turn
+}
+
+TEST(Turn, LinkReadingsIgnoreValuesBeyondAByte) {
+    AudioWorld w;
+    frmAudio& a = w.audio();
+    a.oKVv5_AudioStatus(KelvarinAudioStatus{true, -61, 1234}, "0");
+    EXPECT_TRUE(a.cmd_stopAudio.enabled);
+    EXPECT_EQ(a.lblRSSI, "-61 dB");
+    EXPECT_EQ(a.pbarRSSI.value, -61);
+    EXPECT_EQ(a.lblLQI, "");
+    a.oKVv5_AudioStatus(KelvarinAudioStatus{false, 300, 0}, "0");
+    EXPECT_EQ(a.lblRSSI, "-61 dB");  // 300 is no reading
+    EXPECT_EQ(a.lblLQI, "0");
+    a.oKVv5_AudioStatus(KelvarinAudioStatus{true, 0, 255}, "0");
+    EXPECT_EQ(a.lblRSSI, "- ");
+    EXPECT_EQ(a.lblLQI, "255");
+    EXPECT_EQ(a.pbarLQI.value, 255);
+    a.oKVv5_AudioStatus(KelvarinAudioStatus{true, -150, 0}, "0");
+    EXPECT_EQ(a.pbarRSSI.value, a.pbarRSSI.min);  // clamped to the bar
+}
+
+TEST(Turn, EndingRestoresTheWindowKeepsAQuestionSlideAndMarksOrRemovesTheRow) {
+    AudioWorld w;
+    w.presentation.Begin();
+    w.presentation.GoTo(3);  // the slide with a question
+    w.settle();
+    queue(w, {1, 2});
+    frmAudio& a = w.audio();
+    w.select(1);
+    a.cmd_startAudio_Click();
+    w.settle(1500);
+    EXPECT_FALSE(a.lblRSSI.empty());  // the base reported the link
+    auto* deck = dynamic_cast<SimDocument*>(w.presentation.getActiveObject()->activePresentation());
+    ASSERT_NE(deck, nullptr);
+    const int before = deck->showWithAnimationSets;
+    a.cmd_stopAudio_Click();
+    EXPECT_EQ(deck->showWithAnimationSets, before + 1);
+    EXPECT_EQ(w.presentation.CurrentSlide().value, 3);
+    EXPECT_TRUE(w.station().audioHid.empty());
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 DONE", "2 QUEUED"}));
+    for (const AudioButton* b : {&a.cmd_startAudio, &a.cmd_audioRequest, &a.cmd_clearList, &a.cmd_settings, &a.cmd_hide})
+        EXPECT_TRUE(b->enabled) << b->caption;
+    EXPECT_FALSE(a.cmd_stopAudio.enabled);
+    EXPECT_EQ(a.lblRSSI, "");
+    EXPECT_EQ(a.lblLQI, "");
+    EXPECT_EQ(a.pbarLQI.value, a.pbarLQI.min);
+    // Managed automatically, a finished speaker leaves the queue.
+    a.chk_Click(AudioCheck::AutoManageRequests, true);
+    w.select(2);
+    a.cmd_startAudio_Click();
+    w.presentation.GoTo(1);  // no question here: the show's setting is left alone
+    w.settle();
+    a.cmd_stopAudio_Click();
+    EXPECT_EQ(deck->showWithAnimationSets, before + 1);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 DONE"}));
+}
+
+TEST(Turn, DoubleClickEndsTheRunningTurnAndGivesTheFloorToTheRow) {
+    AudioWorld w;
+    queue(w, {1, 2});
+    frmAudio& a = w.audio();
+    w.select(1);
+    a.cmd_startAudio_Click();
+    a.lvw_keypadRequests_DblClick(1);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 DONE", "2 SPEAKING"}));
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(2));
+}
+
+TEST(Turn, HidingWithTheClearOptionLeavesAnEmptyQueueAndRequestsOff) {
+    AudioWorld w;
+    frmAudio& a = showAudioWindow(w.c());
+    a.cmd_audioRequest_Click();
+    queue(w, {1, 2});
+    w.select(1);
+    a.cmd_startAudio_Click();
+    a.chk_Click(AudioCheck::ClearRequestsOnHide, true);
+    a.cmd_hide_Click();
+    EXPECT_FALSE(a.Visible());
+    EXPECT_TRUE(a.lvw_keypadRequests.rows.empty());
+    EXPECT_EQ(a.cmd_audioRequest.caption, "Enable Requests");
+    EXPECT_FALSE(w.g2().audioRequestsOn());
+    EXPECT_TRUE(w.station().audioHid.empty());
+    EXPECT_TRUE(a.currentSpeaker().empty());
+    // Without the option the queue stays for the next time.
+    showAudioWindow(w.c());
+    a.chk_Click(AudioCheck::ClearRequestsOnHide, false);
+    queue(w, {3});
+    a.cmd_hide_Click();
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"3 QUEUED"}));
+}
+
+TEST(Turn, StartNowFlagGivesTheFloorAtOnce) {
+    AudioWorld w;
+    w.audio().MicRequest(w.keypadObject(5), "0", true);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"5 SPEAKING"}));
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(5));
+}
