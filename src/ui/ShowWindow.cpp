@@ -91,6 +91,7 @@ ShowWindow::ShowWindow(SimShowScreen& screen, QWidget* parent) : QWidget(parent)
 
     auto* slide = new QWidget;
     auto* lay = new QVBoxLayout(slide);
+    slideLayout_ = lay;
     lay->setContentsMargins(48, 32, 48, 24);
     lay->setSpacing(16);
     auto label = [](const char* name, Qt::Alignment align) {
@@ -124,11 +125,12 @@ ShowWindow::ShowWindow(SimShowScreen& screen, QWidget* parent) : QWidget(parent)
     chart_->setAnimationOptions(QChart::NoAnimation);
     axisX_ = new QBarCategoryAxis;
     axisY_ = new QValueAxis;
-    axisY_->setLabelFormat("%d");
+    // Each bar carries its count: the scale itself is not drawn, as on a results slide.
+    axisY_->setVisible(false);
     for (QAbstractAxis* a : {static_cast<QAbstractAxis*>(axisX_), static_cast<QAbstractAxis*>(axisY_)}) {
         a->setLabelsColor(QColor(kTextColour));
         a->setLinePenColor(QColor(kDimColour));
-        a->setGridLineColor(QColor("#2c4466"));
+        a->setGridLineVisible(false);
     }
     chart_->addAxis(axisX_, Qt::AlignBottom);
     chart_->addAxis(axisY_, Qt::AlignLeft);
@@ -193,6 +195,9 @@ void ShowWindow::refresh() {
     status_->setText(q(status));
     fillChart();
     scaleFonts();
+    // Lay out now, not on the next turn of the loop: a picture taken at once shows it right.
+    slideLayout_->activate();
+    layout()->activate();
 }
 
 void ShowWindow::placeWindow() {
@@ -243,8 +248,9 @@ void ShowWindow::fillChart() {
     }
     bars_->remove(0, bars_->count());
     bars_->append(counts);
-    axisY_->setRange(0, axisTop(largest));
-    axisY_->setTickCount(std::min(axisTop(largest), 5) + 1);
+    // Room above the longest bar for its count.
+    const int top = axisTop(largest + std::max(1LL, largest / 8));
+    axisY_->setRange(0, top);
 }
 
 void ShowWindow::scaleFonts() {

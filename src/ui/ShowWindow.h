@@ -10,6 +10,7 @@
 class QLabel;
 class QKeyEvent;
 class QStackedLayout;
+class QLayout;
 class QChartView;
 class QChart;
 class QBarSet;
@@ -52,6 +53,7 @@ private:
     bool refreshPending_ = false;
     bool wasRunning_ = false;
     QStackedLayout* pages_;
+    QLayout* slideLayout_;
     QLabel* title_;
     QLabel* question_;
     QLabel* answers_;
