@@ -164,6 +164,7 @@ TEST(ShowWindow, KeysTypedOnItReachTheHookAndTheShow) {
 }
 
 TEST(ShowWindow, VirtualKeysOfTheKeysThePresenterUses) {
+    qtApp();  // key events need the application's keyboard device
     auto vk = [](int key, Qt::KeyboardModifiers mods = {}, quint32 native = 0) {
         const QKeyEvent e(QEvent::KeyPress, key, mods, 0, native, 0);
         return virtualKeyOf(e);
