@@ -9,6 +9,7 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <xcb/xcb.h>
 
 #include "audio/AudioFeature.h"
 #include "audio/AudioWindow.h"
@@ -30,10 +31,12 @@
 #include "platform/sim/SimPresentation.h"
 #include "platform/sim/SimScript.h"
 #include "platform/sim/SimSetup.h"
+#include "platform/sim/SimShowScreen.h"
 #include "platform/sim/basesim/SimBasesAdapter.h"
 #include "platform/sim/basesim/SimBaseLibrary.h"
 #include "presentation/Tallix.h"
 #include "textvote/TextVoteCollection.h"
+#include "ui/ShowWindow.h"
 #include "ui/Views.h"
 
 namespace tlx {
@@ -92,7 +95,31 @@ void printTextVotes(frmTextVoteCollection& t, std::ostream& out) {
 
 }  // namespace
 
-int runController(int argc, char** argv, const ControllerOptions& options, std::ostream& out) {
+std::string noDisplayReason() {
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    const QByteArray first = platform.split(';').first().split(':').first().trimmed().toLower();
+    // Other platforms (offscreen, wayland, vnc ...) are Qt's to judge; so is a Wayland session
+    // that names no platform.
+    if (!first.isEmpty() && first != "xcb") return {};
+    if (first.isEmpty() && !qgetenv("WAYLAND_DISPLAY").isEmpty()) return {};
+    const QByteArray display = qgetenv("DISPLAY");
+    if (display.isEmpty()) return "DISPLAY is not set";
+    xcb_connection_t* c = xcb_connect(nullptr, nullptr);
+    const bool failed = xcb_connection_has_error(c) != 0;
+    xcb_disconnect(c);
+    return failed ? "cannot open display " + display.toStdString() : std::string();
+}
+
+int runController(int argc, char** argv, const ControllerOptions& requested, std::ostream& out) {
+    ControllerOptions options = requested;
+    if (!options.headless) {
+        // Without a display the program would end in the toolkit; it goes on without windows.
+        if (const std::string why = noDisplayReason(); !why.empty()) {
+            std::cerr << "tlxctrl: no display (" << why << "): going on headless, log lines on standard output"
+                      << std::endl;
+            options.headless = true;
+        }
+    }
     std::unique_ptr<QCoreApplication> qapp;
     if (options.headless)
         qapp = std::make_unique<QCoreApplication>(argc, argv);
@@ -175,7 +202,8 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         if (!options.headless)
             dialogs->message("tallix controller", why + "; not starting a second controller", MsgIcon::Exclamation);
     };
-    if (options.automation.value_or(!options.headless)) {
+    // A windowed program that went on headless still serves the bus as a windowed one does.
+    if (options.automation.value_or(!requested.headless)) {
         QDBusConnection bus = QDBusConnection::sessionBus();
         if (!bus.isConnected()) {
             std::cerr << "tlxctrl: no session bus (" << bus.lastError().message().toStdString()
@@ -191,6 +219,10 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     }
 
     std::unique_ptr<ViewManager> views;
+    // The presentation program's window, and the texts the controller forwards for its chart.
+    std::unique_ptr<SimShowScreen> screen;
+    std::unique_ptr<ShowWindow> showWindow;
+    std::unique_ptr<tallix> screenFeed;
     if (options.headless) {
         controller.forms.loaded.connect([&out](Form& f) {
             if (auto* m = dynamic_cast<MainForm*>(&f))
@@ -230,6 +262,8 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
         qtTray->onShow = [&] {
             if (auto* m = controller.mainForm()) m->Show();
         };
+        screen = std::make_unique<SimShowScreen>(presentation);
+        showWindow = std::make_unique<ShowWindow>(*screen);
     }
 
     Main(controller);
@@ -256,6 +290,13 @@ int runController(int argc, char** argv, const ControllerOptions& options, std::
     presentation.addIn.nextSlide = [&] { addIn->SlideShowNextSlide(); };
     presentation.addIn.showEnd = [&] { addIn->SlideShowEnd(); };
     presentation.addIn.closing = [&] { addIn->PowerPointClosed(); };
+    if (screen) {
+        // The window's chart hears what every display program hears, in this process.
+        screenFeed = std::make_unique<tallix>(controller);
+        screenFeed->init("");
+        screenFeed->FromTLXCtrl.connect([&](const std::string& text) { screen->forwarded(text); });
+        screenFeed->FromCtrlFormBaseStationStartVoteCount.connect([&](int) { screen->voteStarted(); });
+    }
     // A scripted show plays the presenter, the keypads and the display program.
     std::unique_ptr<tallix> display;
     std::unique_ptr<SimScript> script;

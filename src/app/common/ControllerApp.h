@@ -24,7 +24,12 @@ struct ControllerOptions {
 // serves it, or (with --automation) there is no session bus.
 inline constexpr int kExitAutomationUnavailable = 3;
 
-// Builds the object graph and runs the program; returns the process exit code.
+// Why no window can open on this machine: "" when one can (or the toolkit's platform is one
+// this check leaves to the toolkit), else the reason, such as "DISPLAY is not set".
+std::string noDisplayReason();
+
+// Builds the object graph and runs the program; returns the process exit code. A windowed
+// program that finds no display goes on headless and says so on standard error.
 int runController(int argc, char** argv, const ControllerOptions& options, std::ostream& out);
 
 // The non-interactive keypad set-up: "TYPE;PORT;LO;HI" per base.

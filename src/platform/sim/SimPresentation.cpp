@@ -228,6 +228,7 @@ void SimPresentationApp::quit() {
     running_ = false;
     desktop_.removeProcess("POWERPNT.EXE");
     desktop_.setForegroundWindowClass("Progman");
+    screenChanged();
 }
 
 SimDocument* SimPresentationApp::active() { return documents_.empty() ? nullptr : documents_.back().get(); }
@@ -239,6 +240,7 @@ SimError SimPresentationApp::Open(const std::string& path) {
         documents_.push_back(std::make_unique<SimDocument>(*this, std::move(deck)));
         editSlide = 1;
         log("Opened " + path);
+        screenChanged();
         return {};
     } catch (const std::exception& e) {
         return e.what();
@@ -257,6 +259,7 @@ SimError SimPresentationApp::Begin() {
     show_->activate();
     typedDigits_.clear();
     log("Slide show begins on slide 1 of " + numText(d->slideCount()));
+    screenChanged();
     if (addIn.showBegin) addIn.showBegin(show_->hwnd());
     return {};
 }
@@ -264,6 +267,7 @@ SimError SimPresentationApp::Begin() {
 void SimPresentationApp::slideChanged() {
     if (!show_) return;
     log("Slide show on slide " + numText(show_->index()));
+    screenChanged();
     if (addIn.nextSlide) addIn.nextSlide();
 }
 
@@ -292,6 +296,7 @@ SimError SimPresentationApp::End() {
     show_.reset();
     desktop_.setForegroundWindowClass(kFrameWindowClass);
     log("Slide show ends");
+    screenChanged();
     if (addIn.showEnd) addIn.showEnd();
     return {};
 }
@@ -369,7 +374,13 @@ SimResult<std::string> SimPresentationApp::SlideText(int slide, const std::strin
 }
 
 void SimPresentationApp::onForegroundKey(int vk, bool released) {
-    if (released || !show_ || toUpper(desktop_.foregroundWindowClass()) != "SCREENCLASS") return;
+    if (released) return;
+    // F5 in the program's own window begins the show, as the real program does.
+    if (!show_ && vk == kVkF5 && running_ && desktop_.foregroundWindowClass() == kFrameWindowClass) {
+        Begin();
+        return;
+    }
+    if (!show_ || toUpper(desktop_.foregroundWindowClass()) != "SCREENCLASS") return;
     if (vk >= '0' && vk <= '9') {
         typedDigits_ += static_cast<char>(vk);
         return;
@@ -388,7 +399,14 @@ void SimPresentationApp::onForegroundKey(int vk, bool released) {
         case 36: show_->gotoSlide(1); break;
         case 35: show_->gotoSlide(active()->slideCount()); break;
         case 27: End(); break;
-        case 'B': case 190: show_->blanked = !show_->blanked; break;
+        case 'B': case 190:
+            show_->blanked = !show_->blanked;
+            screenChanged();
+            break;
+        case kVkF11:
+            show_->fullScreen = !show_->fullScreen;
+            screenChanged();
+            break;
         default: break;
     }
 }

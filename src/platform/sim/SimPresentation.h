@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "core/Signal.h"
 #include "platform/files/pptx/Deck.h"
 #include "platform/sim/SimControls.h"
 #include "ports/PresentationApp.h"
@@ -23,6 +24,10 @@ class SimDocument;
 
 inline constexpr const char* kShowWindowClass = "screenClass";
 inline constexpr const char* kFrameWindowClass = "PP14FrameClass";
+// Keys of the program's own: F5 begins the show from its window, F11 switches the show
+// between full screen and a window.
+inline constexpr int kVkF5 = 116;
+inline constexpr int kVkF11 = 122;
 
 class SimTags : public ppt::Tags {
 public:
@@ -207,6 +212,10 @@ public:
     SimDocument* active();
     SimShowWindow* show() { return show_.get(); }
     int editSlide = 1;
+
+    // What a window of the program would draw has changed: a presentation opened, the show
+    // began, moved, was blanked, changed its full-screen state or ended, the program quit.
+    Signal<> screenChanged;
 
 private:
     friend class SimApplication;
