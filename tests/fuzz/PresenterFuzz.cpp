@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 const int flag = in.byte() % 5;
                 const int error = in.byte() % 3;
                 const std::string hid = in.line();
-                if (base) base->KeypadRegister(hid, flag, error);
+                if (base) base->KeypadRegister(hid, flag, error, in.line());
                 break;
             }
             case 2: {
