@@ -154,6 +154,8 @@ public:
     void setSeed(unsigned seed) { rng_.seed(seed); }
     int eventDelayMs = 10;
     int scanReplyDelayMs = 250;
+    // Each key press a base takes and reports (the vote as it goes out), for logs and checks.
+    std::function<void(const SimBaseStation&, const KelvarinVote&)> onVoteSent;
 
     // Driving.
     // Each base's "TYPE;PORT", e.g. "KELVARIN COREHUB G2;100100100100".
