@@ -159,7 +159,7 @@ int main(int argc, char** argv) {
             if (!r.error.empty())
                 say(line + ": " + r.error);
             else if (!r.output.empty())
-                std::cout << r.output << std::endl;
+                say(line + ": " + r.output);
             else
                 say(line + ": done");
         }

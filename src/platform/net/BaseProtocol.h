@@ -6,7 +6,7 @@
 // Grammar (every number big-endian):
 //
 //   stream   = *frame
-//   frame    = size body                 ; size: 4 bytes, the length of body, 11 .. kMaxBodyBytes
+//   frame    = size body                 ; size: 4 bytes, the length of body, 12 .. kMaxBodyBytes
 //   body     = version kind id handle list
 //   version  = 1 byte                    ; kBaseProtocolVersion
 //   kind     = 1 byte                    ; 1 hello, 2 request, 3 reply, 4 event, 5 refused,
@@ -22,7 +22,7 @@
 //   event          = event-name *argument         ; a KelvarinBase event by its name
 //   refused        = reason                       ; the sender closes the connection after it
 //   control        = command-line                 ; the emulator's own control language
-//   control-reply  = "" / reason                  ; empty when the command was carried out
+//   control-reply  = reason output                ; reason "" when the command was carried out
 //
 // Values inside fields: integers in decimal; booleans "0" or "1"; real numbers as the shortest
 // decimal text that reads back to the same number; records (KelvarinVote, KelvarinBaseConfig,

@@ -231,7 +231,7 @@ private:
 // Reads the base section of a simulation set-up file into the library:
 //   [bases]  count=2  seed=7
 //   [base1]  type=KELVARIN COREHUB G2  id=100100100100  firmware=2.00.01.1801.1545
-//            keypads=1-40  connection=usb|ethernet|serial  address=10.0.0.5  port=3
+//            keypads=1-40  connection=usb|ethernet|serial  address=127.0.0.1  port=3
 //            hidstart=300100001  presenter=300199901  scanner=300199902  channel=69  session=1
 //            registry=300100001;1|300100002;2 (instead of keypads and hidstart)
 // Returns how many bases were added.
