@@ -121,8 +121,9 @@ int main(int argc, char** argv) {
             link.close = [s, gone] {
                 if (*gone) return;
                 *gone = true;
-                s->disconnectFromHost();  // what is written still goes out
-                s->deleteLater();
+                // What is written still goes out (a refusal's reason); the socket goes once it has.
+                s->disconnectFromHost();
+                if (s->state() == QAbstractSocket::UnconnectedState) s->deleteLater();
             };
             const std::uint64_t id = hub.open(link);
             QObject::connect(s, &QTcpSocket::readyRead, s, [&hub, s, id] {
@@ -133,8 +134,8 @@ int main(int argc, char** argv) {
                 if (!*gone) {
                     *gone = true;
                     hub.closed(id);
-                    s->deleteLater();
                 }
+                s->deleteLater();
             });
         }
     });

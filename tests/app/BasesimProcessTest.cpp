@@ -204,6 +204,7 @@ TEST_F(BasesimShow, AFrameOfAnotherVersionIsRefusedNamingBothAndOnlyThatConnecti
         answer += other.readAll().toStdString();
         return other.state() == QAbstractSocket::UnconnectedState;
     }, 10.0);
+    answer += other.readAll().toStdString();
     EXPECT_NE(answer.find("protocol version 9 refused: tlx-basesim speaks version 1"), std::string::npos);
     EXPECT_EQ(other.state(), QAbstractSocket::UnconnectedState);
     EXPECT_EQ(emulator.command("connections"), "1") << emulator.output();  // the controller's

@@ -328,8 +328,8 @@ TEST(BasesimScenario, LinesRunOnTimeAndAwaitMovesTheLaterOnesByTheTimeItWaited) 
     EXPECT_EQ(lines[0].command, "await voteopen 10");
     EXPECT_EQ(problems, (std::vector<std::string>{"line 4: soon press 1 1"}));
 
+    std::vector<std::string> notes;  // outlives the hub, which reports into it to the end
     NetWorld n;
-    std::vector<std::string> notes;
     n.hub->note = [&](const std::string& t) { notes.push_back(t); };
     n.hub->play(lines);
     auto b = n.bound();
@@ -343,4 +343,5 @@ TEST(BasesimScenario, LinesRunOnTimeAndAwaitMovesTheLaterOnesByTheTimeItWaited) 
     n.run(600);
     EXPECT_EQ(n.votes.back(), "50;4");
     EXPECT_TRUE(n.hub->scenarioFinished());
+    EXPECT_EQ(notes.back(), "scenario press 100100100300 50 4");
 }
