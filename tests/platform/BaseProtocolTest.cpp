@@ -162,12 +162,12 @@ TEST(BaseValues, AReaderSkipsUnknownMembersButRefusesBadValuesLeavingTheRecordAs
 TEST(BaseCalls, ARequestCarriesTheInputsAndItsReplyTheResultsOfTheSameMember) {
     VirtualScheduler clock;
     SimBaseLibrary lib(clock);
-    SimBaseSpec spec;
-    spec.id = "100100100300";
-    spec.connection = SimConnection::Ethernet;
-    spec.address = "127.0.0.1";
-    spec.keypads = {keypad("300300041", 41), keypad("300300042", 42)};
-    lib.addBase(spec);
+    SimBaseSpec base;
+    base.id = "100100100300";
+    base.connection = SimConnection::Ethernet;
+    base.address = "127.0.0.1";
+    base.keypads = {keypad("300300041", 41), keypad("300300042", 42)};
+    lib.addBase(base);
     auto served = lib.createBase(LibraryGeneration::Prioritizer2);
 
     const std::string connection = "127.0.0.1|2020|1010";

@@ -94,12 +94,12 @@ struct NetWorld {
     }
     void startEmulator() {
         emulated = std::make_unique<SimBaseLibrary>(clock);
-        SimBaseSpec spec;
-        spec.id = kNet;
-        spec.connection = SimConnection::Ethernet;
-        spec.address = "127.0.0.1";
-        for (int k = 41; k <= 50; ++k) spec.keypads.push_back(keypad(std::to_string(300300000 + k), k));
-        emulated->addBase(spec);
+        SimBaseSpec base;
+        base.id = kNet;
+        base.connection = SimConnection::Ethernet;
+        base.address = "127.0.0.1";
+        for (int k = 41; k <= 50; ++k) base.keypads.push_back(keypad(std::to_string(300300000 + k), k));
+        emulated->addBase(base);
         hub = std::make_unique<BaseHub>(clock, *emulated);
     }
     // A base object bound to the network base, its votes and errors recorded.
