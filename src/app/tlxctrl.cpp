@@ -19,6 +19,8 @@ int main(int argc, char** argv) {
     cli.add_option("--quit-after", o.quitAfterMs, "quit from the tray menu after this many milliseconds");
     cli.add_option("--configure-bases", o.configureBases,
                    "keypad set-up without a window: \"TYPE;PORT;LO;HI\" per base");
+    cli.add_option("--basesim", o.basesim,
+                   "where tlx-basesim serves network bases, HOST:PORT (default: the --sim file's [network] basesim=)");
     cli.add_flag("-n,--noppt", noppt, "do not use the presentation program (same as -noppt)");
     auto* on = cli.add_flag("--automation", automation,
                             "serve the automation class on the session bus as tallix_control.tallix (the "

@@ -67,7 +67,7 @@ TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSetting) {
     DriverWorld d;
     SimBaseSpec net = usbBase("100100100500", "2.00.01.1801.1545");
     net.connection = SimConnection::Ethernet;
-    net.address = "10.0.0.5";
+    net.address = "127.0.0.1";
     d.sim().addBase(net);
     net.id = "100100100600";
     net.address = "";  // listed as "100100100600;" with nothing to connect to
@@ -81,7 +81,7 @@ TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSetting) {
     const auto& r = d.g2().baseTable()[1];
     EXPECT_EQ(r.isEthernet, 1);
     EXPECT_EQ(r.identifier, "100100100500");
-    EXPECT_EQ(r.address, "10.0.0.5");
+    EXPECT_EQ(r.address, "127.0.0.1");
     EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: GetEthernetDevices - 0"));
 }
 
@@ -258,7 +258,7 @@ TEST(ListDevices, ConnectStringsAreTheLibrarysExactForms) {
     ASSERT_EQ(d.g2().connectedCount(), 1);
     SimBaseSpec net = usbBase("100100100500", "2.00.01.1801.1545");
     net.connection = SimConnection::Ethernet;
-    net.address = "10.0.0.5";
+    net.address = "127.0.0.1";
     d.sim().addBase(net);
     d.glo().options.set(section::kCoreHubOptions, "ETHERNET ENABLED", "1");
     d.g2().ListDevices();
@@ -268,9 +268,9 @@ TEST(ListDevices, ConnectStringsAreTheLibrarysExactForms) {
     auto base = d.sim().createBase(LibraryGeneration::Prioritizer2);
     EXPECT_EQ(base->Connect("000 000 000 123"), 0);
     for (const char* wrong : {"123", "000000000123", "000 000 000 0123", "000-000-000-123", " 000 000 000 123",
-                              "10.0.0.5", "10.0.0.5|2020", "10.0.0.5|2020|1011", "10.0.0.5|1010|2020",
-                              "|2020|1010", "10.0.0.5|2020|1010|"})
+                              "127.0.0.1", "127.0.0.1|2020", "127.0.0.1|2020|1011", "127.0.0.1|1010|2020",
+                              "|2020|1010", "127.0.0.1|2020|1010|"})
         EXPECT_EQ(base->Connect(wrong), BaseErrorCode::BaseNotFound) << wrong;
-    EXPECT_EQ(base->Connect("10.0.0.5|2020|1010"), 0);
+    EXPECT_EQ(base->Connect("127.0.0.1|2020|1010"), 0);
     EXPECT_EQ(base->Connect("000 100 100 500"), BaseErrorCode::BaseNotFound);  // a network base
 }

@@ -9,19 +9,22 @@
 using namespace tlx;
 using namespace tlx::test;
 
-TEST(SimSetup, TheDemoFileDescribesTwoG2BasesWithRegistries) {
+TEST(SimSetup, TheDemoHasAUsbBaseHereAndANetworkBaseOnLoopbackForTheEmulator) {
     const std::filesystem::path sourceDir = tlx::test::sourceDir();
     VirtualScheduler s;
     SimBaseLibrary lib(s);
-    ASSERT_EQ(loadSimBases(lib, (sourceDir / "examples" / "sim" / "demo.ini").string()), 2);
-    EXPECT_EQ(lib.bases(), (std::vector<std::string>{"KELVARIN COREHUB G2;100100100100",
-                                                     "KELVARIN COREHUB G2;100100100200"}));
+    ASSERT_EQ(loadSimBases(lib, (sourceDir / "examples" / "sim" / "demo.ini").string()), 1);
+    EXPECT_EQ(lib.bases(), (std::vector<std::string>{"KELVARIN COREHUB G2;100100100100"}));
     SimBaseStation& b1 = lib.station(0);
     EXPECT_EQ(b1.setup.firmware, "2.00.01.1801.1545");
     EXPECT_EQ(b1.setup.keypads.size(), 41u);
     EXPECT_EQ(b1.keypadBySid(1)->hid, "100300100001");
     EXPECT_EQ(b1.keypadByHid("100 300 199 901")->kind, DeviceKind::Presenter);
-    SimBaseStation& b2 = lib.station(1);
+    SimBaseLibrary net(s);
+    ASSERT_EQ(loadSimBases(net, (sourceDir / "examples" / "sim" / "demo-network.ini").string()), 1);
+    SimBaseStation& b2 = net.station(0);
+    EXPECT_EQ(b2.setup.connection, SimConnection::Ethernet);
+    EXPECT_EQ(b2.setup.address, "127.0.0.1");
     EXPECT_EQ(b2.keypadBySid(41)->hid, "100300200041");
     EXPECT_EQ(b2.keypadBySid(80)->hid, "100300200080");
     EXPECT_EQ(b2.keypadBySid(1), nullptr);
@@ -32,7 +35,7 @@ TEST(SimSetup, OddEntriesAreReadSensiblyOrSkipped) {
     writeFile(dir / "sim.ini",
               "[bases]\r\ncount=3\r\n"
               "[base1]\r\ntype=kelvarin base v3\r\nport=4\r\nkeypads=1-3,x,5-4,7\r\n"
-              "[base2]\r\nconnection=ethernet\r\naddress=10.1.1.1\r\nregistry=500;1|bad|501;2;3|502;x|503;4\r\n"
+              "[base2]\r\nconnection=ethernet\r\naddress=::1\r\nregistry=500;1|bad|501;2;3|502;x|503;4\r\n"
               "[base3]\r\n");
     VirtualScheduler s;
     SimBaseLibrary lib(s);
@@ -40,7 +43,7 @@ TEST(SimSetup, OddEntriesAreReadSensiblyOrSkipped) {
     EXPECT_EQ(lib.bases()[0], "KELVARIN BASE V3;4");
     EXPECT_EQ(lib.station(0).setup.keypads.size(), 4u);
     EXPECT_EQ(lib.station(1).registryText(), "500;1|503;4");
-    EXPECT_EQ(lib.station(1).setup.address, "10.1.1.1");
+    EXPECT_EQ(lib.station(1).setup.address, "::1");
     EXPECT_EQ(lib.bases()[2], "KELVARIN COREHUB G2;100100100102");
     EXPECT_EQ(lib.station(2).setup.keypads.size(), 20u);
     EXPECT_EQ(parseKeypadList("1-3, 9 ,4096,0,-2,3-1"), (std::vector<int>{1, 2, 3, 9}));

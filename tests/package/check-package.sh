@@ -20,7 +20,7 @@ grep -q '^Depends:.*dbus' <<<"$fields" || { echo "FAIL: the session bus is not a
 root="$work/root"
 mkdir -p "$root"
 dpkg-deb -x "$deb" "$root"
-for f in usr/bin/tlxctrl usr/bin/tlxctl usr/bin/tlx-display usr/bin/tlx-mkdeck \
+for f in usr/bin/tlxctrl usr/bin/tlxctl usr/bin/tlx-display usr/bin/tlx-mkdeck usr/bin/tlx-basesim \
          usr/share/dbus-1/services/tallix_control.tallix.service \
          usr/share/applications/org.tallix.Controller.desktop \
          usr/share/metainfo/org.tallix.Controller.metainfo.xml \
@@ -34,7 +34,7 @@ if dpkg-deb -c "$deb" | grep -Eq 'tests_|tlx-load|/build/'; then echo "FAIL: tes
 grep -qx 'Exec="/usr/bin/tlxctrl" --headless --automation' "$root/usr/share/dbus-1/services/tallix_control.tallix.service" ||
     { echo "FAIL: service file:"; cat "$root/usr/share/dbus-1/services/tallix_control.tallix.service"; exit 1; }
 
-for p in tlxctrl tlxctl tlx-display tlx-mkdeck; do
+for p in tlxctrl tlxctl tlx-display tlx-mkdeck tlx-basesim; do
     out="$("$root/usr/bin/$p" --version)"
     echo "$out"
     [[ "$out" == "$p "[0-9]* ]] || { echo "FAIL: $p --version said: $out"; exit 1; }

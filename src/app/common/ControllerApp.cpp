@@ -24,8 +24,11 @@
 #include "platform/files/FileSpreadsheet.h"
 #include "platform/headless/ConsoleAdapters.h"
 #include "platform/qt/QtDesktop.h"
+#include "platform/net/CompositeBaseLibrary.h"
+#include "platform/net/NetBaseLibrary.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScheduler.h"
+#include "platform/qt/TcpFrameTransport.h"
 #include "platform/sim/SimDesktop.h"
 #include "platform/sim/SimKeyboard.h"
 #include "platform/sim/SimPresentation.h"
@@ -186,11 +189,35 @@ int runController(int argc, char** argv, const ControllerOptions& requested, std
     // The simulated base stations and keypads of the set-up file serve the keypad drivers.
     SimBaseLibrary baseLibrary(scheduler);
     if (!options.simFile.empty()) loadSimBases(baseLibrary, options.simFile);
+    if (!options.simFile.empty() && GetProfileString(options.simFile, "bases", "logvotes", "0") == "1")
+        baseLibrary.onVoteSent = [&out](const SimBaseStation& st, const KelvarinVote& v) {
+            out << "[bases] sent " << st.port() << " vote " << v.VoteReplyID << " keypad " << v.SID << ": "
+                << v.VoteReplyData << std::endl;
+        };
+    // Network bases served by tlx-basesim: the network adapter beside the simulation.
+    std::string basesim = options.basesim;
+    if (basesim.empty() && !options.simFile.empty()) basesim = trim(GetProfileString(options.simFile, "network", "basesim", ""));
+    std::unique_ptr<NetBaseLibrary> netLibrary;
+    std::unique_ptr<CompositeBaseLibrary> composite;
+    BaseLibrary* library = &baseLibrary;
+    if (!basesim.empty()) {
+        QString host;
+        quint16 port = 0;
+        if (!parseEndpoint(basesim, host, port)) {
+            std::cerr << "tlxctrl: the network base emulator's address \"" << basesim
+                      << "\" is not HOST:PORT, [IPv6]:PORT or PORT" << std::endl;
+            return 2;
+        }
+        netLibrary = std::make_unique<NetBaseLibrary>(scheduler, std::make_unique<TcpFrameTransport>(host, port));
+        netLibrary->note = [&out](const std::string& t) { out << "[network] " << t << std::endl; };
+        composite = std::make_unique<CompositeBaseLibrary>(baseLibrary, *netLibrary);
+        library = composite.get();
+    }
 
     Controller controller(Ports{scheduler, desktop, *dialogs, *tray, presentation});
     controller.keyboard = &keyboard;
     controller.spreadsheet = &spreadsheet;
-    controller.drivers = std::make_unique<KelvarinDrivers>(controller, baseLibrary);
+    controller.drivers = std::make_unique<KelvarinDrivers>(controller, *library);
     // Microphone requests and their turns; playthrough on the sound card through Qt Multimedia.
     installAudioFeature(controller, std::make_shared<QtAudioEngine>());
 
@@ -267,7 +294,10 @@ int runController(int argc, char** argv, const ControllerOptions& requested, std
     }
 
     Main(controller);
-    SimBasesAdapter simBases(baseLibrary);
+    SimBasesAdapter localBases(baseLibrary);
+    std::unique_ptr<RoutedBasesControl> routed;
+    if (netLibrary) routed = std::make_unique<RoutedBasesControl>(baseLibrary, localBases, *netLibrary);
+    SimBasesControl& simBases = routed ? static_cast<SimBasesControl&>(*routed) : localBases;
     if (automation && !controller.glo.ShuttingDown) {
         // The simulated presentation program and base stations are driven on the same bus name.
         automation->serveSimulation(&presentation, &simBases);
@@ -326,6 +356,10 @@ int runController(int argc, char** argv, const ControllerOptions& requested, std
                     if (st.attachedObjects() == 0) continue;
                     ++connected;
                     if (st.voteOpen) ++open;
+                }
+                if (netLibrary) {
+                    connected += netLibrary->boundBases();
+                    open += netLibrary->basesVoting();
                 }
                 return w == "voteopen" ? connected > 0 && open == connected : open == 0;
             }

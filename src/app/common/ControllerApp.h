@@ -15,6 +15,9 @@ struct ControllerOptions {
     int quitAfterMs = -1;  // headless demo: quit from the tray after this long
     std::vector<std::string> configureBases;
     std::string commandLine;  // passed to the automation class's init
+    // Where tlx-basesim serves network bases ("HOST:PORT"); empty: the --sim file's
+    // [network] basesim=, else no network bases.
+    std::string basesim;
     // Serve the automation class on the session bus. Unset: on for the windowed program, off
     // with --headless (scripted runs and tests ask for it with --automation).
     std::optional<bool> automation;

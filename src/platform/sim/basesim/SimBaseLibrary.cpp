@@ -797,6 +797,7 @@ SimOutcome SimBaseLibrary::keyPress(SimBaseStation& st, int keypad, const std::s
     v.KeyPressTimeStamp = nowMs() - st.voteOpenedMs_;
     v.KeyPressTime = pressTime;
     v.VoteReplyID = st.voteId;
+    if (onVoteSent) onVoteSent(st, v);
     toHandles(st, eventDelayMs, [v](SimKelvarinBase& h) { h.VoteReceived(v); });
     return {};
 }

@@ -171,6 +171,8 @@ public:
     // and keypad.
     int surveyChannelMs = 250;
     int surveyPacketMs = 20;
+    // Each key press a base takes and reports (the vote as it goes out), for logs and checks.
+    std::function<void(const SimBaseStation&, const KelvarinVote&)> onVoteSent;
 
     // Driving.
     // Each base's "TYPE;PORT", e.g. "KELVARIN COREHUB G2;100100100100".
@@ -249,7 +251,7 @@ private:
 // Reads the base section of a simulation set-up file into the library:
 //   [bases]  count=2  seed=7
 //   [base1]  type=KELVARIN COREHUB G2  id=100100100100  firmware=2.00.01.1801.1545
-//            keypads=1-40  connection=usb|ethernet|serial  address=10.0.0.5  port=3
+//            keypads=1-40  connection=usb|ethernet|serial  address=127.0.0.1  port=3
 //            hidstart=300100001  presenter=300199901  scanner=300199902  channel=69  session=1
 //            registry=300100001;1|300100002;2 (instead of keypads and hidstart)
 //            battery=385  signal=-45 (every keypad's readings; hundredths of a volt, dB)

@@ -82,7 +82,8 @@ int loadSimBases(SimBaseLibrary& library, const std::string& file) {
                           : connection == "serial" || setup.type == "KELVARIN BASE V3" ? SimConnection::Serial
                                                                                      : SimConnection::Usb;
         setup.id = get(sec, "id", numText(100100100100LL + n - 1));
-        setup.address = get(sec, "address", "192.168.1." + numText(100 + n));
+        // Network bases are served on loopback only: 127.0.0.N (the whole 127/8 network is this machine).
+        setup.address = get(sec, "address", "127.0.0." + numText(n));
         setup.serialPort = static_cast<int>(toLong(get(sec, "port", numText(n))));
         setup.firmware = get(sec, "firmware", setup.type == "KELVARIN COREHUB G1" ? "1.01.00.1607.1819"
                                                                                : "2.00.01.1801.1545");
