@@ -80,6 +80,12 @@ struct EventWorld : TestWorld {
         d.client->SendCommand("ENDVOTE");
         scheduler.advance(200);
     }
+    // A client's init call with these arguments, as a display program or the add-in makes it.
+    void tallixInit(const std::string& args) {
+        tallix client(c());
+        client.init(args);
+        scheduler.advance(100);
+    }
     // Keypad `keypad` of base `base` (from 0) presses `keys`; true when the base took it.
     bool press(int base, int keypad, const std::string& keys) {
         const bool ok = baseLibrary.press(ids.at(static_cast<std::size_t>(base)), keypad, keys).ok;
