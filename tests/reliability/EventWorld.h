@@ -10,6 +10,7 @@
 #include "core/MainForm.h"
 #include "core/Text.h"
 #include "drivers/KelvarinDrivers.h"
+#include "drivers/PrioritizerDriver.h"
 #include "presentation/Tallix.h"
 #include "support/TestWorld.h"
 
@@ -53,7 +54,7 @@ struct EventWorld : TestWorld {
     // `bases` Corehub G2 bases of `keypads` keypads each; base i's keypads are numbered from
     // i * keypads + 1 through the port file's offsets.
     EventWorld(int bases, int keypads) : perBase(keypads) {
-        useSimBases();
+        kelvarin = &useSimBases();
         std::vector<PortEntry> entries;
         for (int i = 0; i < bases; ++i) {
             ids.push_back(std::to_string(100100100100LL + 100LL * i));
@@ -69,17 +70,19 @@ struct EventWorld : TestWorld {
         return *displays.back();
     }
     // The display program's side of a vote: configuration, then STARTVOTE.
-    void openVote(Display& d, int options = 4) {
+    void openVote(tallix& client, int options = 4) {
         for (const std::string& line :
              {std::string("votetype=SINGLEDIGIT"), "options=" + std::to_string(options), std::string("startfrom=1"),
               std::string("STARTVOTE")})
-            d.client->SendCommand(line);
+            client.SendCommand(line);
         scheduler.advance(200);
     }
-    void closeVote(Display& d) {
-        d.client->SendCommand("ENDVOTE");
+    void openVote(Display& d, int options = 4) { openVote(*d.client, options); }
+    void closeVote(tallix& client) {
+        client.SendCommand("ENDVOTE");
         scheduler.advance(200);
     }
+    void closeVote(Display& d) { closeVote(*d.client); }
     // A client's init call with these arguments, as a display program or the add-in makes it.
     void tallixInit(const std::string& args) {
         tallix client(c());
@@ -97,6 +100,7 @@ struct EventWorld : TestWorld {
         return std::to_string(base * perBase + keypad) + ";" + vote;
     }
     int perBase;
+    KelvarinDrivers* kelvarin = nullptr;
     std::vector<std::string> ids;
     std::vector<std::unique_ptr<Display>> displays;
 };
