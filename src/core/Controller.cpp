@@ -5,6 +5,7 @@
 
 #include "core/CommandDispatcher.h"
 #include "core/CommandTargets.h"
+#include "core/FileSafety.h"
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
 #include "core/ParticipantNames.h"
@@ -35,18 +36,21 @@ bool isKelvarinType(const std::string& type) {
     return u == "KELVARIN BASE V3" || u == "KELVARIN COREHUB G1" || u == "KELVARIN COREHUB G2";
 }
 
-// Creates the folder when missing and proves it writable with a scratch file.
-bool createAndProbe(const fs::path& folder, int& errNumber, std::string& errText) {
+// Creates the folder when missing and proves it writable with a scratch file. The per-user
+// folder is made private (0700): it holds the port file, the settings and the logs.
+bool createAndProbe(const fs::path& folder, int& errNumber, std::string& errText, bool makePrivate) {
     std::error_code ec;
+    if (makePrivate) makePrivateFolder(folder);
     if (!fs::is_directory(folder, ec)) {
         fs::create_directories(folder, ec);
-        if (ec || !fs::is_directory(folder)) {
+        if (ec || !fs::is_directory(folder, ec)) {
             errNumber = err::kPathNotFound;
             errText = "Path not found";
             return false;
         }
     }
     const fs::path probe = folder / "PermissionCheck";
+    fs::remove(probe, ec);  // whatever is in the way, a link included, is not written through
     {
         std::ofstream out(probe, std::ios::binary | std::ios::trunc);
         if (!out || !(out << "x")) {
@@ -123,7 +127,7 @@ void Controller::resolveDataFolders() {
         std::string text;
         const std::string appData = ports.desktop.environment("APPDATA");
         fs::path local = fs::path(appData) / "tallix";
-        if (appData.empty() || !createAndProbe(local, number, text)) {
+        if (appData.empty() || !createAndProbe(local, number, text, true)) {
             if (appData.empty()) {
                 number = err::kPathNotFound;
                 text = "Path not found";
@@ -141,7 +145,9 @@ void Controller::resolveDataFolders() {
             shared = cut == std::string::npos ? std::string() : all.substr(0, cut);
         }
         fs::path sharedFolder = fs::path(shared) / "tallix";
-        if (shared.empty() || !createAndProbe(sharedFolder, number, text)) {
+        // The shared folder is shared on purpose (an administrator's settings for every
+        // user): its mode is left as it is.
+        if (shared.empty() || !createAndProbe(sharedFolder, number, text, false)) {
             if (shared.empty()) {
                 number = err::kPathNotFound;
                 text = "Path not found";
@@ -170,8 +176,35 @@ void Controller::readPortFile() {
         else if (r.status == PortFileStatus::ReadError)
             ports.dialogs.message("tallix controller", "Error reading data from the port file",
                                   MsgIcon::Exclamation);
+        // The damaged file stays where it is, and a copy is kept aside: the next keypad set-up
+        // writes the file anew, and the copy may be all that is left of the old table.
+        if (r.status == PortFileStatus::DecryptError || r.status == PortFileStatus::ReadError)
+            keepAside(glo.localDataFolder / "port.tlc");
     });
     connectBases();
+}
+
+void Controller::keepAside(const fs::path& file) {
+    const fs::path copy = keepDamagedCopy(file);
+    if (copy.empty())
+        LogEvent(file.filename().string() + " is damaged: defaults used where it cannot be read; no copy could be kept",
+                 2);
+    else
+        LogEvent(file.filename().string() + " is damaged: defaults used where it cannot be read; a copy is kept as " +
+                     copy.string(),
+                 2);
+}
+
+void Controller::checkSettingsFile() {
+    trap(errors, kObject, "CheckSettingsFile", [&] {
+        const fs::path file = settings.dataFolderFile();
+        std::error_code ec;
+        if (glo.localDataFolder.empty() || !fs::is_regular_file(file, ec)) return;
+        std::ifstream in(file, std::ios::binary);
+        std::ostringstream ss;
+        ss << in.rdbuf();
+        if (settingsTextLooksDamaged(ss.str())) keepAside(file);
+    });
 }
 
 void Controller::connectBases() {
@@ -242,7 +275,7 @@ void Controller::autoUpdateCheck() {
         if (fs::is_regular_file(updater, ec)) ports.desktop.startProgram(updater, " AUTO", WindowStyle::Normal);
         // The updater checks weekly.
         const DateTime next = today.addDays(7);
-        if (std::ofstream out(dte, std::ios::binary | std::ios::trunc); out) out << formatDate(next, "YYYYMMDD");
+        replaceFileContent(dte, formatDate(next, "YYYYMMDD"));
         LogEvent("Next Update Check Scheduled For " + formatDate(next, "DD/MM/YYYY"), 2);
     });
 }
@@ -285,6 +318,7 @@ void Controller::GlobalInitSub() {
         if (stopped()) return;
         resolveDataFolders();  // 8
         settings.loadOptions(glo.options);
+        checkSettingsFile();
         if (stopped()) return;
         drivers->loadDriverForms();  // 9
         if (glo.ppApp) trap(errors, kObject, "GlobalInitSub", [&] { glo.pptVersion = glo.ppApp->version(); });

@@ -105,6 +105,11 @@ public:
     void connectBases();
     void autoUpdateCheck();
     void loadParticipantNames();
+    // A settings file that is not one (cut, garbled) is reported and a copy kept aside; the
+    // keys that can be read still serve, defaults the rest.
+    void checkSettingsFile();
+    // Keeps a copy of a damaged file of ours aside and says so in the log.
+    void keepAside(const std::filesystem::path& file);
 
     // Raised when InitialisedState reaches 2.
     Signal<> initialised;

@@ -1,7 +1,7 @@
 #include "core/Logs.h"
 
-#include <fstream>
 
+#include "core/FileSafety.h"
 #include "core/GlobalState.h"
 #include "core/Text.h"
 #include "ports/Desktop.h"
@@ -22,13 +22,11 @@ std::string Logs::dateAndTime() const {
 }
 
 void Logs::appendLine(const fs::path& file, std::string_view line) {
-    try {
-        std::ofstream out(file, std::ios::binary | std::ios::app);
-        if (!out) return;
-        out << line << "\r\n";
-    } catch (...) {
-        // A locked or missing file loses this line and nothing else.
-    }
+    // A locked, missing or full file, or one that is not a plain file, loses this line and
+    // nothing else.
+    std::string text(line);
+    text += "\r\n";
+    appendToPrivateFile(file, text);
 }
 
 fs::path Logs::traceFilePath() const {
@@ -95,11 +93,9 @@ void Logs::appendErrLog(std::string_view report) {
     try {
         const fs::path folder = fs::path(desktop_.environment("APPDATA")) / "tallix";
         std::error_code ec;
-        if (!fs::is_directory(folder, ec)) fs::create_directories(folder, ec);
+        if (!fs::is_directory(folder, ec)) makePrivateFolder(folder);
         const std::string rule = repeat('-', 65);
-        std::ofstream out(errLogPath(), std::ios::binary | std::ios::app);
-        if (!out) return;
-        out << rule << "\r\n" << report << "\r\n" << rule << "\r\n" << "\r\n";
+        appendToPrivateFile(errLogPath(), rule + "\r\n" + std::string(report) + "\r\n" + rule + "\r\n" + "\r\n");
     } catch (...) {
     }
 }

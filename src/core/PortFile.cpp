@@ -8,6 +8,7 @@
 #include <mutex>
 #include <sstream>
 
+#include "core/FileSafety.h"
 #include "core/Text.h"
 
 namespace tlx {
@@ -197,14 +198,11 @@ PortFileWriteStatus writePortFile(const fs::path& file, const PortFileData& data
     const auto cipher = encryptPortText(portFilePlainText(data));
     if (!cipher) return PortFileWriteStatus::EncryptionError;
     try {
+        // The new file replaces the old one in one step (rather than deleting it first), so
+        // a failed or interrupted write leaves the old table in place.
         std::error_code ec;
-        if (fs::exists(file, ec)) fs::remove(file, ec);
         if (file.has_parent_path()) fs::create_directories(file.parent_path(), ec);
-        std::ofstream out(file, std::ios::binary | std::ios::trunc);
-        if (!out) return PortFileWriteStatus::WriteError;
-        out.write(cipher->data(), static_cast<std::streamsize>(cipher->size()));
-        out.close();
-        return out ? PortFileWriteStatus::Ok : PortFileWriteStatus::WriteError;
+        return replaceFileContent(file, *cipher) ? PortFileWriteStatus::Ok : PortFileWriteStatus::WriteError;
     } catch (...) {
         return PortFileWriteStatus::WriteError;
     }

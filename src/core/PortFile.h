@@ -34,7 +34,8 @@ struct PortFileRead {
 PortFileRead readPortFile(const std::filesystem::path& file);
 
 enum class PortFileWriteStatus { Ok, EncryptionError, WriteError };
-// Deletes any old file, creates it anew and writes the enciphered text in one piece.
+// Writes the enciphered text in one piece and puts it in the old file's place in one step
+// (mode 0600): an interrupted write leaves the old file as it was.
 PortFileWriteStatus writePortFile(const std::filesystem::path& file, const PortFileData& data);
 
 // The base table used for keyboard voting.

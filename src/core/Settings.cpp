@@ -7,6 +7,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "core/FileSafety.h"
 #include "core/GlobalState.h"
 #include "core/Options.h"
 #include "core/Text.h"
@@ -84,10 +85,17 @@ bool ProfileWriter::save() {
         if (impl_->file.has_parent_path()) fs::create_directories(impl_->file.parent_path(), ec);
         std::string data;
         if (impl_->ini.Save(data) < 0) return false;
-        std::ofstream out(impl_->file, std::ios::binary | std::ios::trunc);
-        if (!out) return false;
-        out << data;
-        return static_cast<bool>(out);
+        // A damaged file is kept aside before it is replaced: it may be all there is of the
+        // user's settings.
+        std::string old;
+        if (fs::is_regular_file(impl_->file, ec)) {
+            std::ifstream in(impl_->file, std::ios::binary);
+            std::ostringstream ss;
+            ss << in.rdbuf();
+            old = ss.str();
+            if (settingsTextLooksDamaged(old)) keepDamagedCopy(impl_->file);
+        }
+        return replaceFileContent(impl_->file, data);
     } catch (...) {
         return false;
     }

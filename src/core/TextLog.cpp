@@ -3,6 +3,8 @@
 namespace tlx {
 
 void TextLog::prepend(std::string line) {
+    // A line longer than the box is kept only as far as the box shows it.
+    if (line.size() + 2 > cap_) line.resize(cap_ > 2 ? cap_ - 2 : 0);
     total_ += line.size() + 2;
     lines_.push_front(std::move(line));
     // Drop the lines that lie wholly beyond the cap; the last kept one may be cut.

@@ -510,6 +510,7 @@ void KelvarinPrioritizerDriver::onError(int slot, int code, const std::string& e
             "Error");
         BaseError(base, code, extra);
     });
+    if (code == BaseErrorCode::AutoReconnectSuccess) catchUpAfterReconnect(slot);
 }
 
 void KelvarinPrioritizerDriver::onKeypadConfig(int slot, const KelvarinKeypadConfig& k) {

@@ -210,6 +210,9 @@ private:
     void onKeypadConfig(int slot, const KelvarinKeypadConfig& config);
     void onScanReply(int slot, const KelvarinChannelScanReply& reply, const char* event);
     bool isDuplicate(const KelvarinVote& vote) const;
+    // A base that was away when a vote started or ended is brought in line when the library
+    // reports it back (code 1): it joins the running vote, or ends the one it kept open.
+    void catchUpAfterReconnect(int slot);
     void rememberVote(const KelvarinVote& vote);
 
     BaseLibrary& lib_;
@@ -230,6 +233,11 @@ private:
     bool m_ScanRunning = false;
     int m_AudioSlot = 1;
     std::map<std::string, KelvarinVote> m_LastVotes;  // "K:" + HID
+    // Per slot: the base missed the start (or the end) of the current vote because its link
+    // was down; the vote object it missed.
+    std::array<bool, kMaxBases> m_StartMissed{};
+    std::array<bool, kMaxBases> m_EndMissed{};
+    KelvarinVote m_RunningVote;
     std::vector<std::string> m_Presenters;
     KeypadDisplayTexts texts_;
     PresenterMenu menu_;

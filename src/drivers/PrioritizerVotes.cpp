@@ -12,6 +12,9 @@ namespace tlx {
 
 namespace {
 std::string status(int rc) { return numText(rc) + ": " + GetCPPErrorString(rc); }
+bool linkDown(int rc) {
+    return rc == BaseErrorCode::BaseDisconnected || rc == BaseErrorCode::BaseDisconnectedReconnecting;
+}
 }  // namespace
 
 bool KelvarinPrioritizerDriver::UpdateVoteObjectFromGlobalVariables(KelvarinVote& oVote) {
@@ -58,13 +61,17 @@ int KelvarinPrioritizerDriver::StartVote() {
             return BaseErrorCode::UnknownError;
         }
         int result = BaseErrorCode::Success;
-        forEachBase([&](int, const std::string& base, KelvarinBase& b) {
+        m_RunningVote = oVote;
+        m_StartMissed.fill(false);
+        m_EndMissed.fill(false);
+        forEachBase([&](int slot, const std::string& base, KelvarinBase& b) {
             if (m_SilentVoteLoadedSlideNumber != -1) {
                 // Only the first base opens the pre-loaded configuration; the rest get it whole.
                 const int rc = b.BeginLiveVote();
                 if (rc != BaseErrorCode::Success) {
                     log(base + " - Begin Live Vote FAILED - " + status(rc), "StartVote");
                     c_.LogEvent(base + " - Begin Live Vote FAILED - " + status(rc), LOG_XX);
+                    m_StartMissed[static_cast<std::size_t>(slot - 1)] = linkDown(rc);
                     result = rc;
                 } else {
                     log(base + " - Begin Live Vote - m_SilentVoteLoadedSlideNumber:" +
@@ -78,6 +85,7 @@ int KelvarinPrioritizerDriver::StartVote() {
             if (rc != BaseErrorCode::Success) {
                 log(base + " - Start Vote FAILED - " + status(rc), "StartVote");
                 c_.LogEvent(base + " - Start Vote FAILED - " + status(rc), LOG_XX);
+                m_StartMissed[static_cast<std::size_t>(slot - 1)] = linkDown(rc);
                 result = rc;
             } else {
                 log(base + " - Start Live Vote - " + describeVote(oVote), "StartVote");
@@ -137,12 +145,14 @@ void KelvarinPrioritizerDriver::EndVote(bool noAudio, bool clearSettings) {
         m_SilentVoteLoadedSlideNumber = -1;
         // Ending a vote that never started is sent a single blank as its ended text.
         const std::string endedText = m_VoteRunning ? "" : " ";
-        forEachBase([&](int, const std::string& base, KelvarinBase& b) {
+        m_StartMissed.fill(false);
+        forEachBase([&](int slot, const std::string& base, KelvarinBase& b) {
             const int rc = b.EndVote(endedText);
             if (rc != BaseErrorCode::Success)
                 log(base + " - End Vote FAILED - " + status(rc), "EndVote");
             else
                 log(base + " - End Vote", "EndVote");
+            m_EndMissed[static_cast<std::size_t>(slot - 1)] = linkDown(rc);
         });
         m_VoteRunning = false;
         if (clearSettings) {
@@ -205,6 +215,29 @@ void KelvarinPrioritizerDriver::EndAudioRequests() {
                 log(base + " - End Audio Requests", "EndAudioRequests");
         });
         m_AudioRequestsOn = false;
+    });
+}
+
+void KelvarinPrioritizerDriver::catchUpAfterReconnect(int slot) {
+    guard("Error", [&] {
+        const auto i = static_cast<std::size_t>(slot - 1);
+        if (i >= m_StartMissed.size()) return;
+        KelvarinBase* b = baseObject(slot);
+        if (!b) return;
+        const std::string base = baseText(slot);
+        if (m_VoteRunning && m_StartMissed[i]) {
+            KelvarinVote oVote = m_RunningVote;
+            const int rc = b->StartVote(oVote);
+            m_StartMissed[i] = rc != BaseErrorCode::Success && linkDown(rc);
+            log(base + (rc == BaseErrorCode::Success ? " - Start Live Vote After Reconnect - " + describeVote(oVote)
+                                                     : " - Start Vote FAILED - " + status(rc)),
+                "Error");
+        } else if (!m_VoteRunning && m_EndMissed[i]) {
+            const int rc = b->EndVote("");
+            m_EndMissed[i] = rc != BaseErrorCode::Success && linkDown(rc);
+            log(base + (rc == BaseErrorCode::Success ? " - End Vote After Reconnect" : " - End Vote FAILED - " + status(rc)),
+                "Error");
+        }
     });
 }
 

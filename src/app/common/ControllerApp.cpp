@@ -394,6 +394,9 @@ int runController(int argc, char** argv, const ControllerOptions& requested, std
         }
         displays.clear();
     }
+    // The objects of clients still on the bus hold the controller: they go (and the bus name
+    // with them) while it is still there.
+    automation.reset();
     return code;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/sim/SimDesktop.h"
 
+#include <sys/stat.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -37,6 +38,25 @@ std::string sharedDataFolder() {
     return getenvOr("XDG_DATA_HOME", getenvOr("HOME", "/tmp") + "/.local/share");
 }
 
+// The per-user temporary folder, as %TEMP% is on the original platform: the trace files go
+// there, and a folder every user can write to (/tmp) would let another user read them or
+// plant a file in their place. $TMPDIR when the user names one; otherwise the session's
+// runtime folder (private by design), else a private folder in the user's cache.
+std::string privateTempFolder(const std::string& home) {
+    const std::string chosen = getenvOr("TMPDIR");
+    if (!chosen.empty()) return chosen;
+    const std::string runtime = getenvOr("XDG_RUNTIME_DIR");
+    struct stat st {};
+    if (!runtime.empty() && ::stat(runtime.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::getuid() &&
+        (st.st_mode & 077) == 0)
+        return runtime;
+    const std::string cache = getenvOr("XDG_CACHE_HOME", home + "/.cache") + "/tallix/temp";
+    std::error_code ec;
+    fs::create_directories(cache, ec);
+    fs::permissions(cache, fs::perms::owner_all, fs::perm_options::replace, ec);
+    return cache;
+}
+
 }  // namespace
 
 SimDesktop::SimDesktop() {
@@ -57,7 +77,7 @@ std::string SimDesktop::environment(const std::string& name) const {
     const std::string home = getenvOr("HOME", "/tmp");
     if (name == "APPDATA") return getenvOr("XDG_CONFIG_HOME", home + "/.config");
     if (name == "PROGRAMDATA" || name == "ALLUSERSPROFILE") return sharedDataFolder();
-    if (name == "TEMP" || name == "Temp" || name == "TMP") return getenvOr("TMPDIR", "/tmp");
+    if (name == "TEMP" || name == "Temp" || name == "TMP") return privateTempFolder(home);
     return {};
 }
 

@@ -755,11 +755,15 @@ SimOutcome SimBaseLibrary::keyPress(SimBaseStation& st, int keypad, const std::s
     const std::string hid = kp->hid;
     SimBaseStation* stp = &st;
     const int voteId = st.voteId;
+    // Where the keypad stands now: found again by that place while it still holds the keypad,
+    // so a crowd of thousands does not search the registry once per press.
+    const std::size_t place = static_cast<std::size_t>(kp - all.data());
     auto sending = [&] {
         show(st, *kp, revote ? st.vote.RevotedText : st.vote.VotedText, 0);
         kp->votedIn = st.voteId;
-        later(eventDelayMs, [this, stp, hid, voteId] {
-            SimKeypad* k = stp->keypadByHid(hid);
+        later(eventDelayMs, [this, stp, hid, voteId, place] {
+            auto& now = stp->setup.keypads;
+            SimKeypad* k = place < now.size() && now[place].hid == hid ? &now[place] : stp->keypadByHid(hid);
             if (k && stp->voteOpen && stp->voteId == voteId) show(*stp, *k, stp->vote.VoteText, stp->vote.VoteTextTime);
         });
     };
