@@ -198,7 +198,7 @@ TextVoteView::TextVoteView(frmTextVoteCollection& model) : model_(model) {
     status_->setObjectName("lblStatus");
     status_->setFrameShape(QFrame::StyledPanel);
     lay->addWidget(status_);
-    resize(720, 560);
+    resize(820, 560);  // wide enough for all ten alert columns without scrolling
 
     connect(startStop_, &QPushButton::clicked, this, [this] { model_.cmdStartStopVote_Click(); });
     connect(lock_, &QPushButton::clicked, this, [this] { model_.cmdStartStopVoteLock_Click(); });
