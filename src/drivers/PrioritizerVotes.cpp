@@ -256,7 +256,8 @@ void KelvarinPrioritizerDriver::rememberVote(const KelvarinVote& v) {
     if (it == m_LastVotes.end()) {
         m_LastVotes.emplace(key, v);
     } else {
-        KelvarinVote merged = it->second;
+        // Fields the new vote leaves blank keep what the keypad sent last.
+        KelvarinVote& merged = it->second;
         auto text = [](std::string& to, const std::string& from) {
             if (!trim(from).empty()) to = from;
         };
@@ -276,8 +277,6 @@ void KelvarinPrioritizerDriver::rememberVote(const KelvarinVote& v) {
         number(merged.KeyPressTimeStamp, v.KeyPressTimeStamp);
         number(merged.VoteReplyID, v.VoteReplyID);
         number(merged.VoteType, v.VoteType);
-        m_LastVotes.erase(it);
-        m_LastVotes.emplace(key, merged);
     }
     for (auto& reg : localReg_)
         if (RegistryEntry* e = reg.find(key)) {
