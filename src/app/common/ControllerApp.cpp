@@ -96,6 +96,19 @@ void printTextVotes(frmTextVoteCollection& t, std::ostream& out) {
     });
 }
 
+// Headless, the audio window's status bar and its queue show in the output, each time they
+// say something new.
+void printAudio(frmAudio& a, std::ostream& out) {
+    auto last = std::make_shared<std::pair<std::string, std::string>>();
+    a.changed.connect([&out, &a, last] {
+        std::string queue;
+        for (const auto& r : a.lvw_keypadRequests.rows) queue += (queue.empty() ? "" : ", ") + r.number + " " + r.icon;
+        if (a.status != last->first) out << "[frmAudio] " << a.status << std::endl;
+        if (queue != last->second) out << "[frmAudio] queue: " << (queue.empty() ? "empty" : queue) << std::endl;
+        *last = {a.status, queue};
+    });
+}
+
 }  // namespace
 
 std::string noDisplayReason() {
@@ -254,18 +267,7 @@ int runController(int argc, char** argv, const ControllerOptions& requested, std
         controller.forms.loaded.connect([&out](Form& f) {
             if (auto* m = dynamic_cast<MainForm*>(&f))
                 m->logLine.connect([&out](const std::string& line) { out << line << std::endl; });
-            if (auto* a = dynamic_cast<frmAudio*>(&f)) {
-                // The audio window's status bar and its queue, each time they say something new.
-                auto last = std::make_shared<std::pair<std::string, std::string>>();
-                a->changed.connect([&out, a, last] {
-                    std::string queue;
-                    for (const auto& r : a->lvw_keypadRequests.rows)
-                        queue += (queue.empty() ? "" : ", ") + r.number + " " + r.icon;
-                    if (a->status != last->first) out << "[frmAudio] " << a->status << std::endl;
-                    if (queue != last->second) out << "[frmAudio] queue: " << (queue.empty() ? "empty" : queue) << std::endl;
-                    *last = {a->status, queue};
-                });
-            }
+            if (auto* a = dynamic_cast<frmAudio*>(&f)) printAudio(*a, out);
             if (auto* i = dynamic_cast<FrmInit*>(&f)) {
                 auto last = std::make_shared<std::string>();
                 i->changed.connect([&out, i, last] {
