@@ -82,18 +82,7 @@ TEST(SlideTurn, WaitsWhileTheStartButtonIsBusy) {
     EXPECT_EQ(w.station().audioHid, AudioWorld::hid(2));
 }
 
-TEST(Opening, ShowAudioLoadsTheWindowTopMostOnlyWithKelvarinBases) {
-    AudioWorld w;
-    w.command("SHOWAUDIO");
-    frmAudio* a = w.c().forms.get<frmAudio>(frmAudio::kName);
-    ASSERT_NE(a, nullptr);
-    EXPECT_TRUE(a->Visible());
-    EXPECT_TRUE(a->topMost);
-    EXPECT_TRUE(w.logged("Audio Form Loaded and made TopMost"));
-    EXPECT_EQ(a->Caption(), "Murmelo");
-}
-
-TEST(Opening, PresenterToggleShowsAndHidesTheWindow) {
+TEST(Opening, PresenterToggleShowsAndHidesTheWindowAndShowAudioBringsItBackTopMost) {
     AudioWorld w;
     w.g2().ToggleAudioDialog();
     frmAudio* a = w.c().forms.get<frmAudio>(frmAudio::kName);
@@ -103,6 +92,10 @@ TEST(Opening, PresenterToggleShowsAndHidesTheWindow) {
     w.g2().ToggleAudioDialog();
     EXPECT_FALSE(a->Visible());
     EXPECT_TRUE(w.logged("Hide Audio"));
+    w.command("SHOWAUDIO");
+    EXPECT_TRUE(a->Visible());
+    EXPECT_TRUE(a->topMost);
+    EXPECT_TRUE(w.logged("Audio Form Loaded and made TopMost"));
 }
 
 TEST(Opening, ControlPanelSlideBringsUpTheFullWindow) {
@@ -117,7 +110,6 @@ TEST(Opening, ControlPanelSlideBringsUpTheFullWindow) {
     EXPECT_TRUE(a->Visible());
     EXPECT_TRUE(a->controlPanelVisible);
     EXPECT_EQ(a->Mode(), AudioWindowMode::Full);
-    EXPECT_EQ(a->cmd_fullMode.caption, "<<");
     // The full window lists the sound card's devices.
     EXPECT_EQ(a->lvw_inputDevices, (std::vector<std::string>{"Microphone", "Line In"}));
     EXPECT_EQ(a->lvw_outputDevices, (std::vector<std::string>{"Speakers", "Headphones"}));

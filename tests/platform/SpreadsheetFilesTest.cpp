@@ -84,12 +84,10 @@ TEST(SpreadsheetFiles, FilesThatAreNotWorkbooksFailWithAnError) {
     EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "missing.xlsx"); }), err::kFileNotFound);
     EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "missing.xls"); }), err::kFileNotFound);
 
-    writeFile(dir / "text.xlsx", "Keypad,Name\r\n1,Ann\r\n");
-    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "text.xlsx"); }), kWorkbookError);
-    writeFile(dir / "text.xls", "Keypad,Name\r\n1,Ann\r\n");
-    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "text.xls"); }), kWorkbookError);
-    writeFile(dir / "list.csv", "Keypad\r\n1\r\n");
-    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "list.csv"); }), kWorkbookError);
+    for (const char* name : {"text.xlsx", "text.xls", "list.csv"}) {
+        writeFile(dir / name, "Keypad,Name\r\n1,Ann\r\n");
+        EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / name); }), kWorkbookError) << name;
+    }
 
     // A zip that is not a workbook, and a workbook cut short.
     sheets.writeWorkbook(dir / "good.xlsx", kRows);
@@ -144,28 +142,23 @@ TEST(SpreadsheetFiles, XlsxSheetThatWouldFillMemoryIsRefused) {
     TempDir dir;
     FileSpreadsheet sheets;
     sheets.writeWorkbook(dir / "good.xlsx", kRows);
-    auto entries = pptx::readZip(readFile(dir / "good.xlsx"), "good.xlsx");
-    std::string rows;
-    for (int r = 1; r <= 70; ++r) rows += "<row><c r=\"XFD" + std::to_string(r) + "\"><v>1</v></c></row>";
-    bool replaced = false;
-    for (auto& e : entries)
-        if (e.name == "xl/worksheets/sheet1.xml") {
-            e.data = "<worksheet xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><sheetData>" +
-                     rows + "</sheetData></worksheet>";
-            replaced = true;
-        }
-    ASSERT_TRUE(replaced);
-    writeFile(dir / "wide.xlsx", pptx::writeZip(entries));
-    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "wide.xlsx"); }), kWorkbookError);
+    const auto good = pptx::readZip(readFile(dir / "good.xlsx"), "good.xlsx");
+    // The workbook with a sheet of `count` rows, each naming only the last column.
+    auto lastColumnRows = [&](int count) {
+        std::string rows;
+        for (int r = 1; r <= count; ++r) rows += "<row><c r=\"XFD" + std::to_string(r) + "\"><v>1</v></c></row>";
+        auto entries = good;
+        for (auto& e : entries)
+            if (e.name == "xl/worksheets/sheet1.xml")
+                e.data = "<worksheet xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><sheetData>" +
+                         rows + "</sheetData></worksheet>";
+        const fs::path file = dir / ("rows" + std::to_string(count) + ".xlsx");
+        writeFile(file, pptx::writeZip(entries));
+        return file;
+    };
+    EXPECT_EQ(failure([&] { sheets.readFirstSheet(lastColumnRows(70)); }), kWorkbookError);
     // The same last column in a few rows is a sheet like any other.
-    rows.clear();
-    for (int r = 1; r <= 3; ++r) rows += "<row><c r=\"XFD" + std::to_string(r) + "\"><v>1</v></c></row>";
-    for (auto& e : entries)
-        if (e.name == "xl/worksheets/sheet1.xml")
-            e.data = "<worksheet xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><sheetData>" +
-                     rows + "</sheetData></worksheet>";
-    writeFile(dir / "three.xlsx", pptx::writeZip(entries));
-    const Sheet three = sheets.readFirstSheet(dir / "three.xlsx");
+    const Sheet three = sheets.readFirstSheet(lastColumnRows(3));
     ASSERT_EQ(three.size(), 3u);
     EXPECT_EQ(three[2].size(), 16384u);
     EXPECT_EQ(three[2].back(), "1");
