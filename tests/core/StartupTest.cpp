@@ -2,7 +2,6 @@
 
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
-#include "core/PortFile.h"
 #include "core/Text.h"
 #include "support/FakePresentation.h"
 #include "support/TestWorld.h"
@@ -33,12 +32,6 @@ private:
     Controller& c_;
     std::vector<std::string> up_;
 };
-
-void writePorts(TestWorld& w, const std::vector<PortEntry>& bases) {
-    PortFileData d;
-    d.bases = bases;
-    ASSERT_EQ(writePortFile(w.appData() / "tallix" / "port.tlc", d), PortFileWriteStatus::Ok);
-}
 
 }  // namespace
 
@@ -143,35 +136,30 @@ TEST(Startup, SharedFolderFallsBackThroughItsVariables) {
     EXPECT_TRUE(endsWith(w.tray.balloons[0].text, "All User App Path Error"));
 }
 
-TEST(AutoUpdate, RunsTheUpdaterWhenDueAndSchedulesTheNext) {
-    TestWorld w;
-    w.scheduler.setWallClock(DateTime{2026, 11, 22, 9, 0, 0, 0});
-    writeFile(w.install() / "AutoUpdate" / "Update.exe", "updater");
-    writeFile(w.programData() / "tallix" / "AutoUpdate" / "AutoUpdate.dte", "20261122");
-    w.start();
-    ASSERT_EQ(w.desktop.started().size(), 1u);
-    EXPECT_EQ(w.desktop.started()[0].program, w.install() / "AutoUpdate" / "Update.exe");
-    EXPECT_EQ(w.desktop.started()[0].arguments, " AUTO");
-    EXPECT_EQ(readFile(w.programData() / "tallix" / "AutoUpdate" / "AutoUpdate.dte"), "20261129");
-    EXPECT_TRUE(w.logged("Next Update Check Scheduled For 29/11/2026"));
-}
-
-TEST(AutoUpdate, NotDueOrSwitchedOffRunsNothing) {
-    for (const std::string stored : {"20261123", "AUTO UPDATE OFF"}) {
+TEST(AutoUpdate, RunsTheUpdaterWhenDueAndSchedulesTheNextButNotBeforeOrWhenSwitchedOff) {
+    for (const std::string stored : {"20261122", "20261123", "AUTO UPDATE OFF"}) {
         TestWorld w;
         w.scheduler.setWallClock(DateTime{2026, 11, 22, 9, 0, 0, 0});
         writeFile(w.install() / "AutoUpdate" / "Update.exe", "updater");
-        writeFile(w.programData() / "tallix" / "AutoUpdate" / "AutoUpdate.dte", stored);
+        const auto dte = w.programData() / "tallix" / "AutoUpdate" / "AutoUpdate.dte";
+        writeFile(dte, stored);
         w.start();
-        EXPECT_TRUE(w.desktop.started().empty()) << stored;
-        EXPECT_EQ(readFile(w.programData() / "tallix" / "AutoUpdate" / "AutoUpdate.dte"), stored);
-        EXPECT_TRUE(fs::is_directory(w.programData() / "tallix" / "AutoUpdate"));
+        if (stored != "20261122") {
+            EXPECT_TRUE(w.desktop.started().empty()) << stored;
+            EXPECT_EQ(readFile(dte), stored);
+            continue;
+        }
+        ASSERT_EQ(w.desktop.started().size(), 1u);
+        EXPECT_EQ(w.desktop.started()[0].program, w.install() / "AutoUpdate" / "Update.exe");
+        EXPECT_EQ(w.desktop.started()[0].arguments, " AUTO");
+        EXPECT_EQ(readFile(dte), "20261129");
+        EXPECT_TRUE(w.logged("Next Update Check Scheduled For 29/11/2026"));
     }
 }
 
 TEST(BaseConnection, OpeningBarTextsAndNoMessageWhenABaseCameUp) {
     TestWorld w;
-    writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0},
+    w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0},
                    {"3", "ELDER SERIAL", 1, 40, false, 0, 0},
                    {"", "KBOARD", 1, 20, false, 0, 0}});
     auto drivers = std::make_unique<FakeDrivers>(w.c(), std::vector<std::string>{"100100100100"});
@@ -186,7 +174,7 @@ TEST(BaseConnection, OpeningBarTextsAndNoMessageWhenABaseCameUp) {
 
 TEST(BaseConnection, NoBaseUpReportsEachThatFailed) {
     TestWorld w;
-    writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
+    w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
     w.start();
     ASSERT_EQ(w.dialogs.shown.size(), 1u);
     EXPECT_EQ(w.dialogs.shown[0].title, "tallix Controller");
@@ -200,7 +188,7 @@ TEST(BaseConnection, NoBaseUpReportsEachThatFailed) {
 TEST(BaseConnection, PresenterKeypadWarningWhetherOrNotABaseCameUp) {
     for (const std::vector<std::string>& up : {std::vector<std::string>{"100100100100"}, std::vector<std::string>{}}) {
         TestWorld w;
-        writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
+        w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
         w.writeSettings("KELVARIN OPTIONS", "CONTROL KEYPAD", "1");
         w.c().drivers = std::make_unique<FakeDrivers>(w.c(), up);
         w.start();
@@ -215,7 +203,7 @@ TEST(BaseConnection, PresenterKeypadWarningWhetherOrNotABaseCameUp) {
 
 TEST(Startup, VoteBuffersAreSizedToTheConfiguredKeypadsBeforeAnyVote) {
     TestWorld w;
-    writePorts(w, {{"1", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}, {"2", "KELVARIN COREHUB G2", 1, 30, false, 0, 40}});
+    w.writePortFile({{"1", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}, {"2", "KELVARIN COREHUB G2", 1, 30, false, 0, 40}});
     w.c().drivers = std::make_unique<FakeDrivers>(w.c(), std::vector<std::string>{"1", "2"});
     w.start();
     EXPECT_EQ(w.glo().keypadVotes, std::vector<int>(71, -1));  // keypads 0..70
@@ -251,7 +239,7 @@ TEST(Startup, TheSlideShowPollRunsOnlyForAProgramOlderThanOffice2000) {
 
 TEST(Startup, ShuttingDownDuringInitialisationStopsTheRestAndShutsDown) {
     TestWorld w;
-    writePorts(w, {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
+    w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
     // A fatal driver error while the bases are opened.
     struct FatalDrivers : NoBaseDrivers {
         explicit FatalDrivers(GlobalState& g) : glo(g) {}
