@@ -33,10 +33,6 @@ TEST_F(CommandChannel, WholeLineCommandsReachTheirOperationsInAnyCase) {
         send(line);
         EXPECT_TRUE(called(call)) << line;
     }
-    // Close to a command is not the command.
-    calls.clear();
-    send("FREECURSORS\r\nF C\r\nAK2\r\nBASEINFO");
-    EXPECT_TRUE(calls.empty());
 }
 
 TEST_F(CommandChannel, DefaultOperationsDoWhatTheCoreCan) {
@@ -167,26 +163,14 @@ TEST_F(CommandChannel, GetVoteInfoWithAndWithoutOffsets) {
 
 TEST_F(CommandChannel, NextSlideWithANumberMovesOnlyFromThatSlide) {
     deck->beginShow(4);
-    send("NEXTSLIDE,5");
-    EXPECT_FALSE(called("goToNextSlide"));
-    EXPECT_FALSE(w.logged("Next Slide"));
-    send("NEXTSLIDE,4");
-    EXPECT_EQ(count("goToNextSlide"), 1);
-    EXPECT_TRUE(w.logged(" - XX - Current - 4 - Next Slide"));
-    send("nextslide");
-    EXPECT_EQ(count("goToNextSlide"), 2);
-    EXPECT_TRUE(w.logged(" - XX - Current - X - Next Slide"));
     // Not exactly one argument counts as none.
-    send("NEXTSLIDE,9,9");
-    EXPECT_EQ(count("goToNextSlide"), 3);
-
-    send("PREVIOUSSLIDE,3");
-    EXPECT_FALSE(called("goToPreviousSlide"));
-    send("PREVIOUSSLIDE,4\r\nPREVIOUSSLIDE");
-    EXPECT_EQ(count("goToPreviousSlide"), 2);
-    EXPECT_TRUE(w.logged(" - XX - Current - 4 - Previous Slide"));
-    EXPECT_TRUE(w.logged(" - XX - Current - X - Previous Slide"));
-
+    send("NEXTSLIDE,5\r\nNEXTSLIDE,4\r\nnextslide\r\nNEXTSLIDE,9,9\r\nPREVIOUSSLIDE,3\r\nPREVIOUSSLIDE,4\r\n"
+         "PREVIOUSSLIDE");
+    EXPECT_EQ(calls, (std::vector<std::string>{"goToNextSlide", "goToNextSlide", "goToNextSlide",
+                                               "goToPreviousSlide", "goToPreviousSlide"}));
+    for (const char* line : {"Current - 4 - Next Slide", "Current - X - Next Slide", "Current - 4 - Previous Slide",
+                             "Current - X - Previous Slide"})
+        EXPECT_TRUE(w.logged(std::string(" - XX - ") + line)) << line;
     // Without a show a numbered move does nothing; a bare one still asks to move.
     deck->endShow();
     calls.clear();
@@ -314,7 +298,8 @@ TEST_F(CommandChannel, HotKeyDetectModeAndBalloonLines) {
 
 TEST_F(CommandChannel, UnknownLinesAndKeysAreIgnored) {
     const std::string before = w.glo().voteName;
-    send("HELLO\r\nnosuchkey=3\r\n=5\r\n   \r\n\r\nvotename");
+    // Close to a command is not the command.
+    send("HELLO\r\nnosuchkey=3\r\n=5\r\n   \r\n\r\nvotename\r\nFREECURSORS\r\nF C\r\nAK2\r\nBASEINFO");
     EXPECT_TRUE(calls.empty());
     EXPECT_EQ(w.glo().voteName, before);
     EXPECT_TRUE(sent.empty());

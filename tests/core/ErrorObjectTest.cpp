@@ -19,7 +19,7 @@ struct ErrorWorld : TestWorld {
 };
 }  // namespace
 
-TEST(ErrorObject, ReportLinesInOrder) {
+TEST(ErrorObject, ReportLinesInOrderAndASuppressedOneGoesToTheLogOnly) {
     ErrorWorld w;
     clsError e(w.c().errors);
     e.StoreErrInfo(120, AppError(91, "Object variable not set"));
@@ -28,11 +28,7 @@ TEST(ErrorObject, ReportLinesInOrder) {
               "Date: 22-Nov-2026\r\nTime: 14:03:09\r\nNumber: 91\r\nDescription: Object variable not set\r\n"
               "Module: Controller\r\nProcedure: GlobalInitSub\r\nLine: 120\r\nApp: tallix controller\r\n"
               "Version: 1.0.0\r\nLocation: /opt/tallix");
-}
-
-TEST(ErrorObject, SuppressedErrorGoesToErrLogOnly) {
-    ErrorWorld w;
-    clsError e(w.c().errors);
+    // A suppressed error goes to the error log only.
     e.StoreErrInfo(0, AppError(5, "Invalid procedure call"));
     e.StoreAppInfo("frmInit", "cmdOK_Click", "row=3", false);
     e.Show();

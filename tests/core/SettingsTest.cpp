@@ -53,7 +53,7 @@ TEST(Settings, SwitchValuesAnyNonZeroNumberIsOnUnreadableIsOff) {
         WriteProfileString(w.userIni(), "DEBUG", "SHOW ALL ERRORS", value);
         EXPECT_EQ(s.ShowAllErrors(), on) << value;
     }
-    WriteProfileString(w.userIni(), "DEBUG", "DISABLE PPT SAVE AFTER VOTE CLOSE", "0");
+    WriteProfileString(w.userIni(), "DEBUG", "DISABLE PPT SAVE AFTER VOTE CLOSE", "0");  // on by default
     EXPECT_FALSE(s.DisablePptSaveAfterVoteClose());
     WriteProfileString(w.userIni(), "TALLIX OPTIONS", "CHART EXPORT FORMAT", "PNG");
     EXPECT_EQ(s.ChartExportFormat(), "PNG");
@@ -91,20 +91,15 @@ TEST(Settings, TheOlderCommaFormIsReadAndBothFormsReadInFull) {
               (std::vector<std::pair<std::string, std::string>>{{"DETECTOR STATUS", "1"}, {"A", "b=c"}}));
 }
 
-TEST(Settings, CorruptOrUnreadableFileGivesTheDefaults) {
+// Damaged files: tests/reliability/FileFaultTest.cpp.
+TEST(Settings, AFolderWhereTheFileShouldBeGivesTheDefaults) {
     SettingsWorld w;
-    std::string junk;
-    for (int i = 0; i < 4096; ++i) junk += static_cast<char>((i * 131 + 7) % 256);
-    writeFile(w.userIni(), junk);
+    fs::create_directories(w.userIni());
     Options o;
     w.c().settings.loadOptions(o);
     EXPECT_EQ(o.values(), Options{}.values());
     EXPECT_FALSE(w.c().settings.LogEventsToFile());
     EXPECT_TRUE(w.c().settings.DisableDisablingPptWindows());  // the switches that default to on stay on
     EXPECT_TRUE(w.c().settings.DisablePptSaveAfterVoteClose());
-    // A folder where the file should be.
-    fs::remove(w.userIni());
-    fs::create_directories(w.userIni());
-    EXPECT_FALSE(w.c().settings.LogEventsToFile());
     EXPECT_EQ(w.c().settings.ChartExportFormat(), "EMF");
 }

@@ -69,20 +69,15 @@ TEST(Quit, YesShutsDownInOrderAndEndsTheProcessFromATimer) {
     w.scheduler.advance(1);
     EXPECT_TRUE(w.desktop.ended());
 
-    auto t = traceTexts(w);
+    // The other windows go newest first, before the main form (the whole order in a real
+    // process: tests/reliability/BusFaultTest.cpp).
+    const auto t = traceTexts(w);
     const auto start = std::find(t.begin(), t.end(), "[Controller] | [FullShutdown] | Function Start: glo.FullShutDownInitiated=True");
-    ASSERT_NE(start, t.end());
-    const std::vector<std::string> rest(start, t.end());
-    const std::vector<std::string> expected = {
-        "[Controller] | [FullShutdown] | Function Start: glo.FullShutDownInitiated=True",
-        "[Controller] | [FullShutDown] | Unload Forms(2):frmBubbleErrorMessageLog",
-        "[Controller] | [FullShutDown] | Unload Forms(1):frmInit",
-        "[Controller] | [FullShutdown] | controllerLoaded=True",
-        "[tallix_controller] | [PowerPointClosed] | Function Start",
-        "[tallix_controller] | [PowerPointClosed] | Function End",
-        "[frm_CloseController] | [tmr_CloseApp_Timer] | End",
-    };
-    EXPECT_EQ(rest, expected);
+    ASSERT_GE(t.end() - start, 4);
+    EXPECT_EQ(std::vector<std::string>(start + 1, start + 4),
+              (std::vector<std::string>{"[Controller] | [FullShutDown] | Unload Forms(2):frmBubbleErrorMessageLog",
+                                        "[Controller] | [FullShutDown] | Unload Forms(1):frmInit",
+                                        "[Controller] | [FullShutdown] | controllerLoaded=True"}));
 }
 
 // Closing the ports may wait for a base's answer and let other events run meanwhile; by then

@@ -71,7 +71,7 @@ struct DataWorld : TestWorld {
 
 }  // namespace
 
-TEST(KilledWhileWriting, SettingsAreTheOldFileOrTheNewOneNeverAMix) {
+TEST(KilledWhileWriting, SettingsAreTheOldFileOrTheNewOneNeverAMixAndAFailedWriteKeepsTheOld) {
     DataWorld w;
     const Options before = longTexts("old");
     const Options after = longTexts("NEW");
@@ -81,6 +81,11 @@ TEST(KilledWhileWriting, SettingsAreTheOldFileOrTheNewOneNeverAMix) {
         killedWhileWriting(limit, [&] { w.c().settings.SaveSettings(after); });
         EXPECT_EQ(readFile(w.data() / "tlx.ini"), oldBytes) << "killed at " << limit << " bytes";
     }
+    {
+        FullDisk full;  // a write that fails outright
+        EXPECT_FALSE(w.c().settings.SaveSettings(after));
+    }
+    EXPECT_EQ(readFile(w.data() / "tlx.ini"), oldBytes);
     ASSERT_TRUE(w.c().settings.SaveSettings(after));
     Options back;
     w.c().settings.loadOptions(back);
@@ -104,17 +109,6 @@ TEST(KilledWhileWriting, ThePortFileIsTheOldTableOrTheNewOne) {
     const auto r = readPortFile(file);
     EXPECT_EQ(r.status, PortFileStatus::Ok);
     EXPECT_EQ(r.data.bases.size(), 1u);
-}
-
-TEST(KilledWhileWriting, AWriteThatFailsLeavesTheOldSettings) {
-    DataWorld w;
-    ASSERT_TRUE(w.c().settings.SaveSettings(longTexts("old")));
-    const std::string oldBytes = readFile(w.data() / "tlx.ini");
-    {
-        FullDisk full;
-        EXPECT_FALSE(w.c().settings.SaveSettings(longTexts("NEW")));
-    }
-    EXPECT_EQ(readFile(w.data() / "tlx.ini"), oldBytes);
 }
 
 TEST(DamagedFiles, APortFileCutOrGarbledGivesKeyboardVotingAndIsKeptAside) {
