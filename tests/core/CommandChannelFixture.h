@@ -26,7 +26,7 @@ public:
     int voteStart() override {
         log_.push_back("voteStart");
         if (onVoteStart) onVoteStart();
-        return basesTakingPart;
+        return 2;  // bases taking part
     }
     void voteEnd() override { log_.push_back("voteEnd"); }
     void voteNameParts(const std::vector<std::string>& parts) override {
@@ -36,35 +36,22 @@ public:
     void goToPreviousSlide() override { log_.push_back("goToPreviousSlide"); }
     void enablePowerPoint() override { log_.push_back("enablePowerPoint"); }
     void toggleTopMost() override { log_.push_back("toggleTopMost"); }
-    void freeCursor() override {
-        log_.push_back("freeCursor");
-        DefaultCommandTargets::freeCursor();
-    }
-    void activeKeypads() override {
-        log_.push_back("activeKeypads");
-        DefaultCommandTargets::activeKeypads();
-    }
+    void freeCursor() override { log_.push_back("freeCursor"); }
+    void activeKeypads() override { log_.push_back("activeKeypads"); }
     void readActiveKeypads() override { log_.push_back("readActiveKeypads"); }
     void ctrlKeyPressed(const std::string& k) override { log_.push_back("ctrlKeyPressed(" + k + ")"); }
     void altKeyPressed(const std::string& k) override { log_.push_back("altKeyPressed(" + k + ")"); }
     void adminKeyPressed(const std::string& k) override { log_.push_back("adminKeyPressed(" + k + ")"); }
     void setHook() override { log_.push_back("setHook"); }
     void removeHook() override { log_.push_back("removeHook"); }
-    bool showAudio() override {
-        log_.push_back("showAudio");
-        return true;
-    }
+    bool showAudio() override { log_.push_back("showAudio"); return true; }
     void showTextVote() override { log_.push_back("showTextVote"); }
     void showDebug() override { log_.push_back("showDebug"); }
-    void showBubbleMessageLog() override {
-        log_.push_back("showBubbleMessageLog");
-        DefaultCommandTargets::showBubbleMessageLog();
-    }
+    void showBubbleMessageLog() override { log_.push_back("showBubbleMessageLog"); }
     void showWindowHandles() override { log_.push_back("showWindowHandles"); }
     void showProcessList() override { log_.push_back("showProcessList"); }
     void reReadConfiguration() override { log_.push_back("reReadConfiguration"); }
 
-    int basesTakingPart = 2;
     std::function<void()> onVoteStart;
 
 private:

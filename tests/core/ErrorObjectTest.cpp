@@ -19,7 +19,7 @@ struct ErrorWorld : TestWorld {
 };
 }  // namespace
 
-TEST(ErrorObject, ReportLinesInOrder) {
+TEST(ErrorObject, ReportLinesInOrderAndASuppressedOneGoesToTheLogOnly) {
     ErrorWorld w;
     clsError e(w.c().errors);
     e.StoreErrInfo(120, AppError(91, "Object variable not set"));
@@ -28,11 +28,7 @@ TEST(ErrorObject, ReportLinesInOrder) {
               "Date: 22-Nov-2026\r\nTime: 14:03:09\r\nNumber: 91\r\nDescription: Object variable not set\r\n"
               "Module: Controller\r\nProcedure: GlobalInitSub\r\nLine: 120\r\nApp: tallix controller\r\n"
               "Version: 1.0.0\r\nLocation: /opt/tallix");
-}
-
-TEST(ErrorObject, SuppressedErrorGoesToErrLogOnly) {
-    ErrorWorld w;
-    clsError e(w.c().errors);
+    // A suppressed error goes to the error log only.
     e.StoreErrInfo(0, AppError(5, "Invalid procedure call"));
     e.StoreAppInfo("frmInit", "cmdOK_Click", "row=3", false);
     e.Show();
@@ -46,46 +42,34 @@ TEST(ErrorObject, SuppressedErrorGoesToErrLogOnly) {
     EXPECT_EQ(w.errLog().size(), 2 * log.size());
 }
 
-TEST(ErrorObject, ShownErrorUsesThePresentationProgramsTitle) {
-    ErrorWorld w;
-    clsError e(w.c().errors);
-    e.StoreErrInfo(0, AppError(11, "Division by zero"));
-    e.StoreAppInfo("tallix_controller", "SendVotes", "", true);
-    e.Show();
-    ASSERT_EQ(w.dialogs.shown.size(), 1u);
-    EXPECT_EQ(w.dialogs.shown[0].title, "Microsoft PowerPoint");
-    EXPECT_TRUE(startsWith(w.dialogs.shown[0].text, "An error has occurred: "));
-    EXPECT_TRUE(contains(w.dialogs.shown[0].text, "Details: "));
-    EXPECT_FALSE(contains(w.dialogs.shown[0].text, "Message Supressed"));
-}
-
-TEST(ErrorObject, UnexpectedErrorWithTheMarkerIsNotShown) {
-    ErrorWorld w;
-    clsError e(w.c().errors);
-    e.StoreErrInfo(0, AppError(err::kUnexpected, "~ catastrophic"));
-    e.StoreAppInfo("Controller", "X", "", true);
-    e.Show();
-    EXPECT_TRUE(w.dialogs.shown.empty());
-    EXPECT_TRUE(contains(w.errLog(), "Description: ~ catastrophic"));
-    clsError plain(w.c().errors);
-    plain.StoreErrInfo(0, AppError(err::kUnexpected, "catastrophic"));
-    plain.StoreAppInfo("Controller", "X", "", true);
-    plain.Show();
-    EXPECT_EQ(w.dialogs.shown.size(), 1u);
-}
-
-TEST(ErrorObject, PresentationProgramFailureAdvisesARestart) {
-    ErrorWorld w;
-    clsError e(w.c().errors);
-    e.StoreErrInfo(0, AppError(err::kAutomationServerFault, "The server threw an exception."));
-    e.StoreAppInfo("Controller", "InitPPTObject", "", true);
-    e.Show();
-    ASSERT_EQ(w.dialogs.shown.size(), 1u);
-    EXPECT_TRUE(contains(w.dialogs.shown[0].text, "PowerPoint has encountered an unexpected error."));
-    EXPECT_TRUE(contains(w.dialogs.shown[0].text, "Save your current work and restart PowerPoint."));
-}
-
-TEST(ErrorObject, ShowAllErrorsShowsSuppressedOnes) {
+// Which errors reach the user, and with what text: the rest go to the error log only.
+TEST(ErrorObject, WhatIsShownAndWhatIsOnlyLogged) {
+    struct Case {
+        int number;
+        std::string description;
+        std::vector<std::string> inTheBox;  // empty: no box
+    };
+    const std::vector<Case> cases = {
+        {11, "Division by zero", {"An error has occurred: Division by zero", "Details: "}},
+        {err::kUnexpected, "~ catastrophic", {}},  // the marker keeps it out of sight
+        {err::kUnexpected, "catastrophic", {"catastrophic"}},
+        {err::kAutomationServerFault, "The server threw an exception.",
+         {"PowerPoint has encountered an unexpected error.", "Save your current work and restart PowerPoint."}},
+    };
+    for (const auto& c : cases) {
+        ErrorWorld w;
+        clsError e(w.c().errors);
+        e.StoreErrInfo(0, AppError(c.number, c.description));
+        e.StoreAppInfo("tallix_controller", "SendVotes", "", true);
+        e.Show();
+        EXPECT_TRUE(contains(w.errLog(), "Description: " + c.description)) << c.description;
+        ASSERT_EQ(w.dialogs.shown.size(), c.inTheBox.empty() ? 0u : 1u) << c.description;
+        if (c.inTheBox.empty()) continue;
+        EXPECT_EQ(w.dialogs.shown[0].title, "Microsoft PowerPoint");
+        EXPECT_FALSE(contains(w.dialogs.shown[0].text, "Message Supressed"));
+        for (const auto& part : c.inTheBox) EXPECT_TRUE(contains(w.dialogs.shown[0].text, part)) << part;
+    }
+    // With every error to be shown, a suppressed one is shown too.
     ErrorWorld w;
     w.glo().showAllErrors = true;
     EXPECT_FALSE(trap(w.c().errors, "Controller", "Main", [] { throw std::runtime_error("boom"); }));

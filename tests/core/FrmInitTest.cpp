@@ -29,24 +29,11 @@ InitGridRow g2(std::string port, std::string lo, std::string hi) {
 }
 }  // namespace
 
-TEST(KeypadSetup, ChoicesAndTheirStoredForms) {
-    EXPECT_EQ(FrmInit::baseTypeChoices(),
-              (std::vector<std::string>{"Kelvarin Base v3", "Kelvarin Corehub g1", "Kelvarin Corehub g2", "Keyboard", "Modem"}));
-    EXPECT_EQ(FrmInit::gridColumns(),
-              (std::vector<std::string>{"Serial Number", "Base Type", "Lowest Keypad Number", "Highest Keypad Number"}));
-    EXPECT_EQ(FrmInit::storedBaseType("Kelvarin Base v3"), "KELVARIN BASE V3");
-    EXPECT_EQ(FrmInit::storedBaseType("Keyboard"), "KBOARD");
-    EXPECT_EQ(FrmInit::storedBaseType("Modem"), "KBOARD");
-    EXPECT_EQ(FrmInit::storedBaseType("KEYBOARD"), "KBOARD");
-    EXPECT_EQ(FrmInit::storedBaseType("MODEM (KEYBOARD VOTING)"), "KBOARD");
-    EXPECT_EQ(FrmInit::storedBaseType("Toaster"), "");
-}
-
-TEST(KeypadSetup, CloseSliderLabel) {
-    InitWorld w;
-    EXPECT_EQ(w.form->closeLabel(), "Close voting when 100% have voted");
-    w.form->sldClosePercent = 75;
-    EXPECT_EQ(w.form->closeLabel(), "Close voting when 75% have voted");
+TEST(KeypadSetup, BaseTypeChoicesAndTheirStoredForms) {
+    for (const auto& [choice, stored] : std::vector<std::pair<std::string, std::string>>{
+             {"Kelvarin Base v3", "KELVARIN BASE V3"}, {"Keyboard", "KBOARD"}, {"Modem", "KBOARD"},
+             {"KEYBOARD", "KBOARD"}, {"MODEM (KEYBOARD VOTING)", "KBOARD"}, {"Toaster", ""}})
+        EXPECT_EQ(FrmInit::storedBaseType(choice), stored) << choice;
 }
 
 TEST(KeypadSetup, EachCheckHasItsMessageAndKeepsTheFormOpen) {
@@ -84,7 +71,9 @@ TEST(KeypadSetup, PopUpAndCloseChecks) {
     w.form->txtPopUp = "5";
     w.form->txtHowMany = "10";
     w.form->chkClose = true;
+    EXPECT_EQ(w.form->closeLabel(), "Close voting when 100% have voted");
     w.form->sldClosePercent = 0;
+    EXPECT_EQ(w.form->closeLabel(), "Close voting when 0% have voted");
     EXPECT_FALSE(w.form->cmdOK_Click());
     EXPECT_EQ(w.messages(),
               (std::vector<std::string>{"Keypad Setup: Percentage value on which to close vote must be greater than 0"}));

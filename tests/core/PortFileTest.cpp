@@ -59,51 +59,13 @@ TEST(PortFile, ReaderTakesKeysInAnyCase) {
     EXPECT_TRUE(d.popUp.close);
 }
 
+// Damaged files: tests/reliability/FileFaultTest.cpp.
 TEST(PortFile, MissingFileMeansKeyboardVoting) {
     TempDir dir;
     const auto r = readPortFile(dir / "port.tlc");
     EXPECT_EQ(r.status, PortFileStatus::Missing);
     ASSERT_EQ(r.data.bases.size(), 1u);
     EXPECT_EQ(r.data.bases[0].baseType, "KBOARD");
-}
-
-TEST(PortFile, AnyDamageIsADecryptErrorAndKeyboardVoting) {
-    TempDir dir;
-    const auto file = dir / "port.tlc";
-    ASSERT_EQ(writePortFile(file, twoBases()), PortFileWriteStatus::Ok);
-    const std::string good = readFile(file);
-    std::vector<std::string> damaged;
-    for (std::size_t i : {std::size_t{0}, std::size_t{4}, std::size_t{10}, good.size() / 2, good.size() - 1}) {
-        std::string bad = good;
-        bad[i] = static_cast<char>(bad[i] ^ 0x01);
-        damaged.push_back(bad);
-    }
-    damaged.push_back(good.substr(0, good.size() - 5));
-    damaged.push_back("");
-    damaged.push_back("Port=1\r\nBaseType=KELVARIN COREHUB G2");  // a plain, unenciphered file
-    for (const auto& bad : damaged) {
-        writeFile(file, bad);
-        const auto r = readPortFile(file);
-        EXPECT_EQ(r.status, PortFileStatus::DecryptError);
-        ASSERT_EQ(r.data.bases.size(), 1u);
-        EXPECT_EQ(r.data.bases[0].baseType, "KBOARD");
-        EXPECT_EQ(readFile(file), bad);  // left untouched
-    }
-}
-
-TEST(PortFile, StartUpWithATamperedFileSaysDecryptErrorAndKeepsTheFile) {
-    TestWorld w;
-    const auto file = w.appData() / "tallix" / "port.tlc";
-    ASSERT_EQ(writePortFile(file, twoBases()), PortFileWriteStatus::Ok);
-    std::string bytes = readFile(file);
-    bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 0x80);
-    writeFile(file, bytes);
-    w.start();
-    EXPECT_TRUE(w.dialogs.any("Decrypt Error"));
-    ASSERT_EQ(w.glo().bases.size(), 1u);
-    EXPECT_EQ(w.glo().bases[0].baseType, "KBOARD");
-    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
-    EXPECT_EQ(readFile(file), bytes);
 }
 
 TEST(PortFile, WriterReplacesTheOldFileAndReportsAFolderItCannotWrite) {

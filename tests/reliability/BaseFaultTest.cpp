@@ -146,21 +146,12 @@ TEST(FailingBase, EveryOperationFailingOnOneBaseLeavesTheOthersVoting) {
 }
 
 TEST(FailingBase, ABaseThatCannotBeOpenedAtStartUpLeavesTheOthersServing) {
-    TestWorld w;
-    w.useSimBases();
-    w.addSimBase("100100100100", 10, "KELVARIN COREHUB G2", 300100001);
-    w.addSimBase("100100100200", 10, "KELVARIN COREHUB G2", 300110001);
-    w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 10, false, 0, 0},
-                     {"100100100200", "KELVARIN COREHUB G2", 1, 10, false, 0, 10}});
-    w.baseLibrary.fail("100100100100", "Connect", BaseErrorCode::BaseNotFound, -1);
-    w.start();
-    w.scheduler.advance(100);
+    EventWorld w(2, 10, [](EventWorld& e) { e.baseLibrary.fail(e.ids[0], "Connect", BaseErrorCode::BaseNotFound, -1); });
     EXPECT_FALSE(w.dialogs.any("Unable to initialise Kelvarin Base"));  // another base came up
-    Display d(w.c());
-    for (const char* line : {"votetype=SINGLEDIGIT", "options=4", "startfrom=1", "STARTVOTE"}) d.client->SendCommand(line);
-    w.scheduler.advance(200);
+    Display& d = w.join();
+    w.openVote(d);
     EXPECT_TRUE(w.baseLibrary.station(1).voteOpen);
-    ASSERT_TRUE(w.baseLibrary.press("100100100200", 4, "3").ok);
+    ASSERT_TRUE(w.press(1, 4, "3"));
     w.scheduler.advance(200);
     EXPECT_EQ(d.records, (std::map<std::string, int>{{"14;3", 1}}));
 }

@@ -2,6 +2,7 @@
 // A started controller over simulated bases on virtual time, with display programs that are
 // instances of the automation class: enough of an event to open votes, press keypads and
 // count what each display program receives.
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -53,7 +54,8 @@ struct Display {
 struct EventWorld : TestWorld {
     // `bases` Corehub G2 bases of `keypads` keypads each; base i's keypads are numbered from
     // i * keypads + 1 through the port file's offsets.
-    EventWorld(int bases, int keypads) : perBase(keypads) {
+    // `beforeStart` may break a base before the controller first opens it.
+    EventWorld(int bases, int keypads, const std::function<void(EventWorld&)>& beforeStart = {}) : perBase(keypads) {
         kelvarin = &useSimBases();
         std::vector<PortEntry> entries;
         for (int i = 0; i < bases; ++i) {
@@ -62,6 +64,7 @@ struct EventWorld : TestWorld {
             entries.push_back({ids.back(), "KELVARIN COREHUB G2", 1, keypads, false, 0, i * keypads});
         }
         writePortFile(entries);
+        if (beforeStart) beforeStart(*this);
         start();
         scheduler.advance(100);
     }

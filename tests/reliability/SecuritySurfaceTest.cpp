@@ -39,11 +39,16 @@ std::map<std::string, std::string> snapshot(const fs::path& root) {
 
 }  // namespace
 
-TEST(PrivateFiles, SettingsPortFileAndLogsAreForTheUserAloneInAFolderOfTheirOwn) {
+TEST(PrivateFiles, SettingsPortFileAndLogsAreForTheUserAloneInAFolderOfTheirOwnAndTheSharedFolderKeepsItsMode) {
     TestWorld w;
     // A data folder left open by an older run is closed again.
     fs::create_directories(w.appData() / "tallix");
     fs::permissions(w.appData() / "tallix", fs::perms::all, fs::perm_options::replace);
+    // The shared folder keeps the mode its administrator gave it.
+    const auto shared = fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec | fs::perms::others_read |
+                        fs::perms::others_exec;
+    fs::create_directories(w.programData() / "tallix");
+    fs::permissions(w.programData() / "tallix", shared, fs::perm_options::replace);
     w.writeSettings("DEBUG", "LOGEVENTS TO FILE", "1");
     ::umask(022);
     w.start();
@@ -56,21 +61,12 @@ TEST(PrivateFiles, SettingsPortFileAndLogsAreForTheUserAloneInAFolderOfTheirOwn)
     w.c().logs.appendErrLog("x");
     w.c().logs.voteTrace("x");
     EXPECT_EQ(modeOf(data), k0700);
+    EXPECT_EQ(modeOf(w.programData() / "tallix"), shared);
     for (const fs::path& f : {data / "tlx.ini", data / "port.tlc", data / "debug.log", data / "Err.log",
                               w.c().logs.traceFilePath(), w.c().logs.voteTraceFilePath()}) {
         ASSERT_TRUE(fs::is_regular_file(f)) << f;
         EXPECT_EQ(modeOf(f), k0600) << f;
     }
-}
-
-TEST(PrivateFiles, TheSharedFolderKeepsTheModeTheAdministratorGaveIt) {
-    TestWorld w;
-    fs::create_directories(w.programData() / "tallix");
-    const auto open = fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec | fs::perms::others_read |
-                      fs::perms::others_exec;
-    fs::permissions(w.programData() / "tallix", open, fs::perm_options::replace);
-    w.start();
-    EXPECT_EQ(modeOf(w.programData() / "tallix"), open);
 }
 
 TEST(PrivateFiles, ALinkOrAPipePlantedWhereALogGoesIsNotWrittenThrough) {
