@@ -101,13 +101,3 @@ TEST(BaseError, ABaseThatLosesItsLinkIsReportedAndReconnectedByTheLibrary) {
     d.settle();
     EXPECT_EQ(balloons(d.w).back().second, 1);
 }
-
-TEST(BaseError, AlternateBaseFromTheSimulationReachesTheTray) {
-    DriverWorld d;
-    const auto before = d.w.tray.balloons.size();
-    d.sim().alternateBase(kBase1);
-    d.sim().alternateBase(kBase1);
-    d.settle();
-    EXPECT_EQ(d.w.tray.balloons.size(), before + 1);
-    EXPECT_TRUE(contains(d.glo().bubbleMessageLog, "Alternate base on same channel"));
-}

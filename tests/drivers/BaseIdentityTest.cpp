@@ -23,17 +23,7 @@ struct MixedWorld {
     explicit MixedWorld(const std::vector<PortEntry>& rows) : drivers(w.useSimBases()) {
         w.addSimBase(kG2, 10, "KELVARIN COREHUB G2", 300100001);
         w.addSimBase(kG1, 10, "KELVARIN COREHUB G1", 300200001);
-        SimBaseSpec v3;
-        v3.type = "KELVARIN BASE V3";
-        v3.connection = SimConnection::Serial;
-        v3.serialPort = 5;
-        for (int k = 1; k <= 10; ++k) {
-            SimKeypad kp;
-            kp.hid = std::to_string(500 + k);
-            kp.sid = k;
-            v3.keypads.push_back(kp);
-        }
-        w.baseLibrary.addBase(v3);
+        w.baseLibrary.addBase(serialBase(5, 10, 501));
         w.writePortFile(rows);
         w.start();
         w.main().FromCtrlForm.connect([this](const std::string& s) { sent += s; });

@@ -18,9 +18,7 @@ TEST(ListDevices, StartUpConnectsTheConfiguredBase) {
     EXPECT_EQ(r.lowestKeypad, 1);
     EXPECT_EQ(r.highestKeypad, 40);
     EXPECT_FALSE(d.w.dialogs.any("Unable to initialise Kelvarin Base"));
-    EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: GetUSBDevices - 0"));
     EXPECT_TRUE(d.g2().logged("0 - Corehub g2: ListDevices: RadioEnable - 0"));
-    EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: OverallTime - 0"));
     EXPECT_TRUE(d.station().radioOn);
 }
 
@@ -31,18 +29,6 @@ int countLogged(const KelvarinPrioritizerDriver& d, const std::string& part) {
     return n;
 }
 
-SimBaseSpec usbBase(const std::string& id, const std::string& firmware, int keypads = 5) {
-    SimBaseSpec s;
-    s.id = id;
-    s.firmware = firmware;
-    for (int k = 1; k <= keypads; ++k) {
-        SimKeypad kp;
-        kp.hid = std::to_string(400000000 + k);
-        kp.sid = k;
-        s.keypads.push_back(kp);
-    }
-    return s;
-}
 }  // namespace
 
 TEST(ListDevices, AnEmptyDeviceListLeavesAnEmptyTable) {
@@ -151,11 +137,7 @@ TEST(ListDevices, SkipsWhatCannotBeConnectedAndStopsWhenShuttingDown) {
 
 TEST(KelvarinDrivers, SetUpScanClosePortsAndReopen) {
     DriverWorld d({"100100100100", "100100100200"});
-    SimBaseSpec v3;
-    v3.type = "KELVARIN BASE V3";
-    v3.connection = SimConnection::Serial;
-    v3.serialPort = 3;
-    d.sim().addBase(v3);
+    d.sim().addBase(serialBase(3, 0));
     const auto found = d.drivers.scanForBases();
     ASSERT_EQ(found.size(), 3u);
     EXPECT_EQ(found[0].baseType, "KELVARIN COREHUB G2");
@@ -260,11 +242,7 @@ TEST(ListDevices, ConnectStringsAreTheLibrarysExactForms) {
     net.connection = SimConnection::Ethernet;
     net.address = "127.0.0.1";
     d.sim().addBase(net);
-    d.glo().options.set(section::kCoreHubOptions, "ETHERNET ENABLED", "1");
-    d.g2().ListDevices();
-    EXPECT_EQ(d.g2().connectedCount(), 2);
-
-    // The library itself takes nothing else.
+    // The library takes nothing but these forms (the driver's network form is checked above).
     auto base = d.sim().createBase(LibraryGeneration::Prioritizer2);
     EXPECT_EQ(base->Connect("000 000 000 123"), 0);
     for (const char* wrong : {"123", "000000000123", "000 000 000 0123", "000-000-000-123", " 000 000 000 123",

@@ -64,20 +64,13 @@ TEST(CrowdPacing, StoppedCrowdsPressNoMore) {
 TEST(SimKeypads, ReportTheUsualFirmwareUnlessTheirOwnIsSet) {
     VirtualScheduler s;
     SimBaseLibrary lib(s);
-    SimBaseSpec base;
-    base.id = "100100100100";
-    for (int k = 1; k <= 2; ++k) {
-        SimKeypad kp;
-        kp.hid = std::to_string(300100000 + k);
-        kp.sid = k;
-        base.keypads.push_back(kp);
-    }
+    SimBaseSpec base = usbBase("100100100100", "2.00.01.1801.1545", 2);
     base.keypads[1].firmware = "2.01.00.0001.0002";
     lib.addBase(base);
     auto handle = lib.createBase(LibraryGeneration::Prioritizer2);
     ASSERT_EQ(handle->Connect("100 100 100 100"), 0);
     KelvarinKeypadConfig c;
-    ASSERT_EQ(handle->GetKeypadConfig("300100001", c), 0);
+    ASSERT_EQ(handle->GetKeypadConfig("400000001", c), 0);
     EXPECT_EQ(c.FirmwareVersion, "2.00.01.2103.2038");
     ASSERT_EQ(handle->GetKeypadFromRegistry(2, c), 0);
     EXPECT_EQ(c.FirmwareVersion, "2.01.00.0001.0002");

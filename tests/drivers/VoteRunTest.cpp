@@ -116,21 +116,6 @@ TEST(EndVote, EndedTextIsEmptyForARunningVoteAndABlankOtherwise) {
     EXPECT_EQ(d.glo().voteType, "SINGLEDIGIT");
 }
 
-TEST(EndVote, ClearSettingsEmptiesTheVoteSettingsAndDropsAPreload) {
-    DriverWorld d;
-    d.singleDigit();
-    d.glo().questionTextShort = "Q";
-    d.glo().voteText = "V";
-    d.glo().points = 5;
-    d.g2().SilentLoadVoteConfig(4);
-    d.g2().EndVote(true, true);
-    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);
-    EXPECT_EQ(d.glo().voteType, "");
-    EXPECT_EQ(d.glo().questionTextShort, "");
-    EXPECT_EQ(d.glo().voteText, "");
-    EXPECT_EQ(d.glo().points, 0);
-}
-
 TEST(EndVote, RestartsMicrophoneRequestsUnlessToldOtherwise) {
     DriverWorld d;
     d.glo().options.set(section::kAudioOptions, "AUDIO AUTO REQUESTS", "1");
@@ -173,7 +158,7 @@ TEST(VoteOps, WithNoBaseConnectedEverythingCompletesQuietly) {
     EXPECT_EQ(g2->baseTable().size(), 0u);
 }
 
-TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingTheVoteIsBuiltFrom) {
+TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingAndDropsAPreload) {
     DriverWorld d;
     GlobalState& g = d.glo();
     g.voteType = "SINGLEDIGIT";
@@ -194,7 +179,9 @@ TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingTheVoteIsBuiltFrom) {
     d.g2().EndVote(true, false);
     EXPECT_EQ(g.voteType, "SINGLEDIGIT");  // kept unless asked
     EXPECT_EQ(g.optionCount, 4);
+    d.g2().SilentLoadVoteConfig(4);
     d.g2().EndVote(true, true);
+    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);  // the preload goes too
     for (const std::string* t : {&g.voteType, &g.questionTextShort, &g.voteText, &g.voteEndedText, &g.prevoteText,
                                  &g.answerText, &g.validAnswers})
         EXPECT_EQ(*t, "");
