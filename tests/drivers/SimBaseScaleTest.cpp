@@ -1,6 +1,6 @@
 // The simulated bases at full size. A crowd of a whole base's keypads: each presses at its own
 // time, and keeping the crowd going costs a step or two on the scheduler rather than an entry
-// per keypad. Keypads keep no copy of the usual firmware text, yet report it.
+// per keypad.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -59,19 +59,4 @@ TEST(CrowdPacing, StoppedCrowdsPressNoMore) {
     d.sim().stopCrowds();
     d.settle(5000);
     EXPECT_EQ(d.intake.records.size(), 51u);  // the press at 500 ms was already on its way
-}
-
-TEST(SimKeypads, ReportTheUsualFirmwareUnlessTheirOwnIsSet) {
-    VirtualScheduler s;
-    SimBaseLibrary lib(s);
-    SimBaseSpec base = usbBase("100100100100", "2.00.01.1801.1545", 2);
-    base.keypads[1].firmware = "2.01.00.0001.0002";
-    lib.addBase(base);
-    auto handle = lib.createBase(LibraryGeneration::Prioritizer2);
-    ASSERT_EQ(handle->Connect("100 100 100 100"), 0);
-    KelvarinKeypadConfig c;
-    ASSERT_EQ(handle->GetKeypadConfig("400000001", c), 0);
-    EXPECT_EQ(c.FirmwareVersion, "2.00.01.2103.2038");
-    ASSERT_EQ(handle->GetKeypadFromRegistry(2, c), 0);
-    EXPECT_EQ(c.FirmwareVersion, "2.01.00.0001.0002");
 }

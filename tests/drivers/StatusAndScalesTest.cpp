@@ -18,7 +18,7 @@ TEST(StatusText, TheGapsInTheCodeTableAreUnknownNotTheirNeighbours) {
         EXPECT_EQ(GetCPPErrorString(code), "Unkown Error Code: " + std::to_string(code)) << code;
 }
 
-TEST(VersionCompare, FieldsCompareAsNumbers) {
+TEST(VersionCompare, FieldsAsNumbersTheDateCodeByYearFirstAndTextsAsDates) {
     EXPECT_EQ(VersionCompare("2.00.01.1801.1545", "2.00.01.1801.1545"), 0);
     EXPECT_EQ(VersionCompare("1.10.00.0101.0001", "1.9.00.0101.0001"), 1);
     EXPECT_EQ(VersionCompare("1.01.00.0101.0001", "1.1.0.101.1"), 0);
@@ -26,17 +26,12 @@ TEST(VersionCompare, FieldsCompareAsNumbers) {
     EXPECT_EQ(VersionCompare("1.01.00.1607.1819", version::kG2Family), -1);
     EXPECT_EQ(VersionCompare("1.0.1.0108.0000", version::kRegistry), -1);
     EXPECT_EQ(VersionCompare("1.2", "1.2.0.0.0"), 0);
-}
-
-TEST(VersionCompare, DateCodeCountsItsLastTwoDigitsFirst) {
     // 0109 ends in 09, 1208 in 08: the last two digits decide before the first two.
     EXPECT_EQ(VersionCompare("1.01.00.0109.0000", "1.01.00.1208.0000"), 1);
     EXPECT_EQ(VersionCompare("1.01.00.0309.0000", "1.01.00.0209.0000"), 1);
     // Only when the date codes agree does the fifth field count.
     EXPECT_EQ(VersionCompare("1.01.00.1607.1818", "1.01.00.1607.1819"), -1);
-}
-
-TEST(VersionCompare, TextsWithoutDotsCompareAsDates) {
+    // Texts without dots compare as dates.
     EXPECT_EQ(VersionCompare("01/02/2020", "31/12/2019"), 1);
     EXPECT_EQ(VersionCompare("15/06/2019", "16/06/2019"), -1);
     EXPECT_EQ(VersionCompare("15/06/2019", "1.0.0"), 1);  // "1.0.0" reads as an empty date

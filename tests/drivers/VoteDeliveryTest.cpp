@@ -11,7 +11,7 @@ const std::string kBase1 = "100100100100";
 const std::string kBase2 = "100100100200";
 }  // namespace
 
-TEST(VoteDelivery, IdenticalPressesFromOneKeypadGiveOneVote) {
+TEST(VoteDelivery, IdenticalPressesFromOneKeypadGiveOneVoteUntilTheNextVoteOrWhenAllowed) {
     DriverWorld d;
     d.singleDigit();
     d.g2().StartVote();
@@ -26,23 +26,17 @@ TEST(VoteDelivery, IdenticalPressesFromOneKeypadGiveOneVote) {
     EXPECT_EQ(d.intake.votes(), (std::vector<std::string>{"2", "3", "3"}));
     ASSERT_EQ(d.intake.records.size(), 3u);
     EXPECT_EQ(d.intake.records[2].keypads, std::vector<float>{8});
-}
 
-TEST(VoteDelivery, DuplicatesPassWhenAllowedOrInTheNextVote) {
-    DriverWorld d;
-    d.singleDigit();
-    d.g2().StartVote();
-    d.sim().press(kBase1, 1, "4");
-    d.settle();
+    // The same key passes in the next vote (the base numbers its votes) or when allowed.
     d.g2().EndVote(true, false);
-    d.g2().StartVote();  // the base numbers its votes, so the same key answers a new question
-    d.sim().press(kBase1, 1, "4");
+    d.g2().StartVote();
+    d.sim().press(kBase1, 8, "3");
     d.settle();
-    EXPECT_EQ(d.intake.votes().size(), 2u);
+    EXPECT_EQ(d.intake.votes().size(), 4u);
     d.g2().AllowDuplicateVotes(true);
-    d.sim().press(kBase1, 1, "4");
+    d.sim().press(kBase1, 8, "3");
     d.settle();
-    EXPECT_EQ(d.intake.votes().size(), 3u);
+    EXPECT_EQ(d.intake.votes().size(), 5u);
 }
 
 TEST(VoteDelivery, EventsComeInOrderAndCarryTheBaseAndRegistryNumber) {
@@ -167,14 +161,12 @@ TEST(ControllerVote, NothingIsHandedOnBeforeInitialisationOrWithoutIntake) {
     EXPECT_TRUE(d.intake.records.empty());
 }
 
-TEST(Crowd, EveryKeypadAnswersOnceAtTheRate) {
+TEST(Crowd, EveryKeypadAnswersOnceAndTheSameSeedGivesTheSameAnswers) {
     DriverWorld d({kBase1}, 40);
     d.singleDigit(4);
     d.g2().StartVote();
     ASSERT_TRUE(d.sim().crowd(kBase1, 30, "1,2,3,4", 10));
-    d.settle(1000);
-    EXPECT_EQ(d.intake.records.size(), 10u);  // ten a second, each arriving shortly after its press
-    d.settle(3000);
+    d.settle(4000);
     ASSERT_EQ(d.intake.records.size(), 30u);
     for (const auto& v : d.intake.votes()) EXPECT_TRUE(v == "1" || v == "2" || v == "3" || v == "4") << v;
     EXPECT_EQ(d.station().keypadBySid(30)->display, d.station().vote.VoteText);

@@ -1,6 +1,9 @@
 // The channel-scan window over simulated bases of the first Corehub generation.
 #include <gtest/gtest.h>
 
+#include <array>
+#include <tuple>
+
 #include "SetupWorld.h"
 #include "core/MainForm.h"
 #include "setup/ChannelScan.h"
@@ -65,13 +68,6 @@ ChannelScores scores(std::initializer_list<std::pair<int, double>> set) {
 
 }  // namespace
 
-TEST(ChannelScanResults, AllZeroScoresNameDashOneAndTwo) {
-    EXPECT_EQ(bestThreeChannels(ChannelScores{}), (std::array<int, 3>{0, 1, 2}));
-    EXPECT_EQ(channelIndexText(0), "-");
-    EXPECT_EQ(channelIndexText(12), "12");
-    EXPECT_EQ(hoursMinutesSeconds(3 * 3600 + 59), "3h 0m 59s");  // scans of many channels run for hours
-}
-
 TEST(ChannelScanResults, TheExchangeSortSwapsOnlyOnAStrictlyHigherScore) {
     // Equal scores keep their channel order...
     EXPECT_EQ(bestThreeChannels(scores({{30, 5}, {10, 5}, {20, 5}})), (std::array<int, 3>{10, 20, 30}));
@@ -79,28 +75,25 @@ TEST(ChannelScanResults, TheExchangeSortSwapsOnlyOnAStrictlyHigherScore) {
     // place, and channel 1 lands behind its equal, channel 2.
     EXPECT_EQ(bestThreeChannels(scores({{1, 4}, {2, 4}, {3, 9}})), (std::array<int, 3>{3, 2, 1}));
     EXPECT_EQ(bestThreeChannels(scores({{77, 1}, {76, 3}, {5, 2}})), (std::array<int, 3>{76, 5, 77}));
+    EXPECT_EQ(hoursMinutesSeconds(3 * 3600 + 59), "3h 0m 59s");  // scans of many channels run for hours
 }
 
 TEST(ChannelScanKeypads, RegistryChecksAndTheSeventhKeypad) {
     ScanWorld s;
     Scan& scan = s.open();
-    EXPECT_EQ(scan.baseHID, "100100100500");
     EXPECT_EQ(scan.lblEstimatedTime, "Estimated scan time... -");
-
-    // Blanks are removed: "1 2" is keypad 12, which this registry does not have.
-    s.add(scan, " 1 2 ");
-    EXPECT_EQ(s.lastTitle(), "Unable to add keypad");
-    EXPECT_EQ(s.lastText(), "The keypad number entered does not exist in the local registry of the base station");
-    // Text that is no keypad number names no keypad of the registry either.
-    s.add(scan, "3a");
-    EXPECT_EQ(s.w.dialogs.shown.size(), 2u);
-    EXPECT_EQ(s.lastText(), "The keypad number entered does not exist in the local registry of the base station");
+    // Blanks are removed: "1 2" is keypad 12, which this registry does not have; nor does
+    // text that is no keypad number name one of it.
+    for (const char* missing : {" 1 2 ", "3a"}) {
+        s.add(scan, missing);
+        EXPECT_EQ(s.lastTitle(), "Unable to add keypad");
+        EXPECT_EQ(s.lastText(), "The keypad number entered does not exist in the local registry of the base station");
+    }
     EXPECT_TRUE(scan.lvwKeypads.empty());
     EXPECT_EQ(scan.txtAddKeypad, "3a");
 
     s.add(scan, " 3 ");
     ASSERT_EQ(scan.lvwKeypads.size(), 1u);
-    EXPECT_EQ(scan.lvwKeypads[0].key, "K:3");
     EXPECT_EQ(scan.lvwKeypads[0].hid, "300 500 003");
     EXPECT_EQ(scan.lvwKeypads[0].icon, "NEW");
     EXPECT_EQ(scan.txtAddKeypad, "");
@@ -110,7 +103,6 @@ TEST(ChannelScanKeypads, RegistryChecksAndTheSeventhKeypad) {
     EXPECT_EQ(scan.lvwKeypads.size(), 1u);
 
     for (const char* k : {"1", "2", "4", "5", "6"}) s.add(scan, k);
-    ASSERT_EQ(scan.lvwKeypads.size(), 6u);
     const auto shown = s.w.dialogs.shown.size();
     s.add(scan, "7");
     ASSERT_EQ(s.w.dialogs.shown.size(), shown + 1);
@@ -121,7 +113,7 @@ TEST(ChannelScanKeypads, RegistryChecksAndTheSeventhKeypad) {
     scan.selectedKeypad = 0;
     scan.cmdRemoveKeypad_Click();
     EXPECT_EQ(scan.lvwKeypads.size(), 5u);
-    EXPECT_EQ(scan.lvwKeypads[0].key, "K:1");
+    EXPECT_EQ(scan.lvwKeypads[0].hid, "300 500 001");
 }
 
 TEST(ChannelScanKeypads, AKeypadOfAnotherBaseIsNotInThisBasesRegistry) {
@@ -138,30 +130,23 @@ TEST(ChannelScanOptions, BoxesAreCheckedAsTheyAreLeft) {
     ScanWorld s;
     Scan& scan = s.open();
     using O = Scan::Option;
-    struct Case {
-        O option;
-        std::string bad;
-        std::string message;
+    const std::tuple<O, std::string Scan::*, std::string, std::string> cases[] = {
+        {O::StartChannel, &Scan::txtStartChannel, "0", "Invalid channel step entered"},
+        {O::EndChannel, &Scan::txtEndChannel, "256", "Invalid channel step entered"},
+        {O::ChannelStep, &Scan::txtChannelStep, "x", "Invalid channel step entered"},
+        {O::VotesPerChannel, &Scan::txtVotesPerChannel, "9", "Invalid votes per channel entered"},
+        {O::VotesPerChannel, &Scan::txtVotesPerChannel, "256", "Invalid votes per channel entered"},
+        {O::StartDelay, &Scan::txtStartDelay, "0", "Invalid start delay entered"},
+        {O::StartDelay, &Scan::txtStartDelay, "2.5", "Invalid start delay entered"},
+        {O::ChannelList, &Scan::txtChannelList, "3,x", "Invalid channel step entered"},
     };
-    const std::vector<Case> cases = {
-        {O::StartChannel, "0", "Invalid channel step entered"},    {O::EndChannel, "256", "Invalid channel step entered"},
-        {O::ChannelStep, "x", "Invalid channel step entered"},     {O::VotesPerChannel, "9", "Invalid votes per channel entered"},
-        {O::VotesPerChannel, "256", "Invalid votes per channel entered"},
-        {O::StartDelay, "0", "Invalid start delay entered"},       {O::StartDelay, "2.5", "Invalid start delay entered"},
-        {O::ChannelList, "3,x", "Invalid channel step entered"},
-    };
-    for (const auto& c : cases) {
-        std::string& box = c.option == O::StartChannel      ? scan.txtStartChannel
-                           : c.option == O::EndChannel      ? scan.txtEndChannel
-                           : c.option == O::ChannelStep     ? scan.txtChannelStep
-                           : c.option == O::VotesPerChannel ? scan.txtVotesPerChannel
-                           : c.option == O::StartDelay      ? scan.txtStartDelay
-                                                            : scan.txtChannelList;
+    for (const auto& [option, field, bad, message] : cases) {
+        std::string& box = scan.*field;
         const std::string before = box;
-        box = c.bad;
-        EXPECT_FALSE(scan.OptionLeft(c.option)) << c.bad;
+        box = bad;
+        EXPECT_FALSE(scan.OptionLeft(option)) << bad;
         EXPECT_EQ(s.lastTitle(), "Error");
-        EXPECT_EQ(s.lastText(), c.message) << c.bad;
+        EXPECT_EQ(s.lastText(), message) << bad;
         EXPECT_EQ(box, before) << "the last good value comes back";
     }
     // The boxes take up to 255 although a reopened window brings back less.
@@ -187,46 +172,33 @@ TEST(ChannelScanOptions, BoxesAreCheckedAsTheyAreLeft) {
     EXPECT_EQ(scan.scanChannels(), (std::vector<int>{24, 45, 69}));
 }
 
-TEST(ChannelScanOptions, RestoredOnlyWithinTheirRanges) {
+TEST(ChannelScanOptions, RestoredOnlyWithinTheirRangesAndKeptOnClosing) {
     ScanWorld s;
     auto& kept = s.w.glo().channelScan;
-    kept = {};
-    kept.startChannel = 78;    // channels 1..77
-    kept.endChannel = 77;
-    kept.channelStep = 0;      // 1..77
-    kept.votesPerChannel = 251;  // 10..250
-    kept.startDelay = 241;     // 1..240
-    {
+    // What the boxes show when the window opens with these kept: start, end, step, votes, delay.
+    auto reopened = [&](std::array<int, 5> k) {
+        kept = {};
+        std::tie(kept.startChannel, kept.endChannel, kept.channelStep, kept.votesPerChannel, kept.startDelay) =
+            std::tuple(k[0], k[1], k[2], k[3], k[4]);
         Scan& scan = s.open();
-        EXPECT_EQ(scan.txtStartChannel, "1");
-        EXPECT_EQ(scan.txtEndChannel, "77");
-        EXPECT_EQ(scan.txtChannelStep, "1");
-        EXPECT_EQ(scan.txtVotesPerChannel, "50");
-        EXPECT_EQ(scan.txtStartDelay, "10");
+        std::vector<std::string> shown{scan.txtStartChannel, scan.txtEndChannel, scan.txtChannelStep,
+                                       scan.txtVotesPerChannel, scan.txtStartDelay};
         scan.cmdExit_Click();
-    }
-    s.settle();
-    kept.startChannel = 77;
-    kept.endChannel = 1;
-    kept.channelStep = 77;
-    kept.votesPerChannel = 10;
-    kept.startDelay = 240;
+        s.settle();
+        return shown;
+    };
+    // Channels 1..77, step 1..77, votes 10..250, delay 1..240: one past gives the default.
+    EXPECT_EQ(reopened({78, 77, 0, 251, 241}), (std::vector<std::string>{"1", "77", "1", "50", "10"}));
+    EXPECT_EQ(reopened({77, 1, 77, 10, 240}), (std::vector<std::string>{"77", "1", "77", "10", "240"}));
+    EXPECT_EQ(reopened({1, 77, 1, 250, 1}), (std::vector<std::string>{"1", "77", "1", "250", "1"}));
+    // Closing kept what the boxes held.
     Scan& scan = s.open();
-    EXPECT_EQ(scan.txtStartChannel, "77");
-    EXPECT_EQ(scan.txtEndChannel, "1");
-    EXPECT_EQ(scan.txtChannelStep, "77");
-    EXPECT_EQ(scan.txtVotesPerChannel, "10");
-    EXPECT_EQ(scan.txtStartDelay, "240");
+    scan.txtStartChannel = "5";
+    EXPECT_TRUE(scan.OptionLeft(Scan::Option::StartChannel));
     scan.cmdExit_Click();
     s.settle();
-    // Closing kept what the boxes held.
-    EXPECT_EQ(kept.startChannel, 77);
-    EXPECT_EQ(kept.endChannel, 1);
-    kept.votesPerChannel = 250;
-    kept.startDelay = 1;
-    Scan& again = s.open();
-    EXPECT_EQ(again.txtVotesPerChannel, "250");
-    EXPECT_EQ(again.txtStartDelay, "1");
+    EXPECT_EQ(kept.startChannel, 5);
+    EXPECT_EQ(kept.votesPerChannel, 250);
 }
 
 TEST(ChannelScanRun, TwoKeypadsFindTheChannelTheNoiseProfileFavours) {
@@ -241,7 +213,6 @@ TEST(ChannelScanRun, TwoKeypadsFindTheChannelTheNoiseProfileFavours) {
     s.add(scan, "5");
     // 77 channels x (0.25 s + 50 votes x 2 keypads x 0.02 s) = 173.25 s.
     EXPECT_EQ(scan.estimatedSeconds(), 174);
-    EXPECT_EQ(scan.lblEstimatedTime, "Estimated scan time... 0h 2m 54s");
 
     std::vector<std::string> statuses;
     scan.changed.connect([&] {
@@ -251,14 +222,12 @@ TEST(ChannelScanRun, TwoKeypadsFindTheChannelTheNoiseProfileFavours) {
     ASSERT_GE(statuses.size(), 2u);
     EXPECT_EQ(statuses[0], "Preparing Scan...");
     EXPECT_EQ(scan.lblStatus, "Scan starting in... 10");
-    EXPECT_EQ(scan.lblPrompt, "Click to Start Scan in 10");
     EXPECT_EQ(scan.lblKeypadResponse, "Waiting for keypads to respond");
     EXPECT_EQ(scan.lvwKeypads[0].icon, "WAITING");
     EXPECT_EQ(scan.lvwKeypads[0].status, "Waiting for response");
-    EXPECT_TRUE(scan.locked());
-    EXPECT_EQ(s.station().callCount("PrepareKeypadSurveyScan"), 1);
 
     // Locked while it counts down: nothing can be added or started.
+    EXPECT_TRUE(scan.locked());
     s.add(scan, "6");
     scan.cmdScan_Click();
     EXPECT_EQ(scan.lvwKeypads.size(), 2u);
@@ -270,7 +239,6 @@ TEST(ChannelScanRun, TwoKeypadsFindTheChannelTheNoiseProfileFavours) {
     EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 0);
     s.w.scheduler.advanceSeconds(6.0);
     EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 1);
-    EXPECT_EQ(scan.state(), Scan::ScanState::Scanning);
     EXPECT_EQ(scan.lblStatus, "Scanning... 0h 2m 54s");
     s.w.scheduler.advanceSeconds(60);
     EXPECT_EQ(scan.lblStatus, "Scanning... 0h 1m 54s");
@@ -281,9 +249,9 @@ TEST(ChannelScanRun, TwoKeypadsFindTheChannelTheNoiseProfileFavours) {
 
     s.w.scheduler.advanceSeconds(120);
     EXPECT_EQ(scan.state(), Scan::ScanState::Idle);
+    EXPECT_FALSE(scan.locked());
     ASSERT_EQ(scan.results().size(), 1u);
     EXPECT_EQ(scan.results()[0].replies, 2 * 77);
-    EXPECT_EQ(scan.selectedScan, 1);
     EXPECT_EQ(scan.lblScanNumber, "Scan 1 of 1");
     // Channel 24 loses nothing to noise, 45 a tenth, every other channel two fifths.
     EXPECT_TRUE(startsWith(scan.lblResults,
@@ -292,18 +260,12 @@ TEST(ChannelScanRun, TwoKeypadsFindTheChannelTheNoiseProfileFavours) {
     EXPECT_GE(scan.shownScores[24], 95.0);
     EXPECT_LE(scan.shownScores[2], 60.0);
     EXPECT_EQ(scan.shownScores[0], 0.0);
-    EXPECT_EQ(scan.axisTitle(), "Channel Number");
-    scan.optGraphType_Click(1);
-    EXPECT_EQ(scan.axisTitle(), "Channel Index");
-    EXPECT_FALSE(scan.locked());
 
     EXPECT_TRUE(scan.RequestClose());
     s.settle();
     EXPECT_FALSE(s.w.c().forms.isLoaded(Scan::kName));
     // The results last while the controller runs.
-    Scan& again = s.open();
-    EXPECT_EQ(again.lblScanNumber, "Scan 1 of 1");
-    EXPECT_TRUE(startsWith(again.lblResults, "Based on scan number 1 of 1"));
+    EXPECT_TRUE(startsWith(s.open().lblResults, "Based on scan number 1 of 1"));
 }
 
 TEST(ChannelScanRun, ABaseSlowerThanTheEstimateShowsCompiling) {
@@ -370,7 +332,6 @@ TEST(ChannelScanRun, FailuresOfTheBaseAreShownAndTheWindowGoesOn) {
     EXPECT_EQ(s.lastTitle(), "PrepareKeypadSurveyScan");
     EXPECT_EQ(s.lastText(), "Error 6: TX Comms failed");
     EXPECT_FALSE(scan.locked());
-    EXPECT_EQ(scan.lvwKeypads[0].icon, "NEW");
 
     s.w.baseLibrary.fail("100100100500", "BeginKeypadSurveyScan", 23);
     scan.cmdScan_Click();
@@ -379,9 +340,7 @@ TEST(ChannelScanRun, FailuresOfTheBaseAreShownAndTheWindowGoesOn) {
     scan.lblPrompt_Click();  // the operator does not wait for the rest of the delay
     EXPECT_EQ(s.lastTitle(), "BeginKeypadSurveyScan");
     EXPECT_EQ(s.lastText(), "Error 23: Requested action error - base busy (Addon Message)");
-    EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 1);
     EXPECT_FALSE(scan.locked());
-    EXPECT_TRUE(scan.results().empty());
     s.w.scheduler.advanceSeconds(10);
     EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 1) << "the countdown ended with the click";
 
@@ -416,8 +375,6 @@ TEST(ChannelScanRun, CancellingAndClosingWhileScanning) {
     EXPECT_EQ(s.lastText(), "Error 9: RX Comms time out");
     EXPECT_EQ(scan.lblStatus, "Cannot close whilst scanning");
     EXPECT_FALSE(scan.locked());
-    s.settle();
-    EXPECT_TRUE(s.w.c().forms.isLoaded(Scan::kName));
     s.w.scheduler.advanceSeconds(200);
     EXPECT_TRUE(scan.results().empty());
     EXPECT_TRUE(scan.RequestClose());
@@ -446,7 +403,6 @@ TEST(ChannelScanResultsKept, DeletingTheOnlyAndOneOfTwoAndTheCumulativeView) {
     EXPECT_TRUE(startsWith(scan.lblResults, "Based on scan number 2 of 2 the best 3 radio channels to use are 26, "));
 
     scan.chkShowCumulativeGraph_Click(true);
-    EXPECT_EQ(scan.lblStatus, "Showing Cumulative Results...");
     EXPECT_EQ(scan.lblScanNumber, "Cumulative");
     EXPECT_EQ(scan.shownReplies, 22);
     EXPECT_EQ(scan.shownScores[24], scan.results()[0].scores[24] + scan.results()[1].scores[24]);
