@@ -119,22 +119,21 @@ TEST(ControllerVote, LetterAnswersBecomeNumbersOnlyForLetterKeypads) {
         d.drivers.VoteReceived(1, data, "385", "-45", "0", "300100001", 0.0);
         return d.intake.records.empty() ? std::string("<dropped>") : d.intake.records[0].votes[0];
     };
-    d.glo().voteType = "SINGLEDIGIT";
-    EXPECT_EQ(send("B"), "B");
-    d.glo().kelvarinDisplay = 1;
-    EXPECT_EQ(send("B"), "2");
-    EXPECT_EQ(send("A"), "1");
-    EXPECT_EQ(send("I"), "9");
-    EXPECT_EQ(send("J"), "J");
-    EXPECT_EQ(send("AB"), "AB");
-    EXPECT_EQ(send("b"), "b");
-    EXPECT_EQ(send("7"), "7");
-    d.glo().voteType = "9";
-    EXPECT_EQ(send("C"), "3");
-    d.glo().voteType = "MULTIDIGIT";
-    EXPECT_EQ(send("C"), "C");
-    EXPECT_EQ(send(""), "<dropped>");
-    EXPECT_EQ(send("  "), "<dropped>");
+    struct Case {
+        const char* type;
+        int display;  // 1: keypads that show letters
+        const char* sent;
+        const char* handedOn;
+    };
+    const Case cases[] = {{"SINGLEDIGIT", 0, "B", "B"}, {"SINGLEDIGIT", 1, "B", "2"},  {"SINGLEDIGIT", 1, "A", "1"},
+                          {"SINGLEDIGIT", 1, "I", "9"}, {"SINGLEDIGIT", 1, "J", "J"},  {"SINGLEDIGIT", 1, "AB", "AB"},
+                          {"SINGLEDIGIT", 1, "b", "b"}, {"SINGLEDIGIT", 1, "7", "7"},  {"9", 1, "C", "3"},
+                          {"MULTIDIGIT", 1, "C", "C"},  {"MULTIDIGIT", 1, "", "<dropped>"}, {"MULTIDIGIT", 1, "  ", "<dropped>"}};
+    for (const Case& c : cases) {
+        d.glo().voteType = c.type;
+        d.glo().kelvarinDisplay = c.display;
+        EXPECT_EQ(send(c.sent), c.handedOn) << c.type << " " << c.display << " '" << c.sent << "'";
+    }
     // From the keypad: a letter the vote does not take (E is key 5) goes nowhere.
     d.singleDigit(4);
     d.intake.records.clear();
