@@ -73,31 +73,3 @@ TEST(BaseError, AlternateBaseIsShownAtMostOnceIn30SecondsPerBase) {
     EXPECT_EQ(b[before + 1].first, "Base Station 100 100 100 200\r\nAlternate base on same channel");
     EXPECT_EQ(b[before + 2].first, "Base Station 100 100 100 100\r\nAlternate base on same channel");
 }
-
-TEST(BaseError, ABaseThatLosesItsLinkIsReportedAndReconnectedByTheLibrary) {
-    DriverWorld d;
-    d.singleDigit();
-    ASSERT_TRUE(d.sim().disconnect(kBase1, 2000));
-    d.settle();
-    EXPECT_EQ(balloons(d.w).back(),
-              (std::pair<std::string, int>{
-                  "Base Station 100 100 100 100\r\nBase station disconnected - attempting auto reconnect", 2}));
-    EXPECT_TRUE(d.g2().logged("0 - Error Event - Code:5"));
-    d.g2().StartVote();
-    EXPECT_TRUE(d.g2().logged("0 - Start Vote FAILED - 4: Base station disconnected"));
-    EXPECT_FALSE(d.sim().press(kBase1, 1, "1"));
-    d.settle(2000);
-    EXPECT_EQ(balloons(d.w).back(),
-              (std::pair<std::string, int>{"Base Station 100 100 100 100\r\nAuto reconnect success", 1}));
-    d.g2().StartVote();
-    EXPECT_TRUE(d.sim().press(kBase1, 1, "1"));
-
-    // Reconnecting by hand works the same way.
-    d.sim().disconnect(kBase1);
-    d.settle();
-    EXPECT_FALSE(d.sim().disconnect(kBase1));
-    EXPECT_TRUE(d.sim().reconnect(kBase1));
-    EXPECT_FALSE(d.sim().reconnect(kBase1));
-    d.settle();
-    EXPECT_EQ(balloons(d.w).back().second, 1);
-}

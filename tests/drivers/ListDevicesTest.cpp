@@ -30,7 +30,7 @@ TEST(ListDevices, EachDriverListsOnceHoweverManyOfItsBasesAreConfigured) {
     EXPECT_TRUE(d.g2().logged("2 - Corehub g2: ListDevices: GetSessionConfig - 0"));
 }
 
-TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSetting) {
+TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSettingAndMalformedEntriesAreSkipped) {
     DriverWorld d;
     SimBaseSpec net = usbBase("100100100500", "2.00.01.1801.1545");
     net.connection = SimConnection::Ethernet;
@@ -50,6 +50,12 @@ TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSetting) {
     EXPECT_EQ(r.identifier, "100100100500");
     EXPECT_EQ(r.address, "127.0.0.1");
     EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: GetEthernetDevices - 0"));
+
+    d.sim().addListEntries("| |abc|;|100100100999", "100100100700|;|100100100800;|x;10.9.9.9;extra");
+    EXPECT_EQ(d.g2().ListDevices(), 0);
+    ASSERT_EQ(d.g2().baseTable().size(), 2u);
+    EXPECT_EQ(d.g2().baseTable()[0].identifier, "100100100100");
+    EXPECT_EQ(d.g2().baseTable()[1].identifier, "100100100500");
 }
 
 TEST(ListDevices, FirmwareDecidesWhichDriverTakesABase) {
@@ -140,16 +146,6 @@ TEST(KelvarinDrivers, SetUpScanClosePortsAndReopen) {
     EXPECT_FALSE(d.drivers.openBase({"100100100999", "KELVARIN COREHUB G2", 1, 40}));
     EXPECT_EQ(d.drivers.corehubG2(), static_cast<KeypadDriver*>(&d.g2()));
     EXPECT_NE(d.drivers.black3(), nullptr);
-}
-
-TEST(ListDevices, MalformedListEntriesAreSkipped) {
-    DriverWorld d;
-    d.glo().options.set(section::kCoreHubOptions, "ETHERNET ENABLED", "1");
-    d.sim().addListEntries("| |abc|;|100100100999", "100100100700|;|100100100800;|x;10.9.9.9;extra");
-    EXPECT_EQ(d.g2().ListDevices(), 0);
-    ASSERT_EQ(d.g2().baseTable().size(), 1u);
-    EXPECT_EQ(d.g2().baseTable()[0].identifier, "100100100100");
-    EXPECT_TRUE(d.g2().baseTable()[0].connected);
 }
 
 namespace {

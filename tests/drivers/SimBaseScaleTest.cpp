@@ -47,16 +47,22 @@ TEST(CrowdPacing, AFullBaseVotesOnTimeWithFewEntriesPending) {
     EXPECT_LT(peak, before + 100);
 }
 
-TEST(CrowdPacing, StoppedCrowdsPressNoMore) {
-    DriverWorld d({kBase}, 200);
-    d.singleDigit(4);
-    d.g2().StartVote();
-    d.settle(100);
-    ASSERT_TRUE(d.sim().crowd(kBase, 200, "1,2", 100));
-    d.settle(505);  // presses at 0, 10, ... 500 ms have been made; those up to 490 ms reported
-    const auto pressed = d.intake.records.size();
-    EXPECT_EQ(pressed, 50u);
-    d.sim().stopCrowds();
-    d.settle(5000);
-    EXPECT_EQ(d.intake.records.size(), 51u);  // the press at 500 ms was already on its way
+TEST(CrowdPacing, StoppedCrowdsPressNoMoreAndTheSameSeedGivesTheSameAnswers) {
+    std::vector<std::string> first;
+    for (const char* answers : {"1,2", "12"}) {  // both forms of the answer list
+        DriverWorld d({kBase}, 200);
+        d.singleDigit(4);
+        d.g2().StartVote();
+        d.settle(100);
+        ASSERT_TRUE(d.sim().crowd(kBase, 200, answers, 100));
+        d.settle(505);  // presses at 0, 10, ... 500 ms have been made; those up to 490 ms reported
+        EXPECT_EQ(d.intake.records.size(), 50u);
+        d.sim().stopCrowds();
+        d.settle(5000);
+        EXPECT_EQ(d.intake.records.size(), 51u);  // the press at 500 ms was already on its way
+        for (const auto& v : d.intake.votes()) EXPECT_TRUE(v == "1" || v == "2") << v;
+        EXPECT_EQ(d.station().keypadBySid(1)->display, d.station().vote.VoteText);
+        if (first.empty()) first = d.intake.votes();
+        EXPECT_EQ(d.intake.votes(), first);
+    }
 }

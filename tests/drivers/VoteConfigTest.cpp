@@ -57,65 +57,39 @@ TEST(VoteTypes, UnknownTypesLeaveTheVoteUnconfigured) {
     }
 }
 
-TEST(KeyMask, RangeAndListOfAnswers) {
+TEST(KeyMask, RangesAndListsOfAnswersSumTheirKeysBits) {
+    struct Row {
+        int from, count;
+        const char* list;
+        int mask;  // -1: the vote is refused
+    };
+    const Row rows[] = {
+        {1, 4, "", 15},
+        {0, 10, "", 1024 + 511},
+        {5, 10, "", 16 + 32 + 64 + 128 + 256 + 2048 + 512},  // a range past the keys adds nothing for them
+        {14, 3, "", 0},
+        {-2, 4, "", 1024 + 1},
+        {1, 4, "0,10", 3072},
+        {1, 4, "11", 512},  // 10 and 11 are swapped in the key table
+        {1, 4, "1, x, 2,,", 3},  // entries that are not numbers are skipped
+        {1, 4, "12,13", 0},
+        {1, 4, "1,14", -1},  // only a listed answer of 14 or more is an error
+        {1, 4, "200", -1},
+        {1, 10, "1,1", 2},  // the bits are summed, so a repeated answer counts twice
+        {1, 10, "3,3,4", 4 + 4 + 8},
+        {1, 10, "0,0", 2048},
+    };
     GlobalState g;
     g.voteType = "SINGLEDIGIT";
-    g.startFrom = 1;
-    g.optionCount = 4;
-    auto b = build(g);
-    ASSERT_TRUE(b.ok);
-    EXPECT_EQ(b.vote.VoteType, 9);
-    EXPECT_EQ(b.vote.KeyMask, 15);
-    EXPECT_EQ(b.vote.ItemCount, 2);
-
-    g.validAnswers = "0,10";
-    EXPECT_EQ(build(g).vote.KeyMask, 3072);
-    g.validAnswers = "11";  // 10 and 11 are swapped in the key table
-    EXPECT_EQ(build(g).vote.KeyMask, 512);
-    g.validAnswers = "1, x, 2,,";  // entries that are not numbers are skipped
-    EXPECT_EQ(build(g).vote.KeyMask, 3);
-    g.validAnswers = "12,13";
-    EXPECT_EQ(build(g).vote.KeyMask, 0);
-    g.validAnswers = "1,14";  // a listed answer of 14 or more is an error
-    EXPECT_FALSE(build(g).ok);
-    g.validAnswers = "200";
-    EXPECT_FALSE(build(g).ok);
-
-    g.validAnswers.clear();
-    g.startFrom = 0;
-    g.optionCount = 10;  // 0..9
-    EXPECT_EQ(build(g).vote.KeyMask, 1024 + 511);
-}
-
-TEST(KeyMask, BitsAreSummedSoARepeatedAnswerCountsTwice) {
-    GlobalState g;
-    g.voteType = "SINGLEDIGIT";
-    g.validAnswers = "1,1";
-    EXPECT_EQ(build(g).vote.KeyMask, 2);
-    g.validAnswers = "3,3,4";
-    EXPECT_EQ(build(g).vote.KeyMask, 4 + 4 + 8);
-    g.validAnswers = "0,0";
-    EXPECT_EQ(build(g).vote.KeyMask, 2048);
+    for (const Row& r : rows) {
+        g.startFrom = static_cast<std::int16_t>(r.from);
+        g.optionCount = static_cast<std::int16_t>(r.count);
+        g.validAnswers = r.list;
+        const auto b = build(g);
+        EXPECT_EQ(b.ok ? b.vote.KeyMask : -1, r.mask) << r.from << " " << r.count << " '" << r.list << "'";
+    }
     EXPECT_EQ(keyMaskOfList("0,11"), 1024 + 512);
     EXPECT_EQ(keyMaskOfList("5,5,5"), 48);
-}
-
-TEST(KeyMask, ChoiceARangeRunningPastTheKeysIsAcceptedAndAddsNothingForThem) {
-    GlobalState g;
-    g.voteType = "SINGLEDIGIT";
-    g.startFrom = 5;
-    g.optionCount = 10;  // 5..14: only a listed answer of 14 or more is an error
-    auto b = build(g);
-    ASSERT_TRUE(b.ok);
-    EXPECT_EQ(b.vote.KeyMask, 16 + 32 + 64 + 128 + 256 + 2048 + 512);
-    g.startFrom = 14;
-    g.optionCount = 3;
-    b = build(g);
-    ASSERT_TRUE(b.ok);
-    EXPECT_EQ(b.vote.KeyMask, 0);
-    g.startFrom = -2;
-    g.optionCount = 4;  // -2..1
-    EXPECT_EQ(build(g).vote.KeyMask, 1024 + 1);
 }
 
 TEST(VoteObject, TextsFlagsAndNumbersComeFromTheSettings) {

@@ -160,25 +160,6 @@ TEST(ControllerVote, NothingIsHandedOnBeforeInitialisationOrWithoutIntake) {
     EXPECT_TRUE(d.intake.records.empty());
 }
 
-TEST(Crowd, EveryKeypadAnswersOnceAndTheSameSeedGivesTheSameAnswers) {
-    DriverWorld d({kBase1}, 40);
-    d.singleDigit(4);
-    d.g2().StartVote();
-    ASSERT_TRUE(d.sim().crowd(kBase1, 30, "1,2,3,4", 10));
-    d.settle(4000);
-    ASSERT_EQ(d.intake.records.size(), 30u);
-    for (const auto& v : d.intake.votes()) EXPECT_TRUE(v == "1" || v == "2" || v == "3" || v == "4") << v;
-    EXPECT_EQ(d.station().keypadBySid(30)->display, d.station().vote.VoteText);
-
-    // The same seed gives the same answers.
-    DriverWorld e({kBase1}, 40);
-    e.singleDigit(4);
-    e.g2().StartVote();
-    e.sim().crowd(kBase1, 30, "1234", 10);
-    e.settle(4000);
-    EXPECT_EQ(e.intake.votes(), d.intake.votes());
-}
-
 TEST(VoteDelivery, TheVoteCarriesTheTimeTheBaseTookItNotTheTimeItArrived) {
     DriverWorld d;
     d.singleDigit();

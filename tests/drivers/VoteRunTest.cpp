@@ -151,20 +151,14 @@ TEST(VoteOps, WithNoBaseConnectedEverythingCompletesQuietly) {
 TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingAndDropsAPreload) {
     DriverWorld d;
     GlobalState& g = d.glo();
-    g.voteType = "SINGLEDIGIT";
-    g.questionTextShort = "Q";
-    g.voteText = "V";
-    g.voteEndedText = "E";
-    g.prevoteText = "P";
-    g.answerText = "A";
-    g.validAnswers = "1,2";
-    g.optionCount = 4;
-    g.startFrom = 1;
-    g.kelvarinDisplay = 1;
-    g.allocation = 5;
-    g.limits = 6;
-    g.points = 7;
-    g.kvpOptions = 8;
+    const std::vector<std::string*> texts = {&g.questionTextShort, &g.voteText,   &g.voteEndedText,
+                                             &g.prevoteText,       &g.answerText, &g.validAnswers};
+    const std::vector<std::int16_t*> shorts = {&g.optionCount, &g.startFrom, &g.kelvarinDisplay};
+    const std::vector<std::int32_t*> longs = {&g.allocation, &g.limits, &g.points, &g.kvpOptions};
+    d.singleDigit();
+    for (std::string* t : texts) *t = "1,2";
+    for (std::int16_t* n : shorts) *n = 4;
+    for (std::int32_t* n : longs) *n = 5;
     d.g2().StartVote();
     d.g2().EndVote(true, false);
     EXPECT_EQ(g.voteType, "SINGLEDIGIT");  // kept unless asked
@@ -172,11 +166,8 @@ TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingAndDropsAPreload) {
     d.g2().SilentLoadVoteConfig(4);
     d.g2().EndVote(true, true);
     EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);  // the preload goes too
-    for (const std::string* t : {&g.voteType, &g.questionTextShort, &g.voteText, &g.voteEndedText, &g.prevoteText,
-                                 &g.answerText, &g.validAnswers})
-        EXPECT_EQ(*t, "");
-    EXPECT_EQ(g.optionCount, 0);
-    EXPECT_EQ(g.startFrom, 0);
-    EXPECT_EQ(g.kelvarinDisplay, 0);
-    EXPECT_EQ(g.allocation + g.limits + g.points + g.kvpOptions, 0);
+    EXPECT_EQ(g.voteType, "");
+    for (const std::string* t : texts) EXPECT_EQ(*t, "");
+    for (const std::int16_t* n : shorts) EXPECT_EQ(*n, 0);
+    for (const std::int32_t* n : longs) EXPECT_EQ(*n, 0);
 }
