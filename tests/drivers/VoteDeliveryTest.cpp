@@ -63,25 +63,6 @@ TEST(VoteDelivery, EventsComeInOrderAndCarryTheBaseAndRegistryNumber) {
     EXPECT_EQ(entry->signal, -45);
 }
 
-TEST(VoteDelivery, MicrophoneRequestsAndWithdrawalsWhileRequestsAreOn) {
-    DriverWorld d;
-    std::vector<std::string> mics;
-    d.g2().MicRequest.connect([&](const KelvarinVote& v, const std::string& base, bool startNow) {
-        mics.push_back(v.VoteReplyData + "@" + base + (startNow ? " now" : ""));
-    });
-    EXPECT_FALSE(d.sim().micRequest(kBase1, 3, false));  // nothing open yet
-    d.g2().StartAudioRequests("0,11");
-    EXPECT_TRUE(d.sim().micRequest(kBase1, 3, false));
-    d.settle();
-    EXPECT_TRUE(d.sim().micRequest(kBase1, 3, true));
-    d.settle();
-    EXPECT_FALSE(d.sim().press(kBase1, 3, "2"));  // only the request keys count
-    EXPECT_EQ(mics, (std::vector<std::string>{"0@0", "*@0"}));
-    d.g2().EndAudioRequests();
-    EXPECT_FALSE(d.station().voteOpen);
-    EXPECT_FALSE(d.g2().audioRequestsOn());
-}
-
 TEST(VoteDelivery, KeypadsVoteOnlyWhileAVoteIsOpenAndAsItsTypeAllows) {
     DriverWorld d;
     EXPECT_FALSE(d.sim().press(kBase1, 1, "1"));
@@ -174,20 +155,28 @@ TEST(VoteDelivery, TheVoteCarriesTheTimeTheBaseTookItNotTheTimeItArrived) {
     EXPECT_GT(d.w.scheduler.now().secondsSinceMidnight() - d.intake.records[0].time, 2.9);
 }
 
-TEST(VoteDelivery, APresenterKeypadsRequestIsAMicRequestLikeAnyOther) {
+TEST(VoteDelivery, MicrophoneRequestsAndWithdrawalsWhileRequestsAreOnAPresentersLikeAnyOther) {
     DriverWorld d({kBase1}, 5, false);
     d.station().setup.keypads.push_back(simDevice("300199901", 99, DeviceKind::Presenter));
     d.start();
     ASSERT_EQ(d.g2().GetFirstPresentersHID(), "300199901");
     std::vector<std::string> mics, presenterMics;
-    d.g2().MicRequest.connect(
-        [&](const KelvarinVote& v, const std::string&, bool now) { mics.push_back(v.HID + (now ? " now" : "")); });
+    d.g2().MicRequest.connect([&](const KelvarinVote& v, const std::string& base, bool startNow) {
+        mics.push_back(v.HID + " " + v.VoteReplyData + "@" + base + (startNow ? " now" : ""));
+    });
     d.g2().PresenterMicRequest.connect(
         [&](const KelvarinVote& v, const std::string&, bool) { presenterMics.push_back(v.HID); });
+    EXPECT_FALSE(d.sim().micRequest(kBase1, 3, false));  // nothing open yet
     d.g2().StartAudioRequests("0,11");
-    ASSERT_TRUE(d.sim().micRequest(kBase1, 99, false));
-    ASSERT_TRUE(d.sim().micRequest(kBase1, 2, false));
+    EXPECT_TRUE(d.sim().micRequest(kBase1, 3, false));
     d.settle();
-    EXPECT_EQ(mics, (std::vector<std::string>{"300199901", "300100002"}));
+    EXPECT_TRUE(d.sim().micRequest(kBase1, 3, true));
+    ASSERT_TRUE(d.sim().micRequest(kBase1, 99, false));
+    d.settle();
+    EXPECT_FALSE(d.sim().press(kBase1, 3, "2"));  // only the request keys count
+    EXPECT_EQ(mics, (std::vector<std::string>{"300100003 0@0", "300100003 *@0", "300199901 0@0"}));
     EXPECT_TRUE(presenterMics.empty());
+    d.g2().EndAudioRequests();
+    EXPECT_FALSE(d.station().voteOpen);
+    EXPECT_FALSE(d.g2().audioRequestsOn());
 }
