@@ -30,11 +30,19 @@ TEST(RegistryText, MalformedEntriesAreSkipped) {
     EXPECT_EQ(registryKey("300 100 007"), "K:300100007");
 }
 
-TEST(Registry, AReadFillsTheLocalCopyAndTheKeypadLimits) {
+TEST(Registry, AReadFillsTheLocalCopyAndTheKeypadLimitsAndTheReadLogSavesASecondRead) {
     DriverWorld d;
+    EXPECT_EQ(d.g2().registryReadLog(), "|100100100100");
+    const int reads = d.station().callCount("GetRegistry");
+    d.g2().GetRegistry("0", false);  // read at start-up: not again
+    EXPECT_EQ(d.station().callCount("GetRegistry"), reads);
     setRegistry(d.station(), {{"100", 1}, {"101", 2}, {"102;9", 3}});  // the last reads "102;9;3"
     d.g2().ResetBaseGetRegistryLog();
+    EXPECT_EQ(d.g2().registryReadLog(), "");
     EXPECT_EQ(d.g2().GetRegistry("0", false), 0);
+    EXPECT_EQ(d.station().callCount("GetRegistry"), reads + 1);
+    EXPECT_EQ(d.g2().registryReadLog(), "|100100100100");
+    EXPECT_FALSE(d.g2().registryReading());
     const auto& reg = d.g2().localRegistry(0);
     ASSERT_EQ(reg.size(), 2u);
     EXPECT_EQ(reg.keyAt(0), "K:100");
@@ -45,26 +53,11 @@ TEST(Registry, AReadFillsTheLocalCopyAndTheKeypadLimits) {
     EXPECT_TRUE(d.g2().logged(" - GetKeypadRegistry:0 secs - 0"));
 
     setRegistry(d.station(), {});
-    EXPECT_EQ(d.g2().GetRegistry("0", true), 0);
+    EXPECT_EQ(d.g2().GetRegistry(kBase1, true), 0);  // forced; the serial number names the base too
+    EXPECT_EQ(d.station().callCount("GetRegistry"), reads + 2);
     EXPECT_EQ(d.g2().localRegistry(0).size(), 0u);
     EXPECT_EQ(d.g2().baseTable()[0].lowestKeypad, 0);
     EXPECT_EQ(d.g2().baseTable()[0].highestKeypad, 0);
-}
-
-TEST(Registry, TheReadLogSavesASecondReadUntilItIsReset) {
-    DriverWorld d;
-    EXPECT_EQ(d.g2().registryReadLog(), "|100100100100");
-    const int reads = d.station().callCount("GetRegistry");
-    d.g2().GetRegistry("0", false);
-    EXPECT_EQ(d.station().callCount("GetRegistry"), reads);
-    d.g2().GetRegistry("0", true);
-    EXPECT_EQ(d.station().callCount("GetRegistry"), reads + 1);
-    d.g2().ResetBaseGetRegistryLog();
-    EXPECT_EQ(d.g2().registryReadLog(), "");
-    d.g2().GetRegistry(kBase1, false);  // the serial number names the base too
-    EXPECT_EQ(d.station().callCount("GetRegistry"), reads + 2);
-    EXPECT_EQ(d.g2().registryReadLog(), "|100100100100");
-    EXPECT_FALSE(d.g2().registryReading());
 }
 
 TEST(Registry, AFailedReadKeepsTheCopyAndSaysSo) {
