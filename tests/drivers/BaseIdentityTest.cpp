@@ -1,6 +1,5 @@
-// Every base is known by its row in the port file: with bases of all three generations at
-// once, or with a configured base missing, each vote gets its own base's offset and limit,
-// and errors name the base that had them.
+// Every base is known by its row in the port file, never by its slot in its driver (the bus
+// test over mixed bases shows each base's offset and errors end to end).
 #include <gtest/gtest.h>
 
 #include "DriverWorld.h"
@@ -23,22 +22,10 @@ struct MixedWorld {
     explicit MixedWorld(const std::vector<PortEntry>& rows) : drivers(w.useSimBases()) {
         w.addSimBase(kG2, 10, "KELVARIN COREHUB G2", 300100001);
         w.addSimBase(kG1, 10, "KELVARIN COREHUB G1", 300200001);
-        SimBaseSpec v3;
-        v3.type = "KELVARIN BASE V3";
-        v3.connection = SimConnection::Serial;
-        v3.serialPort = 5;
-        for (int k = 1; k <= 10; ++k) {
-            SimKeypad kp;
-            kp.hid = std::to_string(500 + k);
-            kp.sid = k;
-            v3.keypads.push_back(kp);
-        }
-        w.baseLibrary.addBase(v3);
+        w.baseLibrary.addBase(serialBase(5, 10, 501));
         w.writePortFile(rows);
         w.start();
         w.main().FromCtrlForm.connect([this](const std::string& s) { sent += s; });
-        w.main().FromCtrlFormBaseStationError.connect(
-            [this](int base, const std::string& text) { errors.emplace_back(base, text); });
         w.scheduler.advance(100);
         w.glo().voteType = "SINGLEDIGIT";
         w.glo().startFrom = 1;
@@ -57,29 +44,9 @@ struct MixedWorld {
     TestWorld w;
     KelvarinDrivers& drivers;
     std::string sent;
-    std::vector<std::pair<int, std::string>> errors;
 };
 
 }  // namespace
-
-TEST(BaseIdentity, G1G2AndV3TogetherEachKeepTheirOwnOffset) {
-    MixedWorld m({{kG1, "KELVARIN COREHUB G1", 1, 10, false, 0, 0},
-                  {kG2, "KELVARIN COREHUB G2", 1, 10, false, 0, 100},
-                  {"5", "KELVARIN BASE V3", 1, 10, false, 0, 200}});
-    // Both Corehub drivers hold their base in their first slot; that is not who they are.
-    ASSERT_EQ(m.drivers.oKVv5()->connectedCount(), 1);
-    ASSERT_EQ(m.drivers.oKVv4()->connectedCount(), 1);
-    EXPECT_EQ(m.drivers.oKVv5()->baseText(1), "1");
-    EXPECT_EQ(m.drivers.oKVv4()->baseText(1), "0");
-    m.startVotes();
-    m.press(kG2, 5, "1");
-    m.press(kG1, 5, "2");
-    m.press("5", 5, "3");
-    m.press(kG2, 10, "4");
-    m.press(kG1, 10, "4");
-    EXPECT_EQ(m.sent, "[105;1],[5;2],[205;3],[110;4],[10;4],");
-    EXPECT_FALSE(m.w.logged("NOT SENT"));
-}
 
 TEST(BaseIdentity, TheFirstConfiguredBaseAbsentMovesNobodyElse) {
     MixedWorld m({{kAbsent, "KELVARIN COREHUB G1", 1, 10, false, 0, 0},
@@ -98,24 +65,6 @@ TEST(BaseIdentity, TheFirstConfiguredBaseAbsentMovesNobodyElse) {
     EXPECT_EQ(m.sent, "[107;2],[207;3],");
     EXPECT_TRUE(m.w.logged(" - TX - NOT SENT: [3;1],"));
     EXPECT_TRUE(m.w.logged(" - XX - MAX KPAD NUM: 0"));
-}
-
-TEST(BaseIdentity, ErrorsAndTheirQuietTimeBelongToTheBaseNotItsSlot) {
-    MixedWorld m({{kG1, "KELVARIN COREHUB G1", 1, 10},
-                  {kG2, "KELVARIN COREHUB G2", 1, 10},
-                  {"5", "KELVARIN BASE V3", 1, 10}});
-    const auto before = m.w.tray.balloons.size();
-    m.w.baseLibrary.alternateBase(kG2);
-    m.w.baseLibrary.alternateBase(kG1);  // slot 1 of the other driver: a base of its own
-    m.w.scheduler.advance(100);
-    ASSERT_EQ(m.w.tray.balloons.size(), before + 2);
-    EXPECT_EQ(m.w.tray.balloons[before].text, "Base Station 100 100 100 100\r\nAlternate base on same channel");
-    EXPECT_EQ(m.w.tray.balloons[before + 1].text, "Base Station 100 100 100 200\r\nAlternate base on same channel");
-    ASSERT_EQ(m.errors.size(), 2u);
-    EXPECT_EQ(m.errors[0].first, 1);
-    EXPECT_EQ(m.errors[1].first, 0);
-    EXPECT_TRUE(m.drivers.oKVv5()->logged("1 - Error Event - Code:10"));
-    EXPECT_TRUE(m.drivers.oKVv4()->logged("0 - Error Event - Code:10"));
 }
 
 TEST(BaseIdentity, MembersTakeTheIdentityOrTheSerialNumberNeverTheSlot) {

@@ -8,6 +8,7 @@
 #include "core/MainForm.h"
 #include "drivers/KelvarinDrivers.h"
 #include "drivers/PrioritizerDriver.h"
+#include "support/DriverTestWorld.h"
 #include "support/TestWorld.h"
 
 namespace tlx::test {

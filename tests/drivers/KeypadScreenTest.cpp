@@ -79,18 +79,8 @@ TEST(KeypadScreen, AWholeVoteAsTheKeypadsShowIt) {
     EXPECT_EQ(s.screen(99), "<Keypad 99 is not registered on base 100100100100>");
 }
 
-TEST(KeypadScreen, TheVotesOwnTextsWinAndTheRequestPromptsShowWithoutAPrevote) {
+TEST(KeypadScreen, TheRequestPromptsShowWithoutAPrevote) {
     ScreenWorld s;
-    s.glo().prevoteText = "Colours next";
-    s.glo().voteText = "Thank you";
-    s.g2().StartVote();
-    EXPECT_EQ(s.screen(1), "Colours next");
-    s.after(1000);
-    ASSERT_TRUE(s.sim().press(kBase1, 1, "1"));
-    s.after(s.sim().eventDelayMs);
-    EXPECT_EQ(s.screen(1), "Thank you");
-    s.g2().EndVote(true, false);
-
     s.g2().StartAudioRequests("0,11");  // the prompts: no prevote, no "sending" text
     EXPECT_EQ(s.screen(2), "  Press 0 to||  request mic");
     ASSERT_TRUE(s.sim().micRequest(kBase1, 2, false));

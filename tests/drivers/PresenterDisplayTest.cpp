@@ -15,10 +15,7 @@ const std::string kPresenter = "300199901";
 // A started world whose base 1 has a presenter keypad.
 struct PresenterWorld : DriverWorld {
     PresenterWorld() : DriverWorld({kBase1}, 20, false) {
-        SimKeypad p;
-        p.hid = kPresenter;
-        p.kind = DeviceKind::Presenter;
-        station().setup.keypads.push_back(p);
+        station().setup.keypads.push_back(simDevice(kPresenter, 0, DeviceKind::Presenter));
         start();
     }
     std::vector<int> command(int command, int source = 0, int value = 0) {
@@ -32,23 +29,6 @@ struct PresenterWorld : DriverWorld {
 };
 }  // namespace
 
-TEST(DisplayTexts, DefaultsAsTheKeypadsShowThem) {
-    const KeypadDisplayTexts t;
-    EXPECT_EQ(t.PrevoteText, "UNUSED");
-    EXPECT_EQ(t.PrevoteTextTime, 30);
-    EXPECT_FALSE(t.TextVotePauseEnabled);
-    EXPECT_EQ(t.VoteEndText, "   Vote Ended");
-    EXPECT_EQ(t.SignalLostDuringVoteText, t.SignalLostDuringTransmitText);
-    EXPECT_EQ(t.SignalLostDuringTransmitTextTime, 50);
-    EXPECT_EQ(t.WinningKeypadLedEffect, 1);
-    EXPECT_EQ(t.KeypadPrompt02, "    Request||   Submitted");
-    EXPECT_EQ(displayLines(t.VoteSuccessText),
-              (std::vector<std::string>{"Vote Submitted", "", "", "   Press 10", "  to  revote"}));
-    EXPECT_EQ(displayLines(t.VoteFailedText), (std::vector<std::string>{"**Vote Failed**", "", "Please try again"}));
-    EXPECT_STREQ(singleline::kVoteSuccess, "Vote Submitted                Change vote?");
-    EXPECT_STREQ(singleline::kSignalLostDuringVote, singleline::kSignalLostDuringTransmit);
-}
-
 TEST(DisplayTexts, SettingsOverrideTheDefaultsInEitherFileForm) {
     TempDir dir;
     writeFile(dir / "new.ini",
@@ -61,18 +41,12 @@ TEST(DisplayTexts, SettingsOverrideTheDefaultsInEitherFileForm) {
     EXPECT_EQ(t.VoteEndTextTime, 15);
     EXPECT_TRUE(t.TextVotePauseEnabled);
     EXPECT_EQ(t.KeypadPrompt01, "Mic?");
-    EXPECT_EQ(t.PrevoteText, "UNUSED");
-    // The 22 default labels, in index order.
-    EXPECT_EQ(PresenterMenu().menuText(),
-              "   Next|   Back|    Up|   Down|   Home|   End| GoTo [x]|Start Vote|  Revote|Pause Vote|  Resume| Vol Up|"
-              " Vol Down| Vol Mute|Show Audio|Hide Audio|Mic Active|Kpads Off|FindMe On|FindMe Off|Search|Search All");
+    EXPECT_EQ(t.PrevoteText, "UNUSED");  // what the file does not set keeps its default
     PresenterMenu m;
     m.load(dir / "new.ini");
     EXPECT_EQ(m.labels[0], "Forward");
     EXPECT_EQ(m.labels[5], "Last");
-    EXPECT_EQ(m.labels[10], "  Resume");
-    EXPECT_EQ(m.labels[16], "Mic Active");
-    EXPECT_EQ(m.value1, 20);
+    EXPECT_EQ(m.labels[10], "  Resume");  // a label without a setting key
 
     writeFile(dir / "old.ini", "DETECTOR STATUS,0\r\nVOTE END TEXT,Done\r\nVOTE FAILED TEXT TIME,x\r\n");
     KeypadDisplayTexts o;
@@ -82,24 +56,6 @@ TEST(DisplayTexts, SettingsOverrideTheDefaultsInEitherFileForm) {
     KeypadDisplayTexts missing;
     missing.load(dir / "none.ini");
     EXPECT_EQ(missing.VoteEndText, "   Vote Ended");
-}
-
-TEST(DisplayTexts, PresenterMenuLabelsAndKeys) {
-    const PresenterMenu m;
-    EXPECT_EQ(m.labels.size(), 22u);
-    EXPECT_EQ(m.labels[6], " GoTo [x]");
-    EXPECT_EQ(m.labels[21], "Search All");
-    EXPECT_STREQ(PresenterMenu::settingKey(6), "GOTO SLIDE X");
-    EXPECT_STREQ(PresenterMenu::settingKey(10), "");
-    EXPECT_STREQ(PresenterMenu::settingKey(20), "KEYPADS STRONGEST SIG SEARCH SESSION");
-    EXPECT_TRUE(startsWith(m.menuText(), "   Next|   Back|    Up|"));
-}
-
-TEST(DisplayTexts, TheDriverReadsTheSettingsFileAtLoad) {
-    DriverWorld d({kBase1}, 5, false);
-    d.w.writeSettings("KELVARIN CORE HUB OPTIONS", "WINNING KEYPAD MAIN MESSAGE", "** CHAMPION **");
-    d.start();
-    EXPECT_EQ(d.g2().displayTexts().WinningKeypadMainMessage, "** CHAMPION **");
 }
 
 TEST(DisplayTexts, EachKeyComesFromItsSectionOfThePerUserFileThenTheSharedOne) {
@@ -123,17 +79,13 @@ TEST(DisplayTexts, EachKeyComesFromItsSectionOfThePerUserFileThenTheSharedOne) {
     EXPECT_EQ(d.g2().presenterMenu().labels[4], "Start");
     EXPECT_EQ(d.station().vote.VoteEndedText, "User end");
     EXPECT_EQ(d.station().vote.VotedText, "Shared sending");
-
-    // The controller's options are read the same way.
-    Options o;
-    d.w.c().settings.loadOptions(o);
-    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTE END TEXT"), "User end");
-    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTED TEXT"), "Shared sending");
-    EXPECT_EQ(o.text(section::kAudioOptions, "KEYPAD PROMPT 02"), "Shared prompt");
 }
 
-TEST(DisplayTexts, ASettingChangedAfterStartUpReachesTheNextVoteAndTheWinner) {
-    DriverWorld d({kBase1}, 5);
+TEST(DisplayTexts, ReadAtLoadAndAgainSoAChangeReachesTheNextVoteAndTheWinner) {
+    DriverWorld d({kBase1}, 5, false);
+    d.w.writeSettings("KELVARIN CORE HUB OPTIONS", "WINNING KEYPAD MAIN MESSAGE", "** CHAMPION **");
+    d.start();
+    EXPECT_EQ(d.g2().displayTexts().WinningKeypadMainMessage, "** CHAMPION **");
     d.singleDigit();
     d.w.writeSettings("KELVARIN CORE HUB OPTIONS", "VOTE SUCCESS TEXT", "Thanks!");
     d.w.writeSettings("KELVARIN CORE HUB OPTIONS", "WINNING KEYPAD MAIN MESSAGE", "CHAMP");
@@ -145,19 +97,12 @@ TEST(DisplayTexts, ASettingChangedAfterStartUpReachesTheNextVoteAndTheWinner) {
 
 TEST(PresenterKeypad, TheMenuLabelsGoToThePresenterWhenItRegistersAndTheGoToMenuAsGiven) {
     DriverWorld d({kBase1}, 5, false);
-    SimKeypad p;
-    p.hid = kPresenter;
-    p.kind = DeviceKind::Presenter;
-    d.station().setup.keypads.push_back(p);
+    d.station().setup.keypads.push_back(simDevice(kPresenter, 0, DeviceKind::Presenter));
     d.w.writeSettings("KELVARIN CORE HUB PRESENTER TEXT", "NEXT SLIDE", "Forward");
     d.start();  // the presenter announces itself once the radio is up
     EXPECT_EQ(d.station().presenterLabelsHid, kPresenter);
     const auto& labels = d.station().presenterLabels.Labels;
     EXPECT_EQ(labels[0], "Forward");
-    EXPECT_EQ(labels[10], "  Resume");
-    EXPECT_EQ(labels[21], "Search All");
-    EXPECT_EQ(d.station().presenterLabels.Value1, 20);
-    EXPECT_EQ(d.station().presenterLabels.Value2, 20);
     EXPECT_TRUE(d.g2().logged("0 - Corehub g2:   SetPresenterMenu = 0"));
 
     d.g2().SetPresenterGotoMenu("Exit|1:Welcome|2:Slide 2");
@@ -181,47 +126,38 @@ TEST(WinningKeypad, ShownThroughEveryBaseOrReportedWhenUnknown) {
     EXPECT_TRUE(d.g2().logged("0 - Show Winning Keypad FAILED - 11: ACK time out"));
 }
 
-TEST(PresenterKeypad, KeysBecomeKeyStrokesAndEchoes) {
+TEST(PresenterKeypad, KeysMenuAndGoToBecomeKeyStrokesAndEchoesThatDisplayProgramsChange) {
     PresenterWorld p;
     ASSERT_EQ(p.g2().GetFirstPresentersHID(), kPresenter);
-    EXPECT_EQ(p.command(3), std::vector<int>{vk::V});
-    EXPECT_EQ(p.echo(), "Start Vote");
+    struct Row {
+        const char* runs;  // a display program started before this command
+        int command, source, value;
+        std::vector<int> keys;
+        const char* echo;
+    };
+    const int menu = kPresenterMenuSource;
+    const Row rows[] = {
+        {"", 3, 0, 0, {vk::V}, "Start Vote"},
+        {"", 1, 0, 0, {vk::PageDown}, "Next"},
+        {"", 2, 0, 0, {vk::PageUp}, "Back"},
+        {"", 5, 0, 0, {vk::End}, "    End"},
+        {"", 10, 0, 0, {vk::VolumeDown}, "Volume Down"},
+        {"", 77, 0, 0, {}, "Volume Down"},  // not in the key map
+        {"", 0, kPresenterGotoSource, 12, {'1', '2', vk::Enter}, "GoTo 12"},
+        {"", 0, menu, 0, {vk::F5}, "Start Show"},
+        {"", 2, menu, 0, {vk::B}, "Blank"},
+        {"", 3, menu, 0, {vk::V}, "Revote"},
+        {"", 9, menu, 0, {}, "Revote"},
+        {"chartist.exe", 1, 0, 0, {vk::Space}, "Close Vote"},
+        {"GRIDDER.EXE", 1, 0, 0, {vk::Enter}, "Close Vote"},  // the matrix program is tested first; no echo
+        {"", 3, 0, 0, {vk::Clear}, "Start Vote"},
+    };
+    for (const Row& r : rows) {
+        if (*r.runs) p.w.desktop.addProcess(r.runs);
+        EXPECT_EQ(p.command(r.command, r.source, r.value), r.keys) << r.command << " from " << r.source;
+        EXPECT_EQ(p.echo(), r.echo) << r.command << " from " << r.source;
+    }
     EXPECT_TRUE(p.g2().logged("Presneter Cmd Rx: command=3,commandSource=0"));
-    EXPECT_EQ(p.command(1), std::vector<int>{vk::PageDown});
-    EXPECT_EQ(p.echo(), "Next");
-    EXPECT_EQ(p.command(2), std::vector<int>{vk::PageUp});
-    EXPECT_EQ(p.echo(), "Back");
-    EXPECT_EQ(p.command(5), std::vector<int>{vk::End});
-    EXPECT_EQ(p.echo(), "    End");
-    EXPECT_EQ(p.command(10), std::vector<int>{vk::VolumeDown});
-    EXPECT_EQ(p.echo(), "Volume Down");
-    EXPECT_TRUE(p.command(77).empty());  // not in the key map
-    EXPECT_EQ(p.echo(), "Volume Down");
-}
-
-TEST(PresenterKeypad, DisplayProgramsChangeTheirKeys) {
-    PresenterWorld p;
-    p.w.desktop.addProcess("chartist.exe");
-    EXPECT_EQ(p.command(1), std::vector<int>{vk::Space});
-    EXPECT_EQ(p.echo(), "Close Vote");
-    p.w.desktop.addProcess("GRIDDER.EXE");  // the matrix program is tested first
-    EXPECT_EQ(p.command(1), std::vector<int>{vk::Enter});
-    EXPECT_EQ(p.echo(), "Close Vote");  // no echo this time
-    EXPECT_EQ(p.command(3), std::vector<int>{vk::Clear});
-    EXPECT_EQ(p.echo(), "Start Vote");
-}
-
-TEST(PresenterKeypad, MenuGoToAndDirectCommands) {
-    PresenterWorld p;
-    EXPECT_EQ(p.command(0, kPresenterGotoSource, 12), (std::vector<int>{'1', '2', vk::Enter}));
-    EXPECT_EQ(p.echo(), "GoTo 12");
-    EXPECT_EQ(p.command(0, kPresenterMenuSource), std::vector<int>{vk::F5});
-    EXPECT_EQ(p.echo(), "Start Show");
-    EXPECT_EQ(p.command(2, kPresenterMenuSource), std::vector<int>{vk::B});
-    EXPECT_EQ(p.echo(), "Blank");
-    EXPECT_EQ(p.command(3, kPresenterMenuSource), std::vector<int>{vk::V});
-    EXPECT_EQ(p.echo(), "Revote");
-    EXPECT_TRUE(p.command(9, kPresenterMenuSource).empty());
 
     int toggles = 0;
     p.g2().ToggleAudioDialog.connect([&] { ++toggles; });
@@ -230,7 +166,6 @@ TEST(PresenterKeypad, MenuGoToAndDirectCommands) {
     const int reads = p.station().callCount("GetKeypadConfig");
     p.command(139);
     EXPECT_EQ(p.station().callCount("GetKeypadConfig"), reads + 1);
-
     EXPECT_EQ(p.g2().SetPresenterEchoMessage("Hello"), 0);
     EXPECT_EQ(p.echo(), "Hello");
 }

@@ -19,30 +19,6 @@ struct SettingsWorld {
 };
 }  // namespace
 
-TEST(SessionSettings, MissingDefaultsFileGivesTheBuiltInDefaults) {
-    SettingsWorld s;
-    auto& f = *s.form;
-    f.txtChannel = "12";
-    f.cmdLoadDefault();
-    ASSERT_EQ(s.w.dialogs.shown.size(), 1u);
-    EXPECT_EQ(s.w.dialogs.shown[0].title, "Load Default Confirm");
-    EXPECT_EQ(s.w.dialogs.shown[0].text, "Load in settings with default values?");
-    EXPECT_EQ(f.txtChannel, "69");
-    EXPECT_EQ(f.txtSessionChannel[5], "24");
-    EXPECT_EQ(f.txtSessionChannel[7], "69");
-    EXPECT_EQ(f.txtSessionChannel[8], "77");
-    EXPECT_EQ(f.txtID, "1");
-    EXPECT_EQ(f.txtName, "tallix Session");
-    EXPECT_EQ(f.cmbRegistryMode, 1);
-    EXPECT_TRUE(f.chkAutoScanEnabled);
-    EXPECT_FALSE(f.chkScanAllChannels);
-    EXPECT_EQ(f.txtAutoOffKeyPress, "500");
-    EXPECT_EQ(f.txtAutoOffNoSignal, "30");
-    EXPECT_EQ(f.txtVoteSleepTimer, "2");
-    EXPECT_EQ(f.txtPacketRetryCount, "20");
-    EXPECT_FALSE(f.chkHighNoiseMode);
-}
-
 TEST(SessionSettings, NumbersAreReadThroughTheSharedReader) {
     SettingsWorld s;
     writeFile(s.file(), "[POWER SAVE]\r\nAUTO OFF NO KEYPRESS=1,000\r\n[ENVIRONMENTAL]\r\nPACKET RETRY COUNT=abc\r\n"
@@ -54,9 +30,13 @@ TEST(SessionSettings, NumbersAreReadThroughTheSharedReader) {
     EXPECT_EQ(s.form->txtSessionChannel[1], "1");
 }
 
-TEST(SessionSettings, SavingAsksAndRoundTrips) {
+TEST(SessionSettings, LoadingWithoutAFileGivesTheBuiltInsAndSavingAsksAndRoundTrips) {
     SettingsWorld s;
     auto& f = *s.form;
+    f.txtName.clear();
+    f.cmdLoadDefault();
+    EXPECT_EQ(s.w.dialogs.shown.back().text, "Load in settings with default values?");
+    EXPECT_EQ(f.txtName, "tallix Session");
     f.txtName = "Hall B";
     f.txtSessionChannel[3] = "11";
     f.chkHighNoiseMode = true;
@@ -79,23 +59,6 @@ TEST(SessionSettings, SavingAsksAndRoundTrips) {
     EXPECT_EQ(f.txtName, "Hall B");
     EXPECT_EQ(f.txtSessionChannel[3], "11");
     EXPECT_TRUE(f.chkHighNoiseMode);
-}
-
-TEST(SessionSettings, AdvancedButtonAndStaticRegistryFields) {
-    SettingsWorld s;
-    auto& f = *s.form;
-    EXPECT_EQ(f.cmdAdvancedOptionsCaption, ">>");
-    f.cmdAdvancedOptions();
-    EXPECT_EQ(f.cmdAdvancedOptionsCaption, "<<");
-    EXPECT_TRUE(f.advancedVisible);
-    f.cmdAdvancedOptions();
-    EXPECT_EQ(f.cmdAdvancedOptionsCaption, ">>");
-    EXPECT_FALSE(f.staticRegistryFieldsVisible());
-    f.cmbRegistryMode = 2;
-    EXPECT_EQ(frmPrioritizerSessionSettings::registryModes()[2], "Static");
-    EXPECT_TRUE(f.staticRegistryFieldsVisible());
-    f.cmbRegistryMode = 7;
-    EXPECT_FALSE(f.staticRegistryFieldsVisible());
 }
 
 TEST(SessionSettings, EditsABasesSession) {

@@ -11,19 +11,6 @@ const std::string kBase1 = "100100100100";
 const std::string kBase2 = "100100100200";
 }  // namespace
 
-TEST(StartVote, OpensTheVoteOnEveryBase) {
-    DriverWorld d({kBase1, kBase2});
-    d.singleDigit(4);
-    EXPECT_EQ(d.g2().StartVote(), 0);
-    EXPECT_TRUE(d.g2().voteRunning());
-    for (std::size_t i = 0; i < 2; ++i) {
-        EXPECT_TRUE(d.station(i).voteOpen);
-        EXPECT_EQ(d.station(i).vote.KeyMask, 15);
-    }
-    EXPECT_TRUE(d.g2().logged("0 - Start Live Vote - ovote.VoteType:9, oVote.VoteQuestionText:"));
-    EXPECT_TRUE(d.g2().logged("1 - Start Live Vote - ovote.VoteType:9"));
-}
-
 TEST(StartVote, AFailingBaseIsLoggedAndTheNextStillStarts) {
     DriverWorld d({kBase1, kBase2});
     d.singleDigit();
@@ -31,6 +18,9 @@ TEST(StartVote, AFailingBaseIsLoggedAndTheNextStillStarts) {
     EXPECT_EQ(d.g2().StartVote(), 8);
     EXPECT_FALSE(d.station(0).voteOpen);
     EXPECT_TRUE(d.station(1).voteOpen);
+    EXPECT_EQ(d.station(1).vote.KeyMask, 15);
+    EXPECT_TRUE(d.g2().voteRunning());
+    EXPECT_TRUE(d.g2().logged("1 - Start Live Vote - ovote.VoteType:9, oVote.VoteQuestionText:"));
     EXPECT_TRUE(d.g2().logged("0 - Start Vote FAILED - 8: TX Comms time out"));
     EXPECT_TRUE(d.w.logged(" - XX - 0 - Start Vote FAILED - 8: TX Comms time out"));
 }
@@ -66,11 +56,8 @@ TEST(SilentLoad, ARepeatedLoadConfiguresOnceAndOnlyTheFirstBaseBeginsIt) {
     EXPECT_TRUE(d.g2().logged("0 - Begin Live Vote - m_SilentVoteLoadedSlideNumber:3"));
     EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);
     EXPECT_TRUE(d.station(0).voteOpen && d.station(1).voteOpen);
-}
 
-TEST(SilentLoad, AFailedPrepareIsLoggedAsAStartFailure) {
-    DriverWorld d;
-    d.singleDigit();
+    // A failed preparation is logged as a failed start; the slide still counts as loaded.
     d.sim().fail(kBase1, "PrepareVote", 6);
     d.g2().SilentLoadVoteConfig(2);
     EXPECT_TRUE(d.g2().logged("0 - Start Vote FAILED - 6: TX Comms failed"));
@@ -102,41 +89,18 @@ TEST(PauseResume, OnlyActWhenThePauseSettingIsOn) {
     EXPECT_TRUE(d.g2().logged("0 - Resume Live Vote FAILED - 9: RX Comms time out"));
 }
 
-TEST(EndVote, EndedTextIsEmptyForARunningVoteAndABlankOtherwise) {
+TEST(EndVote, EndedTextIsEmptyForARunningVoteAndRequestsRestartUnlessToldOtherwise) {
     DriverWorld d;
+    d.glo().options.set(section::kAudioOptions, "AUDIO AUTO REQUESTS", "1");
     d.singleDigit();
     d.g2().EndVote(true, false);
-    EXPECT_EQ(d.station().lastEndedText, " ");
+    EXPECT_EQ(d.station().lastEndedText, " ");  // no vote running: a blank
     d.g2().StartVote();
-    d.g2().EndVote(true, false);
+    d.g2().EndVote(true, false);  // noAudio
     EXPECT_EQ(d.station().lastEndedText, "");
     EXPECT_FALSE(d.g2().voteRunning());
     EXPECT_FALSE(d.station().voteOpen);
     EXPECT_TRUE(d.g2().logged("0 - End Vote"));
-    EXPECT_EQ(d.glo().voteType, "SINGLEDIGIT");
-}
-
-TEST(EndVote, ClearSettingsEmptiesTheVoteSettingsAndDropsAPreload) {
-    DriverWorld d;
-    d.singleDigit();
-    d.glo().questionTextShort = "Q";
-    d.glo().voteText = "V";
-    d.glo().points = 5;
-    d.g2().SilentLoadVoteConfig(4);
-    d.g2().EndVote(true, true);
-    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);
-    EXPECT_EQ(d.glo().voteType, "");
-    EXPECT_EQ(d.glo().questionTextShort, "");
-    EXPECT_EQ(d.glo().voteText, "");
-    EXPECT_EQ(d.glo().points, 0);
-}
-
-TEST(EndVote, RestartsMicrophoneRequestsUnlessToldOtherwise) {
-    DriverWorld d;
-    d.glo().options.set(section::kAudioOptions, "AUDIO AUTO REQUESTS", "1");
-    d.singleDigit();
-    d.g2().StartVote();
-    d.g2().EndVote(true, false);  // noAudio
     EXPECT_FALSE(d.g2().audioRequestsOn());
     d.g2().EndVote(false, false);
     EXPECT_TRUE(d.g2().audioRequestsOn());
@@ -173,33 +137,26 @@ TEST(VoteOps, WithNoBaseConnectedEverythingCompletesQuietly) {
     EXPECT_EQ(g2->baseTable().size(), 0u);
 }
 
-TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingTheVoteIsBuiltFrom) {
+TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingAndDropsAPreload) {
     DriverWorld d;
     GlobalState& g = d.glo();
-    g.voteType = "SINGLEDIGIT";
-    g.questionTextShort = "Q";
-    g.voteText = "V";
-    g.voteEndedText = "E";
-    g.prevoteText = "P";
-    g.answerText = "A";
-    g.validAnswers = "1,2";
-    g.optionCount = 4;
-    g.startFrom = 1;
-    g.kelvarinDisplay = 1;
-    g.allocation = 5;
-    g.limits = 6;
-    g.points = 7;
-    g.kvpOptions = 8;
+    const std::vector<std::string*> texts = {&g.questionTextShort, &g.voteText,   &g.voteEndedText,
+                                             &g.prevoteText,       &g.answerText, &g.validAnswers};
+    const std::vector<std::int16_t*> shorts = {&g.optionCount, &g.startFrom, &g.kelvarinDisplay};
+    const std::vector<std::int32_t*> longs = {&g.allocation, &g.limits, &g.points, &g.kvpOptions};
+    d.singleDigit();
+    for (std::string* t : texts) *t = "1,2";
+    for (std::int16_t* n : shorts) *n = 4;
+    for (std::int32_t* n : longs) *n = 5;
     d.g2().StartVote();
     d.g2().EndVote(true, false);
     EXPECT_EQ(g.voteType, "SINGLEDIGIT");  // kept unless asked
     EXPECT_EQ(g.optionCount, 4);
+    d.g2().SilentLoadVoteConfig(4);
     d.g2().EndVote(true, true);
-    for (const std::string* t : {&g.voteType, &g.questionTextShort, &g.voteText, &g.voteEndedText, &g.prevoteText,
-                                 &g.answerText, &g.validAnswers})
-        EXPECT_EQ(*t, "");
-    EXPECT_EQ(g.optionCount, 0);
-    EXPECT_EQ(g.startFrom, 0);
-    EXPECT_EQ(g.kelvarinDisplay, 0);
-    EXPECT_EQ(g.allocation + g.limits + g.points + g.kvpOptions, 0);
+    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);  // the preload goes too
+    EXPECT_EQ(g.voteType, "");
+    for (const std::string* t : texts) EXPECT_EQ(*t, "");
+    for (const std::int16_t* n : shorts) EXPECT_EQ(*n, 0);
+    for (const std::int32_t* n : longs) EXPECT_EQ(*n, 0);
 }

@@ -29,9 +29,10 @@ public:
     }
     void settle(int ms = 100) { w.scheduler.advance(ms); }
     SimBaseStation& station(std::size_t i = 0) { return w.baseLibrary.station(i); }
-    // The last message box, "" when none was shown.
+    // The last message box, "" when none was shown; box() as "title: text".
     std::string lastText() const { return w.dialogs.shown.empty() ? "" : w.dialogs.shown.back().text; }
     std::string lastTitle() const { return w.dialogs.shown.empty() ? "" : w.dialogs.shown.back().title; }
+    std::string box() const { return lastTitle() + ": " + lastText(); }
 
     TestWorld w;
     KelvarinDrivers& drivers;
