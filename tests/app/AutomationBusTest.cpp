@@ -144,10 +144,6 @@ TEST_F(AutomationBus, InitArgumentsAndTheCurrentSlideWithoutItsTag) {
     a.call("init", {"C:\\decks\\show.pptx -NOPPT"});
     EXPECT_FALSE(w.glo().usePowerPoint);
     EXPECT_EQ(w.glo().commandLine, "C:\\decks\\show.pptx -NOPPT");
-    a.call("init", {""});  // an empty text leaves the command line alone
-    EXPECT_FALSE(w.glo().usePowerPoint);
-    a.call("init", {"-show"});
-    EXPECT_TRUE(w.glo().usePowerPoint);
 
     const QVariant slide = answerOf(a.call("CurrentSlide"));  // no "tlxCurrentSlide" tag
     EXPECT_EQ(slide.typeId(), QMetaType::Int);
@@ -316,7 +312,6 @@ TEST_F(AutomationBus, SimulationObjectsRelayToTheSimulationAndReportItsFailures)
     EXPECT_EQ(answerOf(screen).toString(), "Keypad 7|of 200200200200");
     EXPECT_EQ(errorOf(b("Screen", {"999", 7})), "org.freedesktop.DBus.Error.Failed: no simulated base 999");
 
-    EXPECT_EQ(errorOf(s("SlideTag", {12, "TLXVOTE"})), "org.freedesktop.DBus.Error.Failed: no slide 12");
     EXPECT_EQ(errorOf(s("GoTo", {0})), "org.freedesktop.DBus.Error.Failed: no slide 0");
     EXPECT_EQ(errorOf(b("Press", {"999", 1, "A"})), "org.freedesktop.DBus.Error.Failed: no simulated base 999");
     EXPECT_EQ(errorOf(s("Close")), "org.freedesktop.DBus.Error.Failed: Close failed: the program is not running");

@@ -48,7 +48,6 @@ TEST(VoteIntake, HighestKeypadOfTheBaseIsTheLimit) {
     w.flush();
     ASSERT_EQ(w.sent.size(), 1u);
     EXPECT_EQ(w.sent[0], "[40;1],");
-    const auto lines = w.logLines();
     EXPECT_TRUE(w.logged(" - TX - NOT SENT: [41;2],"));
     EXPECT_TRUE(w.logged(" - XX - KPADS ACTIVE: "));
     EXPECT_TRUE(w.logged(" - XX - MAX KPAD NUM: 40"));
