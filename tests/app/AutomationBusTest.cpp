@@ -264,11 +264,8 @@ TEST_F(AutomationBus, ASecondControllerIsToldTheNameIsTakenAndDoesNotStart) {
     EXPECT_EQ(server->servedElsewhere(), "");  // its own name is not somebody else's
 
     // The real program says so and exits before it initialises anything.
-    QProcessEnvironment env = bus.programEnvironment();
-    env.insert("APPDATA", QString::fromStdString(other.appData().string()));
-    env.insert("PROGRAMDATA", QString::fromStdString(other.programData().string()));
-    env.insert("TEMP", QString::fromStdString(other.temp().string()));
-    const ProgramRun run = runProgram(TLXCTRL_PATH, {"--headless", "--automation"}, env);
+    const ProgramRun run =
+        runProgram(TLXCTRL_PATH, {"--headless", "--automation"}, folderEnvironment(other, bus.programEnvironment()));
     ASSERT_TRUE(run.finished);
     EXPECT_EQ(run.exitCode, 3);
     EXPECT_NE(run.err.find("already served on the session bus by another controller"), std::string::npos) << run.err;

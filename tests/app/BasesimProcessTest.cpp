@@ -3,11 +3,9 @@
 // emulator; a display program on the bus hears the votes. The emulator is killed and restarted
 // in the middle of the vote.
 #include <gtest/gtest.h>
-#include <sys/prctl.h>
 
 #include <QProcess>
 #include <QTcpSocket>
-#include <csignal>
 #include <map>
 #include <regex>
 
@@ -27,13 +25,12 @@ const char* kUsbBase = "100100100100";
 class Emulator {
 public:
     explicit Emulator(const std::filesystem::path& world) : world_(world) {}
-    ~Emulator() { stop(); }
+    ~Emulator() { kill(); }
 
     // Starts on `port` (0: any free one) and returns the port it serves on, or 0.
     quint16 start(quint16 port = 0) {
         out_.clear();
-        p_ = std::make_unique<QProcess>();
-        p_->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+        p_ = std::make_unique<OwnedProcess>();
         p_->setProcessChannelMode(QProcess::MergedChannels);
         QObject::connect(p_.get(), &QProcess::readyRead, [this] { out_ += p_->readAll().toStdString(); });
         p_->start(TLX_BASESIM_PATH, {"--listen", QString("127.0.0.1:%1").arg(port), "--world",
@@ -43,13 +40,13 @@ public:
         if (!waitFor([&] { return std::regex_search(out_, m, listening); }, 20.0)) return 0;
         return static_cast<quint16>(std::stoi(m[1].str()));
     }
+    // Killed and waited for while p_ still serves its output slot.
     void kill() {
         if (!p_) return;
         p_->kill();
         p_->waitForFinished(5000);
         p_.reset();
     }
-    void stop() { kill(); }
     // Runs a control command and returns what the emulator said about it ("done" or why not).
     std::string command(const std::string& line) {
         const std::size_t from = out_.size();
@@ -66,7 +63,7 @@ public:
 
 private:
     std::filesystem::path world_;
-    std::unique_ptr<QProcess> p_;
+    std::unique_ptr<OwnedProcess> p_;
     std::string out_;
 };
 
@@ -111,15 +108,8 @@ protected:
         port = emulator.start();
         ASSERT_NE(port, 0) << emulator.output();
     }
-    void TearDown() override {
-        if (controller.state() != QProcess::NotRunning) {
-            controller.kill();
-            controller.waitForFinished(5000);
-        }
-    }
     void startController() {
         controller.setProcessEnvironment(env);
-        controller.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
         controller.setProcessChannelMode(QProcess::MergedChannels);
         QObject::connect(&controller, &QProcess::readyRead, [this] { log += controller.readAll().toStdString(); });
         controller.start(TLXCTRL_PATH, {"--headless", "--automation", "--sim", QString::fromStdString((dir / "sim.ini").string()),
@@ -139,8 +129,8 @@ protected:
     QProcessEnvironment env;
     Emulator emulator{dir / "world.ini"};
     quint16 port = 0;
-    QProcess controller;
-    std::string log;
+    std::string log;  // before the controller, whose output fills it to its last breath
+    OwnedProcess controller;
 };
 
 TEST_F(BasesimShow, VotesArriveOnceAndAfterTheEmulatorIsKilledAndRestartedTheBaseErrorThenVotesAgain) {

@@ -23,7 +23,12 @@ protected:
         v3.type = "KELVARIN BASE V3";
         v3.connection = SimConnection::Serial;
         v3.serialPort = 5;
-        for (int k = 1; k <= 10; ++k) v3.keypads.push_back(SimKeypad{.hid = std::to_string(500 + k), .sid = k});
+        for (int k = 1; k <= 10; ++k) {
+            SimKeypad kp;
+            kp.hid = std::to_string(500 + k);
+            kp.sid = k;
+            v3.keypads.push_back(kp);
+        }
         w.baseLibrary.addBase(v3);
         // Row 0 is a base that is not plugged in.
         w.writePortFile({{"100100100900", "KELVARIN COREHUB G1", 1, 10, false, 0, 0},

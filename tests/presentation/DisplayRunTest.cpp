@@ -271,9 +271,6 @@ TEST_F(Display, AMalformedVoteTagIsNamedAndNoVoteIsSent) {
         {"<VoteType>SINGLEDIGIT</VoteType><Options>x</Options>",
          "the TLXVOTE tag of slide 2 cannot be read: <Options> \"x\" is not an option count from 1 to 1000; no vote "
          "was sent"},
-        {"<VoteType>SINGLEDIGIT<Options>4</Options>",
-         "the TLXVOTE tag of slide 2 cannot be read: <VoteType> has no closing tag; text outside an element: "
-         "\"SINGLEDIGIT\"; no vote was sent"},
         {"SINGLEDIGIT",
          "the TLXVOTE tag of slide 2 cannot be read: text outside an element: \"SINGLEDIGIT\"; no vote was sent"},
         {"<Options>0</Options><Seconds>-5</Seconds>",

@@ -1,7 +1,7 @@
 // The road of a vote, in one process on virtual time: a deck with a vote slide, the show
 // begun through the automation class, V typed on the show, the quick-vote macro, a display
 // program that configures and starts the vote, keypads on two simulated bases, batches at
-// the display program, ENDVOTE, and the show moving on.
+// the display program, and ENDVOTE. (The show moving on ends a vote: WatcherTest and the bus test.)
 #include <gtest/gtest.h>
 
 #include "core/MainForm.h"
@@ -58,15 +58,6 @@ struct Road : TestWorld {
         return all;
     }
     bool voteOpen(std::size_t base) { return baseLibrary.station(base).voteOpen; }
-    // The show begun, on the vote slide, V typed: the display program opens the vote.
-    void openVoteFromTheShow() {
-        ASSERT_EQ(presentation.Begin(), "");
-        presentation.Next();
-        presentation.KeyDown('V');
-        presentation.KeyUp('V');
-        scheduler.advance(200);
-        ASSERT_TRUE(voteOpen(0));
-    }
     std::unique_ptr<tallix> display;
     std::vector<std::string> received;
 };
@@ -106,31 +97,4 @@ TEST(RoadOfAVote, FromTheVKeyToTheLastBatch) {
     EXPECT_FALSE(w.baseLibrary.press("100100100100", 7, "2").ok);  // too late: the keypad is refused
     w.scheduler.advance(200);
     EXPECT_EQ(w.records(), "[3;2],[5;1],[103;4],[5;3],");
-}
-
-TEST(RoadOfAVote, MovingToTheNextSlideEndsAnOpenVote) {
-    Road w;
-    w.openVoteFromTheShow();
-    w.press("100100100100", 3, "2");
-    w.presentation.KeyDown(34);  // Page Down on the show
-    w.presentation.KeyUp(34);
-    w.scheduler.advance(100);
-    EXPECT_EQ(w.presentation.CurrentSlide().value, 3);
-    EXPECT_FALSE(w.glo().Voting);
-    EXPECT_FALSE(w.voteOpen(0));
-    EXPECT_FALSE(w.voteOpen(1));
-    EXPECT_FALSE(w.baseLibrary.press("100100100100", 5, "2").ok);
-    w.scheduler.advance(200);
-    EXPECT_EQ(w.records(), "[3;2],");
-}
-
-TEST(RoadOfAVote, TheShowsEndAndThePresentationProgramClosing) {
-    Road w;
-    w.openVoteFromTheShow();
-    w.presentation.End();
-    EXPECT_FALSE(w.voteOpen(0));
-    EXPECT_FALSE(w.glo().slideShowActive);
-    w.presentation.Close();
-    w.scheduler.advance(200);
-    EXPECT_TRUE(w.desktop.ended());
 }

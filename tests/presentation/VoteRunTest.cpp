@@ -27,10 +27,7 @@ TEST(VKey, OnAVoteSlideTheQuickVoteRuns) {
     w.presentation.Next();
     w.typeKey('V');
     w.scheduler.advance(100);
-    EXPECT_TRUE(w.logged(" - XX - V Down"));
-    EXPECT_TRUE(w.logged("V Down: tmrCheck4Vote_Timer: Slide Show has focus (screenClass)"));
     EXPECT_TRUE(w.logged("tmrCheck4Vote_Timer: Vote Found"));
-    EXPECT_TRUE(w.traced("V Down: tmrCheck4Vote_Timer: Active Slide Show Found"));
     EXPECT_EQ(w.presentation.PresentationTag("tlxCurrentSlide").value, "2");
     EXPECT_EQ(w.presentation.macrosRun(), (std::vector<std::string>{"DoRapidpoll"}));
     EXPECT_EQ(vKeys, 1);
@@ -76,7 +73,6 @@ TEST(VKey, AMicrophoneSlideAsksForTheAudioWindow) {
     w.presentation.GoTo(3);
     w.typeKey('V');
     w.scheduler.advance(25);
-    EXPECT_TRUE(w.logged("tmrCheck4Vote_Timer: Murmelo Found"));
     EXPECT_TRUE(w.traced("V Down: tmrCheck4Vote_Timer: Murmelo Found"));
     EXPECT_EQ(w.main().txt_command, "SHOWAUDIO");
     EXPECT_TRUE(w.presentation.macrosRun().empty());
