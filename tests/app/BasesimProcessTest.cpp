@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <QProcess>
-#include <QTcpSocket>
 #include <map>
 #include <regex>
 
@@ -175,30 +174,6 @@ TEST_F(BasesimShow, VotesArriveOnceAndAfterTheEmulatorIsKilledAndRestartedTheBas
                                                  {"46;3", 1}, {"47;4", 1}, {"48;4", 1}, {"49;4", 1}, {"50;4", 1},
                                                  {"3;4", 1},  {"4;1", 1}};
     EXPECT_EQ(records(display), expected) << log;
-}
-
-TEST_F(BasesimShow, AFrameOfAnotherVersionIsRefusedNamingBothAndOnlyThatConnectionCloses) {
-    // A controller that stays connected throughout, and a peer that speaks another version.
-    startController();
-    BusClient display(bus, "display");
-    ASSERT_TRUE(waitFor([&] { return display.call("init", {""}).type() == QDBusMessage::ReplyMessage; }, 30.0)) << log;
-    ASSERT_TRUE(waitFor([&] { return contains(log, "connected to the network base emulator"); }, 30.0)) << log;
-    QTcpSocket other;
-    other.connectToHost("127.0.0.1", port);
-    ASSERT_TRUE(waitFor([&] { return other.state() == QAbstractSocket::ConnectedState; }, 10.0));
-    // size 12, version 9, kind hello, id 0, handle 0, no fields
-    const char frame[] = {0, 0, 0, 12, 9, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    other.write(frame, sizeof frame);
-    std::string answer;
-    waitFor([&] {
-        answer += other.readAll().toStdString();
-        return other.state() == QAbstractSocket::UnconnectedState;
-    }, 10.0);
-    answer += other.readAll().toStdString();
-    EXPECT_NE(answer.find("protocol version 9 refused: tlx-basesim speaks version 1"), std::string::npos);
-    EXPECT_EQ(other.state(), QAbstractSocket::UnconnectedState);
-    EXPECT_EQ(emulator.command("connections"), "1") << emulator.output();  // the controller's
-    EXPECT_FALSE(contains(log, "lost the network base emulator")) << log;
 }
 
 }  // namespace

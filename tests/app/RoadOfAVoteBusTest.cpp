@@ -70,13 +70,15 @@ TEST_F(RoadOnTheBus, AVoteFromTheShowsBeginToItsEnd) {
     press("100100100100", 5, "1");
     press("100100100100", 5, "1");  // the same press again: passed on once
     press("200200200200", 3, "4");  // keypad 103
-    ASSERT_TRUE(until([&] { return records(display) == "[3;2],[5;1],[103;4],"; })) << records(display);
+    press("100100100100", 5, "3");  // a changed answer travels again
+    ASSERT_TRUE(until([&] { return records(display) == "[3;2],[5;1],[103;4],[5;3],"; })) << records(display);
     EXPECT_EQ(records(addIn), records(display));  // every client hears every batch
     EXPECT_TRUE(w.logged(" - TX - NOT SENT: [109;1],"));
 
     // ENDVOTE ends the vote on both bases.
     ASSERT_TRUE(send(display, "ENDVOTE"));
     ASSERT_TRUE(until([&] { return !voteOpen(0) && !voteOpen(1); }));
+    EXPECT_EQ(bases("Press", {"100100100100", 7, "2"}).type(), QDBusMessage::ErrorMessage);  // too late
 
     // A second vote, and the show moving on while it is open ends it.
     ASSERT_TRUE(send(display, "STARTVOTE"));

@@ -150,7 +150,6 @@ TEST(VoteSimulator, BatchesOfRandomVotesWithinTheLimits) {
     w.main().txt_simulateVotesMaxKpadNum = "20";
     w.main().txt_simulateVotesCount = "4";
     w.main().cmd_start_Click();
-    EXPECT_TRUE(w.logged("Simulating Votes"));
     w.scheduler.advance(25 * 8);
     w.main().cmd_Stop_Click();
     w.flush();

@@ -133,4 +133,5 @@ TEST(Attach, ThePresentationProgramClosingTakesTheControllerWithIt) {
     w.scheduler.advance(100);
     EXPECT_TRUE(w.desktop.ended());
     EXPECT_TRUE(w.desktop.taskBarVisible());
+    w.addIn->PowerPointClosed();  // the main form is gone: nothing more happens
 }

@@ -38,7 +38,6 @@ TEST_F(Views, MainWindowShowsTheModelAndForwardsCommands) {
     ASSERT_NE(view, nullptr);
     view->refresh();
     EXPECT_TRUE(view->isVisible());
-    EXPECT_EQ(view->windowTitle().toStdString(), "tallix controller v1.0.0");
     auto* log = view->findChild<QPlainTextEdit*>();
     ASSERT_NE(log, nullptr);
     EXPECT_TRUE(log->toPlainText().startsWith(QString::fromStdString(main.txt_log.line(0))));
@@ -63,7 +62,6 @@ TEST_F(Views, KeypadSetupShowsRowsAndItsChecks) {
     auto* grid = view->findChild<QTableWidget*>();
     ASSERT_NE(grid, nullptr);
     EXPECT_EQ(grid->rowCount(), 2);
-    EXPECT_EQ(grid->horizontalHeaderItem(2)->text().toStdString(), "Lowest Keypad Number");
     EXPECT_EQ(grid->item(1, 3)->text().toStdString(), "41");
     saveScreenshot(*view, "keypad-setup");
     // The user corrects the second row in the grid and presses OK: the model checks it.
