@@ -17,8 +17,6 @@ using namespace tlx::test;
 
 namespace {
 
-QString text(const std::filesystem::path& p) { return QString::fromStdString(p.string()); }
-
 bool nameOwned(const QDBusConnection& c) {
     const QDBusReply<bool> r = c.interface()->isServiceRegistered(QLatin1String(bus::kService));
     return r.isValid() && r.value();
@@ -29,11 +27,7 @@ bool nameOwned(const QDBusConnection& c) {
 TEST(ServiceActivation, ACallStartsTheControllerWhenNoneRuns) {
     busApp();
     TestWorld folders;  // only for its temporary folders
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("APPDATA", text(folders.appData()));
-    env.insert("PROGRAMDATA", text(folders.programData()));
-    env.insert("TEMP", text(folders.temp()));
-    PrivateBus bus(TLX_DBUS_SERVICE_DIR, env);
+    PrivateBus bus(TLX_DBUS_SERVICE_DIR, folderEnvironment(folders));
     ASSERT_TRUE(bus.ok()) << bus.problem();
     QDBusConnection look = bus.connect("look");
     ASSERT_FALSE(nameOwned(look));
@@ -73,7 +67,7 @@ TEST(Tlxctl, PrintsSignalsAndResultsAndSaysWhenNoControllerAnswers) {
     server.serveSimulation(nullptr, &bases);
     ASSERT_EQ(server.start(), "");
 
-    QProcess listener;
+    OwnedProcess listener;
     listener.setProcessEnvironment(env);
     listener.start(TLXCTL_PATH, {"listen", "--count", "3", "--seconds", "60"});
     ASSERT_TRUE(listener.waitForStarted(10000));

@@ -13,14 +13,16 @@
 
 namespace tlx::test {
 
-namespace {
-
-// Children die with the test, whatever becomes of it.
 void dieWithParent(QProcess& p) {
     p.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
 }
 
-}  // namespace
+QProcessEnvironment folderEnvironment(const TestWorld& folders, QProcessEnvironment env) {
+    env.insert(QStringLiteral("APPDATA"), QString::fromStdString(folders.appData().string()));
+    env.insert(QStringLiteral("PROGRAMDATA"), QString::fromStdString(folders.programData().string()));
+    env.insert(QStringLiteral("TEMP"), QString::fromStdString(folders.temp().string()));
+    return env;
+}
 
 QCoreApplication& busApp() {
     static int argc = 1;

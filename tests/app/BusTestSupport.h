@@ -78,6 +78,23 @@ private:
     std::unique_ptr<DbusSignalTap> tap_;
 };
 
+// Children die with the test, whatever becomes of it.
+void dieWithParent(QProcess& p);
+
+// A program of the test's own, killed with the object if it is still running.
+struct OwnedProcess : QProcess {
+    OwnedProcess() { dieWithParent(*this); }
+    ~OwnedProcess() override {
+        if (state() == QProcess::NotRunning) return;
+        kill();
+        waitForFinished(5000);
+    }
+};
+
+// `env` with the world's folders as the program's APPDATA, PROGRAMDATA and TEMP.
+QProcessEnvironment folderEnvironment(const TestWorld& folders,
+                                      QProcessEnvironment env = QProcessEnvironment::systemEnvironment());
+
 struct ProgramRun {
     bool finished = false;
     int exitCode = -1;

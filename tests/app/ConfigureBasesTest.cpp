@@ -9,20 +9,7 @@
 using namespace tlx;
 using namespace tlx::test;
 
-TEST(ConfigureBases, WritesThePortFileWhenTheChecksPass) {
-    TestWorld w;
-    std::ostringstream out;
-    EXPECT_EQ(configureBases(w.c(), {"KELVARIN COREHUB G2;100100100100;1;40", "Kelvarin Corehub g2;200200200200;41;80"}, out),
-              0);
-    const auto r = readPortFile(w.appData() / "tallix" / "port.tlc");
-    ASSERT_EQ(r.status, PortFileStatus::Ok);
-    ASSERT_EQ(r.data.bases.size(), 2u);
-    EXPECT_EQ(r.data.bases[0].baseType, "KELVARIN COREHUB G2");
-    EXPECT_EQ(r.data.bases[1].gridHi, 80);
-    EXPECT_NE(out.str().find("2 bases"), std::string::npos);
-}
-
-TEST(ConfigureBases, AFailedCheckExitsNonZeroAndWritesNothing) {
+TEST(ConfigureBases, AFailedCheckExitsNonZeroAndWritesNothingElseThePortFileIsWritten) {
     TestWorld w;
     std::ostringstream out;
     EXPECT_EQ(configureBases(w.c(), {"KELVARIN COREHUB G2;100100100100;40;1"}, out), 1);
@@ -30,4 +17,13 @@ TEST(ConfigureBases, AFailedCheckExitsNonZeroAndWritesNothing) {
     EXPECT_FALSE(std::filesystem::exists(w.appData() / "tallix" / "port.tlc"));
     EXPECT_EQ(configureBases(w.c(), {"TOASTER;1;1;20"}, out), 1);
     EXPECT_TRUE(w.dialogs.any("No base type selected"));
+
+    EXPECT_EQ(configureBases(w.c(), {"KELVARIN COREHUB G2;100100100100;1;40", "Kelvarin Corehub g2;200200200200;41;80"}, out),
+              0);
+    const auto r = readPortFile(w.appData() / "tallix" / "port.tlc");
+    ASSERT_EQ(r.status, PortFileStatus::Ok);
+    ASSERT_EQ(r.data.bases.size(), 2u);
+    EXPECT_EQ(r.data.bases[1].baseType, "KELVARIN COREHUB G2");
+    EXPECT_EQ(r.data.bases[1].gridHi, 80);
+    EXPECT_NE(out.str().find("2 bases"), std::string::npos);
 }

@@ -5,8 +5,6 @@
 
 #include <QDeadlineTimer>
 #include <QStandardPaths>
-#include <signal.h>
-#include <sys/prctl.h>
 
 #include "app/BusTestSupport.h"
 #include "app/common/ControllerApp.h"
@@ -19,10 +17,6 @@ using namespace tlx::test;
 namespace {
 
 QString text(const std::filesystem::path& p) { return QString::fromStdString(p.string()); }
-
-void dieWithParent(QProcess& p) {
-    p.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-}
 
 // An X server of our own on a display number it picks itself (-displayfd), stopped with the
 // object.
@@ -84,11 +78,9 @@ std::filesystem::path writeSimFile(const std::filesystem::path& dir) {
     return file;
 }
 
-QProcessEnvironment folderEnvironment(TestWorld& folders) {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("APPDATA", text(folders.appData()));
-    env.insert("PROGRAMDATA", text(folders.programData()));
-    env.insert("TEMP", text(folders.temp()));
+// The folders of a throw-away world, and no display but the one the test gives.
+QProcessEnvironment windowedEnvironment(TestWorld& folders) {
+    QProcessEnvironment env = folderEnvironment(folders);
     env.remove("QT_QPA_PLATFORM");
     env.remove("WAYLAND_DISPLAY");
     return env;
@@ -102,7 +94,7 @@ TEST(ShowWindowOnX, VAndPageDownTypedOnTheShowWindowOpenTheVoteAndMoveTheSlide) 
     XServer x;
     if (!x.ok()) GTEST_SKIP() << "no X server for this test: " << x.problem();
     TestWorld folders;  // only for its temporary folders
-    QProcessEnvironment env = folderEnvironment(folders);
+    QProcessEnvironment env = windowedEnvironment(folders);
     env.insert("DISPLAY", x.display());
     env.insert("QT_QPA_PLATFORM", "xcb");
     PrivateBus bus({}, env);
@@ -113,10 +105,9 @@ TEST(ShowWindowOnX, VAndPageDownTypedOnTheShowWindowOpenTheVoteAndMoveTheSlide) 
         runProgram(TLXCTRL_PATH, {"--configure-bases", QString("KELVARIN COREHUB G2;") + kBase + ";1;40"}, env);
     ASSERT_EQ(setup.exitCode, 0) << setup.out << setup.err;
 
-    QProcess ctrl;
+    OwnedProcess ctrl;
     ctrl.setProcessEnvironment(env);
     ctrl.setProcessChannelMode(QProcess::MergedChannels);
-    dieWithParent(ctrl);
     ctrl.start(TLXCTRL_PATH, {"--sim", text(writeSimFile(folders.dir.path())), "--automation"});
     ASSERT_TRUE(ctrl.waitForStarted(10000));
     std::string log;
@@ -124,14 +115,6 @@ TEST(ShowWindowOnX, VAndPageDownTypedOnTheShowWindowOpenTheVoteAndMoveTheSlide) 
         log += ctrl.readAll().toStdString();
         return log;
     };
-    struct Stop {
-        QProcess& p;
-        ~Stop() {
-            if (p.state() == QProcess::NotRunning) return;
-            p.kill();
-            p.waitForFinished(5000);
-        }
-    } stop{ctrl};
 
     // A client of the automation class, once the controller serves it.
     BusClient client(bus, "presenter-watch");
@@ -171,7 +154,7 @@ TEST(ShowWindowOnX, VAndPageDownTypedOnTheShowWindowOpenTheVoteAndMoveTheSlide) 
 TEST(NoDisplay, TheWindowedControllerGoesOnHeadlessAndSaysWhy) {
     busApp();
     TestWorld folders;
-    QProcessEnvironment env = folderEnvironment(folders);
+    QProcessEnvironment env = windowedEnvironment(folders);
     env.remove("DISPLAY");
     const ProgramRun run = runProgram(
         TLXCTRL_PATH, {"--sim", text(writeSimFile(folders.dir.path())), "--no-automation", "--quit-after", "1500",

@@ -2,6 +2,7 @@
 // when, how long it waits for what, and how it ends.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -128,39 +129,6 @@ TEST_F(Display, WaitsForTheControllerAndItsInitialisationWithinItsLimit) {
     EXPECT_TRUE(results.empty());
 }
 
-TEST_F(Display, FindsTheVoteSlideOrSaysWhyItCannot) {
-    // No tlxCurrentSlide: the slide the show is on.
-    link.current = 0;
-    link.showing = 2;
-    started();
-    EXPECT_TRUE(noted("the controller names no vote slide (tlxCurrentSlide is not set); the show is on slide 2"));
-    EXPECT_EQ(run->phase(), DisplayRun::Phase::Running);
-
-    link.showing = 0;
-    link.sent.clear();
-    started();
-    EXPECT_EQ(exitCode, DisplayRun::kExitNoVote);
-    EXPECT_EQ(problems.back(),
-              "no vote slide: the controller names none (the presentation tag tlxCurrentSlide is not set); give "
-              "--slide N, or --config TEXT");
-    EXPECT_TRUE(link.sent.empty());
-
-    exitCode.reset();
-    options.slide = 3;
-    started();
-    EXPECT_EQ(problems.back(),
-              "slide 3 is not a vote slide (it carries none of TLXVOTE, TLXQUIZ, TLXTEAM, TLXRESHOW, TLXMATRIX)");
-
-    // Without the simulation the tags cannot be read (the command line can give them).
-    exitCode.reset();
-    link.simulation = false;
-    options.slide = 2;
-    started();
-    EXPECT_EQ(problems.back(),
-              "cannot read the vote tags of slide 2: no simulated presentation program serves them here; give "
-              "--config TEXT");
-}
-
 TEST_F(Display, AReshowRunsNoVoteAndAnOptionCountFallsBackToTheAnswers) {
     link.tags[{2, "TLXVOTE"}] = "";
     link.tags[{2, "TLXRESHOW"}] = "1";
@@ -265,49 +233,53 @@ TEST_F(Display, BatchesBeforeTheVoteDoNotCountAndRedrawsComeAtMostOncePerPeriod)
     EXPECT_EQ(r.model().tally.skipped(), 1);
 }
 
-TEST_F(Display, AMalformedVoteTagIsNamedAndNoVoteIsSent) {
-    // Whatever the fault, the run says what it is, sends nothing and ends with "no vote".
-    const std::pair<const char*, const char*> faults[] = {
-        {"<VoteType>SINGLEDIGIT</VoteType><Options>x</Options>",
+TEST_F(Display, FindsTheVoteSlideFromTheShowAndRunsWithElementsItDoesNotKnow) {
+    // No tlxCurrentSlide: the slide the show is on.
+    link.current = 0;
+    link.showing = 2;
+    link.tags[{2, "TLXVOTE"}] = "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options><Rows>3</Rows>";
+    started();
+    EXPECT_TRUE(noted("the controller names no vote slide (tlxCurrentSlide is not set); the show is on slide 2"));
+    EXPECT_EQ(run->phase(), DisplayRun::Phase::Running);
+}
+
+TEST_F(Display, WithoutAVoteItCanRunItSaysWhySendsNothingAndEndsWithNoVote) {
+    const std::pair<std::function<void()>, const char*> faults[] = {
+        {[&] { link.current = 0; },
+         "no vote slide: the controller names none (the presentation tag tlxCurrentSlide is not set); give "
+         "--slide N, or --config TEXT"},
+        {[&] { options.slide = 3; },
+         "slide 3 is not a vote slide (it carries none of TLXVOTE, TLXQUIZ, TLXTEAM, TLXRESHOW, TLXMATRIX)"},
+        // Without the simulation the tags cannot be read (the command line can give them).
+        {[&] { link.simulation = false; },
+         "cannot read the vote tags of slide 2: no simulated presentation program serves them here; give "
+         "--config TEXT"},
+        {[&] { link.tags[{2, "TLXVOTE"}] = "<VoteType>SINGLEDIGIT</VoteType><Options>x</Options>"; },
          "the TLXVOTE tag of slide 2 cannot be read: <Options> \"x\" is not an option count from 1 to 1000; no vote "
          "was sent"},
-        {"<VoteType>SINGLEDIGIT<Options>4</Options>",
-         "the TLXVOTE tag of slide 2 cannot be read: <VoteType> has no closing tag; text outside an element: "
-         "\"SINGLEDIGIT\"; no vote was sent"},
-        {"SINGLEDIGIT",
+        {[&] { link.tags[{2, "TLXVOTE"}] = "SINGLEDIGIT"; },
          "the TLXVOTE tag of slide 2 cannot be read: text outside an element: \"SINGLEDIGIT\"; no vote was sent"},
-        {"<Options>0</Options><Seconds>-5</Seconds>",
+        {[&] { link.tags[{2, "TLXVOTE"}] = "<Options>0</Options><Seconds>-5</Seconds>"; },
          "the TLXVOTE tag of slide 2 cannot be read: <Options> \"0\" is not an option count from 1 to 1000; "
          "<Seconds> \"-5\" is not a number of seconds above 0; no vote was sent"},
+        {[&] { options.config = "<Options>four</Options>"; },
+         "the configuration given with --config cannot be read: <Options> \"four\" is not an option count from 1 "
+         "to 1000; no vote was sent"},
     };
-    for (const auto& [tag, message] : faults) {
-        link.tags[{2, "TLXVOTE"}] = tag;
+    for (const auto& [fault, message] : faults) {
+        link.current = 2;
+        link.simulation = true;
+        link.tags[{2, "TLXVOTE"}] = kColours;
         link.sent.clear();
+        options = DisplayOptions{};
         exitCode.reset();
+        fault();
         DisplayRun& r = started();
-        EXPECT_EQ(exitCode, DisplayRun::kExitNoVote) << tag;
+        EXPECT_EQ(exitCode, DisplayRun::kExitNoVote) << message;
         EXPECT_EQ(problems.back(), message);
-        EXPECT_TRUE(link.sent.empty()) << tag << ": " << testing::PrintToString(link.sent);
         EXPECT_EQ(r.phase(), DisplayRun::Phase::Done);
         scheduler.advance(30000);
-        EXPECT_TRUE(link.sent.empty()) << "nothing is sent later either";
+        EXPECT_TRUE(link.sent.empty()) << message << ": " << testing::PrintToString(link.sent);
         EXPECT_TRUE(results.empty());
     }
-
-    // The same for a configuration given on the command line, named as such.
-    options.config = "<Options>four</Options>";
-    options.slide = 2;
-    exitCode.reset();
-    started();
-    EXPECT_EQ(exitCode, DisplayRun::kExitNoVote);
-    EXPECT_EQ(problems.back(),
-              "the configuration given with --config cannot be read: <Options> \"four\" is not an option count from 1 "
-              "to 1000; no vote was sent");
-    EXPECT_TRUE(link.sent.empty());
-
-    // Elements this program does not know are no fault: the vote runs.
-    link.tags[{2, "TLXVOTE"}] = "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options><Rows>3</Rows>";
-    options.config.clear();
-    exitCode.reset();
-    EXPECT_EQ(started().phase(), DisplayRun::Phase::Running);
 }

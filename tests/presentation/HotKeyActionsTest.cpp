@@ -36,7 +36,6 @@ TEST(CtrlActions, GShowsTheChartsOfAReplaySlide) {
     EXPECT_TRUE(w.visible(" tallix chart 02"));
     EXPECT_TRUE(w.visible("reshow 1"));
     EXPECT_FALSE(w.visible("other"));
-    EXPECT_TRUE(w.logged("ACTIONED - 'G'"));
     EXPECT_TRUE(w.logged("CTRL KEY PRESSED ACTIONED - 'G'"));
     // Pasted again, the charts lie on top of what was added after them.
     std::vector<std::string> order;
@@ -72,9 +71,6 @@ TEST(CtrlActions, TStepsThroughASequenceChartByChart) {
     w.ctrl("T");
     EXPECT_TRUE(w.visible(" tallix chart 1"));
     EXPECT_FALSE(w.visible(" tallix chart 2"));
-    EXPECT_TRUE(w.logged("CTRL T Pressed: .tags('SequenceVote') <> ''"));
-    EXPECT_TRUE(w.logged("CTRL T Pressed: sequenceChartFound = True"));
-    EXPECT_TRUE(w.logged("CTRL T Pressed: .Shapes( tallix chart 1).Visible = msoFalse"));
     EXPECT_TRUE(w.logged("CTRL T Pressed: Select Case j, j = 1"));
     w.ctrl("T");
     EXPECT_TRUE(w.visible(" tallix chart 2"));
@@ -129,28 +125,19 @@ TEST(CtrlActions, RAndDigitsStartTheDisplayPrograms) {
     EXPECT_EQ(w.desktop.started()[1].program, std::filesystem::path("/opt/tallix/chartist.exe"));
     EXPECT_EQ(w.desktop.started()[1].arguments, "tlxgroup,2,5");
     EXPECT_EQ(w.desktop.started()[1].style, WindowStyle::MinimizedFocus);
-    EXPECT_TRUE(w.logged("ACTIONED - '5'"));
     EXPECT_EQ(toUpper(w.desktop.foregroundWindowClass()), "SCREENCLASS");  // the show has the focus back
 }
 
-TEST(CtrlActions, OnlyWithTheShowFocusedOrShiftHeld) {
+TEST(CtrlActions, ThroughTheHookOnlyWithTheShowFocusedOrShiftHeld) {
     ActionWorld w({withBoxes("Results", {{"tlxReshow", "1"}}, {" tallix chart 1"})});
     w.presentation.Begin();
     w.hide(" tallix chart 1");
     w.desktop.setForegroundWindowClass("Notepad");
     w.ctrl("G");
-    EXPECT_TRUE(w.logged("SlideShow not focus, or Shift not held"));
     EXPECT_TRUE(w.logged(", ShiftKeyPressed=FalseKey=G, pptHasFocus=False, pptSlideShowHasFocus=False"));
     EXPECT_FALSE(w.visible(" tallix chart 1"));
-    w.keyboard.keyDown(vk::kLShift, 1);
-    w.ctrl("G");
-    EXPECT_TRUE(w.visible(" tallix chart 1"));
-}
-
-TEST(CtrlActions, ThroughTheHookAndTheCommandQueue) {
-    ActionWorld w({withBoxes("Results", {{"tlxReshow", "1"}}, {" tallix chart 1"})});
-    w.presentation.Begin();
-    w.hide(" tallix chart 1");
+    // Shift held, Ctrl+G typed: the hook queues it and the command queue runs it.
+    w.keyboard.keyDown(vk::kLShift, 5);
     w.keyboard.keyDown(vk::kLCtrl, 10);
     w.keyboard.keyDown('G', 20);
     w.keyboard.keyUp('G', 30);

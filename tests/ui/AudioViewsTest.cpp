@@ -47,11 +47,9 @@ TEST(AudioViews, WindowShowsTheQueueAndTheSpeakerCompactAndFull) {
     auto* view = w.view<AudioWindowView>(frmAudio::kName);
     ASSERT_NE(view, nullptr);
     EXPECT_TRUE(view->isVisible());
-    EXPECT_EQ(view->windowTitle().toStdString(), "Murmelo");
     auto* list = view->findChild<QTreeWidget*>();
     ASSERT_NE(list, nullptr);
     ASSERT_EQ(list->topLevelItemCount(), 3);
-    EXPECT_EQ(list->headerItem()->text(0).toStdString(), "Keypad HID");
     EXPECT_EQ(list->topLevelItem(1)->text(0).toStdString(), "100 300 100 007");
     EXPECT_EQ(list->topLevelItem(1)->text(2).toStdString(), "70%");
     EXPECT_EQ(list->topLevelItem(1)->text(3).toStdString(), "-45dB");
@@ -81,7 +79,6 @@ TEST(AudioViews, SettingsDialogInBothStatesAndOkCarriesTheBoxes) {
     w.audio().LaunchSettings();
     auto* view = w.view<AudioSettingsView>(frmAudioSettings::kName);
     ASSERT_NE(view, nullptr);
-    EXPECT_EQ(view->windowTitle().toStdString(), "Audio Settings");
     ASSERT_NE(buttonNamed(*view, ">>"), nullptr);
     const int basicHeight = view->height();
     saveScreenshot(*view, "audio-settings-basic");

@@ -169,15 +169,9 @@ TEST(ShowWindow, VirtualKeysOfTheKeysThePresenterUses) {
         const QKeyEvent e(QEvent::KeyPress, key, mods, 0, native, 0);
         return virtualKeyOf(e);
     };
-    EXPECT_EQ(vk(Qt::Key_V), 86);
-    EXPECT_EQ(vk(Qt::Key_5, Qt::ControlModifier), 53);
-    EXPECT_EQ(vk(Qt::Key_0, Qt::AltModifier), 48);
-    EXPECT_EQ(vk(Qt::Key_PageDown), 34);
-    EXPECT_EQ(vk(Qt::Key_PageUp), 33);
+    // The keys typed in the test above are checked by what they do; these by their codes.
     EXPECT_EQ(vk(Qt::Key_Home), 36);
     EXPECT_EQ(vk(Qt::Key_Enter), 13);
-    EXPECT_EQ(vk(Qt::Key_F5), 116);
-    EXPECT_EQ(vk(Qt::Key_F11), 122);
     // Left and right modifiers are told apart by the platform's key symbol.
     EXPECT_EQ(vk(Qt::Key_Control), 162);
     EXPECT_EQ(vk(Qt::Key_Control, Qt::ControlModifier, 0xffe4), 163);

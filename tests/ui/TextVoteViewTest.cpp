@@ -63,7 +63,6 @@ TEST(TextVoteView, IdleWindowShowsItsControlsAndForwardsStart) {
     ViewWorld v;
     ASSERT_NE(v.view, nullptr);
     EXPECT_TRUE(v.view->isVisible());
-    EXPECT_EQ(v.view->windowTitle().toStdString(), "Text Vote Collection");
     auto* start = v.child<QPushButton>("cmdStartStopVote");
     auto* session = v.child<QLineEdit>("txtSessionName");
     auto* alerts = v.child<QTreeWidget>("lvwKeypadAlerts");
@@ -71,7 +70,6 @@ TEST(TextVoteView, IdleWindowShowsItsControlsAndForwardsStart) {
     EXPECT_EQ(start->text().toStdString(), "Start Vote");
     EXPECT_EQ(session->text().toStdString(), "2026-11-22 Text Votes");
     EXPECT_EQ(v.child<QLabel>("lblStatus")->text().toStdString(), "Idle");
-    EXPECT_EQ(alerts->headerItem()->text(9).toStdString(), "RID");
     EXPECT_FALSE(alerts->isColumnHidden(3));
     EXPECT_TRUE(alerts->isColumnHidden(4));
     EXPECT_FALSE(v.child<QGroupBox>("fraDebug")->isVisible());
