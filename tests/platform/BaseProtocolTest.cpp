@@ -8,17 +8,12 @@
 #include "platform/sim/VirtualScheduler.h"
 #include "platform/sim/basesim/SimBaseLibrary.h"
 
+#include "NetBaseSupport.h"
+
 using namespace tlx;
 using namespace tlx::wire;
 
 namespace {
-
-SimKeypad keypad(const std::string& hid, int sid) {
-    SimKeypad k;
-    k.hid = hid;
-    k.sid = sid;
-    return k;
-}
 
 Frame sample(Kind kind, std::uint32_t id, std::uint32_t handle, Fields fields) {
     Frame f;
@@ -96,7 +91,6 @@ TEST(BaseFrames, AnotherVersionIsRefusedAsSoonAsItsByteArrivesNamingBothVersions
     EXPECT_EQ(d.next(f), FrameDecoder::Status::WrongVersion);
     EXPECT_EQ(d.theirVersion(), 2);
     EXPECT_EQ(d.error(), "protocol version 2 refused: this end speaks version 1");
-    EXPECT_EQ(versionRefusal(7, "tlx-basesim"), "protocol version 7 refused: tlx-basesim speaks version 1");
 }
 
 TEST(BaseValues, RecordsAndValuesReadBackExactly) {
@@ -162,12 +156,7 @@ TEST(BaseValues, AReaderSkipsUnknownMembersButRefusesBadValuesLeavingTheRecordAs
 TEST(BaseCalls, ARequestCarriesTheInputsAndItsReplyTheResultsOfTheSameMember) {
     VirtualScheduler clock;
     SimBaseLibrary lib(clock);
-    SimBaseSpec base;
-    base.id = "100100100300";
-    base.connection = SimConnection::Ethernet;
-    base.address = "127.0.0.1";
-    base.keypads = {keypad("300300041", 41), keypad("300300042", 42)};
-    lib.addBase(base);
+    lib.addBase(test::netBase(41, 42));
     auto served = lib.createBase(LibraryGeneration::Prioritizer2);
 
     const std::string connection = "127.0.0.1|2020|1010";
