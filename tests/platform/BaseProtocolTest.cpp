@@ -15,15 +15,6 @@ using namespace tlx::wire;
 
 namespace {
 
-Frame sample(Kind kind, std::uint32_t id, std::uint32_t handle, Fields fields) {
-    Frame f;
-    f.kind = kind;
-    f.id = id;
-    f.handle = handle;
-    f.fields = std::move(fields);
-    return f;
-}
-
 std::string bytesOf(std::initializer_list<int> b) {
     std::string s;
     for (int x : b) s += static_cast<char>(x);
@@ -34,9 +25,9 @@ std::string bytesOf(std::initializer_list<int> b) {
 
 TEST(BaseFrames, FramesComeOutWholeHoweverTheBytesArriveAndInOrder) {
     const std::string binary("a\0b|\r\n\xff", 7);
-    const Frame a = sample(Kind::Request, 7, 3, {"GetRegistry"});
-    const Frame b = sample(Kind::Event, 0, 0xFFFFFFFFu, {"DebugRx", binary, ""});
-    const Frame c = sample(Kind::Hello, 0, 0, {});
+    const Frame a{kBaseProtocolVersion, Kind::Request, 7, 3, {"GetRegistry"}};
+    const Frame b{kBaseProtocolVersion, Kind::Event, 0, 0xFFFFFFFFu, {"DebugRx", binary, ""}};
+    const Frame c{kBaseProtocolVersion, Kind::Hello, 0, 0, {}};
     const std::string stream = encodeFrame(a) + encodeFrame(b) + encodeFrame(c);
     for (std::size_t piece : {stream.size(), std::size_t{1}, std::size_t{5}}) {
         FrameDecoder d;
@@ -59,7 +50,7 @@ TEST(BaseFrames, FramesComeOutWholeHoweverTheBytesArriveAndInOrder) {
 }
 
 TEST(BaseFrames, MalformedFramesStopTheStreamAndYieldNothing) {
-    const std::string good = encodeFrame(sample(Kind::Reply, 1, 1, {"0"}));
+    const std::string good = encodeFrame(Frame{kBaseProtocolVersion, Kind::Reply, 1, 1, {"0"}});
     struct Case {
         const char* what;
         std::string bytes;
