@@ -108,9 +108,14 @@ TEST(Playthrough, FollowsTheTurnUnlessKeptRunning) {
     EXPECT_FALSE(a.playthroughRunning());
 }
 
-TEST(Playthrough, CallbackDiagnosticsAndTheirEntryBox) {
+TEST(Playthrough, CallbackDiagnosticsAndTheirEntryBoxInTheDebugLog) {
     AudioWorld w;
-    frmAudio& a = w.audio();
+    frmAudio& a = loadAudioWindow(w.c());
+    a.LogEvent("first");  // the debug log is kept only in debug mode
+    EXPECT_EQ(a.txt_DebugLog, "");
+    a.mnu_debugMode_Click();
+    a.LogEvent("second");
+    EXPECT_EQ(a.txt_DebugLog, "second\r\n");
     a.PlayThroughStart();
     EXPECT_FALSE(a.txt_audioMinCallbackDataLen_Change("12x"));
     EXPECT_FALSE(a.txt_audioMinCallbackDataLen_Change("-4"));
@@ -128,14 +133,4 @@ TEST(Playthrough, CallbackDiagnosticsAndTheirEntryBox) {
     EXPECT_FALSE(a.checked(AudioCheck::CallBackLogNextEvent));
     EXPECT_TRUE(w.debugLogged("Audio Data From CallBack To Low: length = 512\r\n"));
     EXPECT_FALSE(w.debugLogged("To Low: length = 2048"));
-}
-
-TEST(Playthrough, DebugLogOnlyInDebugMode) {
-    AudioWorld w;
-    frmAudio& a = loadAudioWindow(w.c());
-    a.LogEvent("first");
-    EXPECT_EQ(a.txt_DebugLog, "");
-    a.mnu_debugMode_Click();
-    a.LogEvent("second");
-    EXPECT_EQ(a.txt_DebugLog, "second\r\n");
 }

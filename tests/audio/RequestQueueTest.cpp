@@ -4,37 +4,31 @@
 using namespace tlx;
 using namespace tlx::test;
 
-TEST(RequestQueue, FirstRequestJoinsTheEndWithItsReadings) {
+TEST(RequestQueue, RequestsJoinTheEndWithTheirReadingsAndARepeatedOneKeepsItsPlace) {
     AudioWorld w;
     frmAudio& a = w.audio();
     a.MicRequest(w.keypadObject(3, "0", 420, -45), "0", false);
+    a.MicRequest(w.keypadObject(2, "0", 330, -80), "0", false);
     a.MicRequest(w.keypadObject(1, "0", 300, 0), "0", false);
-    ASSERT_EQ(w.rowTexts(), (std::vector<std::string>{"3 QUEUED", "1 QUEUED"}));
+    a.MicRequest(w.keypadObject(2, "0", 390, -52), "0", false);
+    ASSERT_EQ(w.rowTexts(), (std::vector<std::string>{"3 QUEUED", "2 QUEUED", "1 QUEUED"}));
     const AudioRequestRow& r = a.lvw_keypadRequests.rows[0];
     EXPECT_EQ(r.text, "100 300 100 003");
     EXPECT_EQ(r.tag, AudioWorld::hid(3));
     EXPECT_EQ(r.battery.text, "100%");
     EXPECT_EQ(r.signal.text, "-45dB");
     // No signal reading: a dash; an empty battery: 0%.
-    EXPECT_EQ(a.lvw_keypadRequests.rows[1].signal.text, "-");
-    EXPECT_EQ(a.lvw_keypadRequests.rows[1].battery.text, "0%");
-}
-
-TEST(RequestQueue, RepeatedRequestKeepsItsPlaceWithFreshReadings) {
-    AudioWorld w;
-    frmAudio& a = w.audio();
-    a.MicRequest(w.keypadObject(2, "0", 330, -80), "0", false);
-    a.MicRequest(w.keypadObject(5), "0", false);
-    a.MicRequest(w.keypadObject(2, "0", 390, -52), "0", false);
-    ASSERT_EQ(w.rowTexts(), (std::vector<std::string>{"2 QUEUED", "5 QUEUED"}));
-    EXPECT_EQ(a.lvw_keypadRequests.rows[0].battery.text, "75%");
-    EXPECT_EQ(a.lvw_keypadRequests.rows[0].signal.text, "-52dB");
+    EXPECT_EQ(a.lvw_keypadRequests.rows[2].signal.text, "-");
+    EXPECT_EQ(a.lvw_keypadRequests.rows[2].battery.text, "0%");
+    // Asked again: the place kept, the readings fresh.
+    EXPECT_EQ(a.lvw_keypadRequests.rows[1].battery.text, "75%");
+    EXPECT_EQ(a.lvw_keypadRequests.rows[1].signal.text, "-52dB");
     // A keypad that has spoken asks again: it stays where it was, its turn marked done.
     w.select(2);
     a.cmd_startAudio_Click();
     a.cmd_stopAudio_Click();
     a.MicRequest(w.keypadObject(2), "0", false);
-    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"2 DONE", "5 QUEUED"}));
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"3 QUEUED", "2 DONE", "1 QUEUED"}));
 }
 
 TEST(RequestQueue, WithdrawalRemovesOnlyAQueuedKeypadComparedAsNumbersAndStrangersStayOut) {

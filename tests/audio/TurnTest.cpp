@@ -13,17 +13,7 @@ void queue(AudioWorld& w, std::initializer_list<int> keypads) {
 }
 }  // namespace
 
-TEST(Turn, NothingSelectedAsksForASelection) {
-    AudioWorld w;
-    queue(w, {1});
-    w.audio().cmd_startAudio_Click();
-    ASSERT_EQ(w.dialogs.shown.size(), 1u);
-    EXPECT_EQ(w.dialogs.shown[0].title, "Murmelo");
-    EXPECT_EQ(w.dialogs.shown[0].text, "Nothing selected");
-    EXPECT_TRUE(w.station().audioHid.empty());
-}
-
-TEST(Turn, GivingTheFloorStreamsTheRowWithTheOptionsAndLocksTheWindow) {
+TEST(Turn, GivingTheFloorStreamsTheRowLocksTheWindowAndADoubleClickMovesIt) {
     AudioWorld w;
     w.glo().options.set(section::kAudioOptions, audiokey::kMaxTalkTime, "45");
     w.glo().options.set(section::kAudioOptions, audiokey::kMicVolume, "70");
@@ -44,6 +34,10 @@ TEST(Turn, GivingTheFloorStreamsTheRowWithTheOptionsAndLocksTheWindow) {
     EXPECT_FALSE(a.lvw_keypadRequests.enabled);
     EXPECT_EQ(a.currentSpeaker(), AudioWorld::hid(2));
     EXPECT_TRUE(a.tmrTimeRemaining.enabled());
+    // A double click ends the running turn and gives the floor to the row.
+    a.lvw_keypadRequests_DblClick(0);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 SPEAKING", "2 DONE"}));
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(1));
 }
 
 TEST(Turn, StartingWithRequestsOffTurnsThemOnWhenAskedTo) {
@@ -65,10 +59,15 @@ TEST(Turn, StartingWithRequestsOffTurnsThemOnWhenAskedTo) {
     EXPECT_TRUE(w.g2().audioRequestsOn());
 }
 
-TEST(Turn, FailingStartLeavesTheButtonsAsTheyWereAndLogsTheReason) {
+TEST(Turn, AStartThatCannotGoAheadLeavesTheWindowAsItWas) {
     AudioWorld w;
     queue(w, {1});
     frmAudio& a = w.audio();
+    a.cmd_startAudio_Click();  // nothing selected
+    ASSERT_EQ(w.dialogs.shown.size(), 1u);
+    EXPECT_EQ(w.dialogs.shown[0].title, "Murmelo");
+    EXPECT_EQ(w.dialogs.shown[0].text, "Nothing selected");
+    // The base refuses: the buttons stay as they were and the reason is logged.
     w.select(1);
     w.baseLibrary.fail(kBase, "StartAudio", 9);
     a.cmd_startAudio_Click();
@@ -81,15 +80,10 @@ TEST(Turn, FailingStartLeavesTheButtonsAsTheyWereAndLogsTheReason) {
     EXPECT_TRUE(a.currentSpeaker().empty());
     EXPECT_FALSE(a.tmrTimeRemaining.enabled());
     EXPECT_TRUE(contains(w.errLog(), "Description: Unable to initialize audio, ensure base is connected"));
-}
-
-TEST(Turn, VoteThatWillNotEndKeepsTheFloorClosed) {
-    AudioWorld w;
+    // A vote that will not end keeps the floor closed: the command channel is stuck, so the
+    // queued ENDVOTE never runs.
     w.openVote();
-    queue(w, {3});
-    frmAudio& a = w.audio();
-    w.select(3);
-    // The command channel is stuck: the queued ENDVOTE never runs.
+    w.select(1);
     w.glo().ShuttingDown = true;
     a.cmd_startAudio_Click();
     w.glo().ShuttingDown = false;
@@ -153,17 +147,6 @@ TEST(Turn, EndingRestoresTheWindowKeepsAQuestionSlideAndMarksOrRemovesTheRow) {
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 DONE"}));
 }
 
-TEST(Turn, DoubleClickEndsTheRunningTurnAndGivesTheFloorToTheRow) {
-    AudioWorld w;
-    queue(w, {1, 2});
-    frmAudio& a = w.audio();
-    w.select(1);
-    a.cmd_startAudio_Click();
-    a.lvw_keypadRequests_DblClick(1);
-    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 DONE", "2 SPEAKING"}));
-    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(2));
-}
-
 TEST(Turn, HidingWithTheClearOptionLeavesAnEmptyQueueAndRequestsOff) {
     AudioWorld w;
     frmAudio& a = showAudioWindow(w.c());
@@ -185,13 +168,6 @@ TEST(Turn, HidingWithTheClearOptionLeavesAnEmptyQueueAndRequestsOff) {
     queue(w, {3});
     a.cmd_hide_Click();
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"3 QUEUED"}));
-}
-
-TEST(Turn, StartNowFlagGivesTheFloorAtOnce) {
-    AudioWorld w;
-    w.audio().MicRequest(w.keypadObject(5), "0", true);
-    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"5 SPEAKING"}));
-    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(5));
 }
 
 TEST(WholeTurn, RequestShowAudioFloorDuringAVoteCountdownPastZeroAndEnd) {
@@ -236,8 +212,8 @@ TEST(WholeTurn, RequestShowAudioFloorDuringAVoteCountdownPastZeroAndEnd) {
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"7 QUEUED", "2 DONE"}));
     EXPECT_TRUE(w.debugLogged("StartAudio - HID:" + AudioWorld::hid(2)));
     EXPECT_TRUE(w.debugLogged("StopAudio - HID:" + AudioWorld::hid(2)));
-    // The next keypad in the queue gets the floor.
-    w.select(7);
-    a.cmd_startAudio_Click();
-    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(7));
+    // A request flagged to start now gets the floor at once.
+    a.MicRequest(w.keypadObject(5), "0", true);
+    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"7 QUEUED", "2 DONE", "5 SPEAKING"}));
+    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(5));
 }

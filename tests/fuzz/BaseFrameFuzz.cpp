@@ -1,21 +1,19 @@
-// libFuzzer target for the network base protocol's decoder: frames fed in pieces, their fields
-// read as every record and list the protocol carries.
-#include <cstddef>
-#include <cstdint>
-#include <string_view>
-
+// The network base protocol's decoder: frames fed in pieces, their fields read as every record
+// and list the protocol carries.
 #include "platform/net/BaseCalls.h"
 #include "platform/net/BaseProtocol.h"
+#include "support/Harness.h"
 
 using namespace tlx;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+TLX_FUZZ_HARNESS(in) {
+    const std::string bytes = in.rest();
+    const std::string_view all(bytes);
     wire::FrameDecoder decoder;
     // Split at a point the input chooses, as a socket might.
-    const std::size_t cut = size > 0 ? data[0] % (size + 1) : 0;
-    decoder.feed(bytes.substr(0, cut));
-    decoder.feed(bytes.substr(cut));
+    const std::size_t cut = bytes.empty() ? 0 : static_cast<std::uint8_t>(bytes[0]) % (bytes.size() + 1);
+    decoder.feed(all.substr(0, cut));
+    decoder.feed(all.substr(cut));
     wire::Frame f;
     while (decoder.next(f) == wire::FrameDecoder::Status::Ready) {
         for (const auto& field : f.fields) {
@@ -33,5 +31,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         // Frames re-encode to what was read.
         (void)wire::encodeFrame(f);
     }
-    return 0;
 }

@@ -3,22 +3,16 @@
 // line is one SendCommand call, in which "\r" stands for the "\r\n" between lines of one call.
 // The controller runs the real wiring: presentation targets, vote run and intake, and drivers
 // over scripted bases, with a deck open.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
 #include "core/Text.h"
 #include "presentation/Tallix.h"
-#include "support/FuzzInput.h"
 #include "support/FuzzWorld.h"
+#include "support/Harness.h"
 
 using namespace tlx;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::FuzzInput in(data, size);
+TLX_FUZZ_HARNESS(in) {
     fuzz::FuzzWorld world;
-    world.openDeck();
-    world.start();
+    world.startWithDeck();
     tallix client(world.w.c());
     client.init(in.line());
     for (int calls = 0; !in.empty() && calls < 64; ++calls) {
@@ -26,5 +20,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         world.run(120);
     }
     world.run(2000);
-    return 0;
 }

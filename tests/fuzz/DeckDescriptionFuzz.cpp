@@ -1,25 +1,18 @@
 // Deck descriptions (tlx-mkdeck's input): sections, keys and escapes, made into a deck that
 // is written and opened again.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <string_view>
-
 #include "platform/files/pptx/DeckBuilder.h"
 #include "platform/files/pptx/PptxError.h"
+#include "support/Harness.h"
 
 using namespace tlx::pptx;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+TLX_FUZZ_HARNESS(in) {
     DeckPlan plan;
-    try {
-        plan = parseDeckDescription(std::string_view(reinterpret_cast<const char*>(data), size));
-    } catch (const PptxError&) {
-        return 0;  // refused, naming the line
-    }
-    if (plan.slides.size() > 50) return 0;  // a deck this big says nothing more about the reader
+    const std::string text = in.rest();
+    // Refused, naming the line; a deck this big says nothing more about the reader.
+    if (!tlx::fuzz::readOrRefuse<PptxError>([&] { plan = parseDeckDescription(text); })) return;
+    if (plan.slides.size() > 50) return;
     Deck deck = buildDeck(plan);
     Deck again = Deck::fromBytes(deck.toBytes(), "description");
-    if (again.slideCount() != static_cast<int>(plan.slides.size())) __builtin_trap();
-    return 0;
+    tlx::fuzz::require(again.slideCount() == static_cast<int>(plan.slides.size()));
 }

@@ -2,21 +2,17 @@
 // Besides not crashing, the readers never answer NaN: a NaN would pass every range check
 // after it (each comparison is false) and reach the number fields.
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <string>
 
 #include "core/NumberFields.h"
 #include "core/Text.h"
-#include "support/FuzzInput.h"
+#include "support/Harness.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    tlx::fuzz::FuzzInput in(data, size);
+TLX_FUZZ_HARNESS(in) {
     tlx::setSystemDecimalSeparator(in.flag() ? ',' : '.');
     const std::string text = in.rest();
     const double parsed = tlx::ParseNumber(text);
     const double leading = tlx::leadingNumber(text);
-    if (std::isnan(parsed) || std::isnan(leading)) __builtin_trap();
+    tlx::fuzz::require(!std::isnan(parsed) && !std::isnan(leading));
     (void)tlx::isNumeric(text);
     // What the readers give is written back as text and stored in the number fields.
     (void)tlx::numText(parsed);
@@ -24,5 +20,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)tlx::toInt16Field(parsed);
     (void)tlx::toInt32Field(leading);
     tlx::setSystemDecimalSeparator('.');
-    return 0;
 }

@@ -3,13 +3,9 @@
 //   1: the plain text, sealed as the set-up form would seal it, then read back;
 //   2: the plain text, sealed, and a whole controller started on it (the base table sizes
 //      the per-keypad arrays and picks the drivers).
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
 #include "core/PortFile.h"
-#include "support/FuzzInput.h"
 #include "support/FuzzWorld.h"
+#include "support/Harness.h"
 
 namespace {
 
@@ -21,36 +17,23 @@ void read(const std::string& bytes) {
     test::writeFile(file, bytes);
     const PortFileRead r = readPortFile(file);
     // Whatever the file, the controller gets a base table to run on.
-    if (r.data.bases.empty()) __builtin_trap();
+    fuzz::require(!r.data.bases.empty());
     // A table read back writes and reads again to the same table.
-    if (r.status == PortFileStatus::Ok) {
-        const PortFileData again = parsePortFilePlainText(portFilePlainText(r.data));
-        if (again.bases.size() != r.data.bases.size()) __builtin_trap();
-    }
+    if (r.status == PortFileStatus::Ok)
+        fuzz::require(parsePortFilePlainText(portFilePlainText(r.data)).bases.size() == r.data.bases.size());
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::FuzzInput in(data, size);
+TLX_FUZZ_HARNESS(in) {
     const int mode = in.byte() % 3;
     const std::string rest = in.rest();
-    if (mode == 0) {
-        read(rest);
-        return 0;
-    }
+    if (mode == 0) return read(rest);
     const auto sealed = encryptPortText(rest);
-    if (!sealed) __builtin_trap();
-    if (mode == 1) {
-        read(*sealed);
-        return 0;
-    }
+    fuzz::require(sealed.has_value());
+    if (mode == 1) return read(*sealed);
     fuzz::FuzzWorld world(std::vector<PortEntry>{});  // no port file
     test::writeFile(world.w.appData() / "tallix" / "port.tlc", *sealed);
-    world.openDeck();
-    world.start();
-    world.send("GETVOTEINFO");
-    world.send("STARTVOTE");
-    world.send("ENDVOTE");
-    return 0;
+    world.startWithDeck();
+    for (const char* command : {"GETVOTEINFO", "STARTVOTE", "ENDVOTE"}) world.send(command);
 }

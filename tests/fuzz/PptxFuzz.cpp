@@ -1,36 +1,29 @@
-// libFuzzer target for the .pptx reader: any bytes either open as a deck or give a PptxError.
-// The first byte picks what the rest is: a whole .pptx file, or the XML of the slide part or of
-// the slide's tags part inside an otherwise sound deck (so that mutations reach the XML, which
-// the zip's compression would otherwise hide). A deck that opens is walked completely, changed,
-// saved and opened again.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <string_view>
-#include <vector>
-
+// The .pptx reader: any bytes either open as a deck or give a PptxError. The first byte picks
+// what the rest is: a whole .pptx file, or the XML of the slide part or of the slide's tags
+// part inside an otherwise sound deck (so that mutations reach the XML, which the zip's
+// compression would otherwise hide). A deck that opens is walked completely, changed, saved
+// and opened again.
 #include "platform/files/pptx/DeckBuilder.h"
 #include "platform/files/pptx/Zip.h"
+#include "support/Harness.h"
 
 namespace {
 
 using namespace tlx::pptx;
 
-std::vector<ZipEntry> baseEntries() {
-    DeckPlan plan;
-    plan.slides.push_back({"Title", "Question", {"One", "Two"}, {}, {{"TLXVOTE", "x"}}});
-    return readZip(buildDeck(plan).toBytes(), "base");
-}
-
-std::string withPart(const std::string& name, std::string_view xml) {
-    static const std::vector<ZipEntry> base = baseEntries();
+std::string withPart(const std::string& name, const std::string& xml) {
+    static const std::vector<ZipEntry> base = [] {
+        DeckPlan plan;
+        plan.slides.push_back({"Title", "Question", {"One", "Two"}, {}, {{"TLXVOTE", "x"}}});
+        return readZip(buildDeck(plan).toBytes(), "base");
+    }();
     std::vector<ZipEntry> entries = base;
     for (ZipEntry& e : entries)
-        if (e.name == name) e.data = std::string(xml);
+        if (e.name == name) e.data = xml;
     return writeZip(entries);
 }
 
-void exercise(std::string_view bytes) {
+void exercise(const std::string& bytes) {
     Deck deck = Deck::fromBytes(bytes, "fuzz");
     for (int i = 1; i <= deck.tags().count(); ++i) (void)deck.tags().value(i);
     for (DeckSlide* slide : deck.slides()) {
@@ -57,22 +50,20 @@ void exercise(std::string_view bytes) {
     deck.tags().add("ActiveKeypads", "3,7");
     int slides = deck.slideCount();
     Deck again = Deck::fromBytes(deck.toBytes(), "fuzz again");
-    if (again.slideCount() != slides || again.tags().item("ACTIVEKEYPADS") != "3,7") __builtin_trap();
+    tlx::fuzz::require(again.slideCount() == slides && again.tags().item("ACTIVEKEYPADS") == "3,7");
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
-    std::string_view rest(reinterpret_cast<const char*>(data) + 1, size - 1);
-    try {
-        switch (data[0] % 3) {
+TLX_FUZZ_HARNESS(in) {
+    if (in.empty()) return;
+    const std::uint8_t mode = in.byte();
+    const std::string rest = in.rest();
+    tlx::fuzz::readOrRefuse<PptxError>([&] {
+        switch (mode % 3) {
             case 0: exercise(rest); break;
             case 1: exercise(withPart("ppt/slides/slide1.xml", rest)); break;
             default: exercise(withPart("ppt/tags/tag1.xml", rest)); break;
         }
-    } catch (const PptxError&) {
-        // Refused with a message: the expected outcome for damaged input.
-    }
-    return 0;
+    });
 }

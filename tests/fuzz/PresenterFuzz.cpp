@@ -1,23 +1,17 @@
 // Presenter commands: the presenter keypad's commands on a Corehub base (command, source and
 // value), its registrations, scanner data, and the oldest base's presenter key names
 // ("V", "GOTO12", ...). Each record starts with a byte choosing which, then its fields.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
 #include "drivers/Black3Driver.h"
 #include "drivers/KelvarinDrivers.h"
 #include "drivers/PrioritizerDriver.h"
-#include "support/FuzzInput.h"
 #include "support/FuzzWorld.h"
+#include "support/Harness.h"
 
 using namespace tlx;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::FuzzInput in(data, size);
+TLX_FUZZ_HARNESS(in) {
     fuzz::FuzzWorld world;
-    world.openDeck();
-    world.start();
+    world.startWithDeck();
     world.w.presentation.Begin();
     world.run(100);
     auto* v3 = world.drivers->v3();
@@ -56,5 +50,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         world.run(60);
     }
     world.run(1000);
-    return 0;
 }

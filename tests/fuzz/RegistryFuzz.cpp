@@ -2,29 +2,23 @@
 // firmware version the base reports beside them. The first line of the input is the firmware
 // version, the rest the registry text. The text is read at start-up, read again on demand,
 // and then decides the keypad range of every vote record.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
 #include "drivers/KelvarinDrivers.h"
 #include "drivers/LocalRegistry.h"
 #include "drivers/PrioritizerDriver.h"
-#include "support/FuzzInput.h"
 #include "support/FuzzWorld.h"
+#include "support/Harness.h"
 
 using namespace tlx;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::FuzzInput in(data, size);
+TLX_FUZZ_HARNESS(in) {
     fuzz::FuzzWorld world;
     world.library.script.firmware = in.line();
     world.library.script.registry = in.rest();
     // The reader on its own: every entry it keeps has a HID and a key of its own.
     const LocalRegistry reg = parseRegistryText(world.library.script.registry);
     for (std::size_t i = 0; i < reg.size(); ++i)
-        if (reg.entries()[i].HID.empty() || reg.find(reg.keyAt(i)) == nullptr) __builtin_trap();
-    world.openDeck();
-    world.start();
+        fuzz::require(!reg.entries()[i].HID.empty() && reg.find(reg.keyAt(i)) != nullptr);
+    world.startWithDeck();
     if (auto* g2 = world.drivers->oKVv5()) {
         g2->GetRegistry("0", true);
         (void)g2->GetFirstPresentersHID();
@@ -44,5 +38,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
     world.run(100);
     world.send("ENDVOTE");
-    return 0;
 }

@@ -3,30 +3,23 @@
 //   even: the readers alone (whole-file, key by key, the option table, the keypad texts),
 //         then a save of the options over the same file;
 //   odd:  a controller started with the file as its per-user settings.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
 #include "core/Options.h"
 #include "core/Settings.h"
 #include "drivers/DisplayTexts.h"
-#include "support/FuzzInput.h"
 #include "support/FuzzWorld.h"
+#include "support/Harness.h"
 
 using namespace tlx;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::FuzzInput in(data, size);
+TLX_FUZZ_HARNESS(in) {
     const bool start = in.flag();
-    const std::string text = in.rest();
     fuzz::FuzzWorld world(std::vector<PortEntry>{});  // no port file
     const auto file = world.w.appData() / "tallix" / "tlx.ini";
-    test::writeFile(file, text);
+    test::writeFile(file, in.rest());
     if (start) {
-        world.openDeck();
-        world.start();
+        world.startWithDeck();
         world.send("GETVOTEINFO");
-        return 0;
+        return;
     }
     bool comma = false;
     (void)readSettingsFileInFull(file, &comma);
@@ -42,7 +35,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)world.w.c().settings.LogEventsToFile();
     (void)world.w.c().settings.ChartExportFormat();
     // Saving rewrites the file in the sectioned form; what was read must read back the same.
-    if (!WriteProfileString(file, section::kTallixOptions, "LOGEVENTS TO FILE", "1")) return 0;
-    if (GetProfileString(file, section::kTallixOptions, "LOGEVENTS TO FILE", "0") != "1") __builtin_trap();
-    return 0;
+    if (!WriteProfileString(file, section::kTallixOptions, "LOGEVENTS TO FILE", "1")) return;
+    fuzz::require(GetProfileString(file, section::kTallixOptions, "LOGEVENTS TO FILE", "0") == "1");
 }

@@ -3,25 +3,19 @@
 // Then records, each: a byte choosing the source (a Corehub base's vote event, the oldest
 // base's control, a press while microphone requests are on, or a pause in time), a keypad
 // number, battery and signal readings, the HID line and the vote data line.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
 #include "core/MainForm.h"
 #include "core/Text.h"
 #include "drivers/Black3Driver.h"
 #include "drivers/KelvarinDrivers.h"
 #include "drivers/PrioritizerDriver.h"
-#include "support/FuzzInput.h"
 #include "support/FuzzWorld.h"
+#include "support/Harness.h"
 
 using namespace tlx;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::FuzzInput in(data, size);
+TLX_FUZZ_HARNESS(in) {
     fuzz::FuzzWorld world;
-    world.openDeck();
-    world.start();
+    world.startWithDeck();
     world.send(replaceAll(in.line(), "\r", "\r\n"));
     world.send("STARTVOTE");
     auto* g2 = world.drivers->oKVv5();
@@ -58,5 +52,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     world.run(100);
     world.send("ENDVOTE");
-    return 0;
 }

@@ -2,17 +2,12 @@
 // configuration text becomes the key lines sent to the controller before STARTVOTE. The first
 // byte picks the tag; the rest is its text. Each key line must stay one line, or a tag could
 // smuggle further commands into the controller.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
 #include "presentation/display/VoteSetup.h"
-#include "support/FuzzInput.h"
+#include "support/Harness.h"
 
 using namespace tlx;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::FuzzInput in(data, size);
+TLX_FUZZ_HARNESS(in) {
     const char* tag = kDisplayVoteTags[in.byte() % 5];
     const std::string text = in.rest();
     std::vector<std::string> problems;
@@ -20,7 +15,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const VoteSetup setup = readVoteSetup(tag, text);
     for (int options : {0, setup.options, kDefaultOptionCount})
         for (const std::string& line : setupLines(setup, options))
-            if (line.find_first_of("\r\n") != std::string::npos) __builtin_trap();
+            fuzz::require(line.find_first_of("\r\n") == std::string::npos);
     (void)keypadListText(setup.keypadsActive);
-    return 0;
 }

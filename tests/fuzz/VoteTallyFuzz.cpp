@@ -2,17 +2,14 @@
 // and other messages, tallied one answer per keypad. The input is split at NUL bytes into the
 // texts of successive events; a text starting with "\x01" switches counting off, "\x02" on.
 // The tally must stay consistent: the answers' keypad counts add up to the voters.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <string_view>
-
 #include "presentation/display/VoteTally.h"
+#include "support/Harness.h"
 
 using namespace tlx;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::string_view rest(reinterpret_cast<const char*>(data), size);
+TLX_FUZZ_HARNESS(in) {
+    const std::string input = in.rest();
+    std::string_view rest(input);
     VoteTally tally;
     while (true) {
         const std::size_t nul = rest.find('\0');
@@ -27,10 +24,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     long long held = 0;
     for (const auto& [answer, keypads] : tally.answers()) {
-        if (keypads <= 0 || tally.count(answer) != keypads) __builtin_trap();
+        fuzz::require(keypads > 0 && tally.count(answer) == keypads);
         held += keypads;
     }
-    if (held != tally.voters() || tally.changes() > tally.received()) __builtin_trap();
+    fuzz::require(held == tally.voters() && tally.changes() <= tally.received());
     (void)tally.info("votes");
-    return 0;
 }

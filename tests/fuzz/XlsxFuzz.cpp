@@ -3,25 +3,19 @@
 // its relationships inside an otherwise sound workbook (so that mutations reach the XML,
 // which the compression would otherwise hide). With its bit 4 set the workbook is read as
 // the controller reads its participant list, beside the presentation at start-up.
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include "core/ParticipantNames.h"
 #include "platform/files/FileSpreadsheet.h"
-#include "platform/files/pptx/PptxError.h"
 #include "platform/files/pptx/Zip.h"
 #include "ports/AppError.h"
-#include "support/FuzzInput.h"
 #include "support/FuzzWorld.h"
+#include "support/Harness.h"
 
 namespace {
 
 using namespace tlx;
 
-const std::vector<pptx::ZipEntry>& baseEntries() {
-    static const std::vector<pptx::ZipEntry> entries = [] {
+std::string withPart(const std::string& name, const std::string& xml) {
+    static const std::vector<pptx::ZipEntry> base = [] {
         test::TempDir dir;
         const auto file = dir / "base.xlsx";
         writeXlsxWorkbook(file, {{std::string("Keypad"), std::string("Name"), std::string("Weighting")},
@@ -30,11 +24,7 @@ const std::vector<pptx::ZipEntry>& baseEntries() {
                           false);
         return pptx::readZip(test::readFile(file), "base");
     }();
-    return entries;
-}
-
-std::string withPart(const std::string& name, const std::string& xml) {
-    std::vector<pptx::ZipEntry> entries = baseEntries();
+    std::vector<pptx::ZipEntry> entries = base;
     for (auto& e : entries)
         if (e.name == name) e.data = xml;
     return pptx::writeZip(entries);
@@ -42,35 +32,14 @@ std::string withPart(const std::string& name, const std::string& xml) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    fuzz::FuzzInput in(data, size);
+TLX_FUZZ_HARNESS(in) {
     const std::uint8_t mode = in.byte();
     const std::string rest = in.rest();
-    std::string bytes;
-    switch (mode % 5) {
-        case 0: bytes = rest; break;
-        case 1: bytes = withPart("xl/worksheets/sheet1.xml", rest); break;
-        case 2: bytes = withPart("xl/sharedStrings.xml", rest); break;
-        case 3: bytes = withPart("xl/workbook.xml", rest); break;
-        default: bytes = withPart("xl/_rels/workbook.xml.rels", rest); break;
-    }
-    if (mode & 8) {
-        fuzz::FuzzWorld world;
-        FileSpreadsheet spreadsheet;
-        world.w.c().spreadsheet = &spreadsheet;
-        test::writeFile(world.w.dir / kParticipantListXlsx, bytes);
-        world.openDeck();
-        world.start();
-        world.send("GETNAMES");
-        return 0;
-    }
+    static const char* const kParts[] = {"xl/worksheets/sheet1.xml", "xl/sharedStrings.xml", "xl/workbook.xml",
+                                         "xl/_rels/workbook.xml.rels"};
+    const std::string bytes = mode % 5 == 0 ? rest : withPart(kParts[mode % 5 - 1], rest);
+    if (mode & 8) return fuzz::startWithParticipantList(kParticipantListXlsx, bytes);
     test::TempDir dir;
-    const auto file = dir / "list.xlsx";
-    test::writeFile(file, bytes);
-    try {
-        (void)readXlsxFirstSheet(file);
-    } catch (const AppError&) {
-        // Refused with a message: the expected outcome for a damaged workbook.
-    }
-    return 0;
+    test::writeFile(dir / "list.xlsx", bytes);
+    fuzz::readOrRefuse<AppError>([&] { (void)readXlsxFirstSheet(dir / "list.xlsx"); });
 }

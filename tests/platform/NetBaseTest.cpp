@@ -10,20 +10,14 @@
 #include "platform/sim/basesim/SimBaseLibrary.h"
 #include "platform/sim/basesim/SimBasesAdapter.h"
 
+#include "NetBaseSupport.h"
+
 using namespace tlx;
+using namespace tlx::test;
 
 namespace {
 
-SimKeypad keypad(const std::string& hid, int sid) {
-    SimKeypad k;
-    k.hid = hid;
-    k.sid = sid;
-    return k;
-}
-
-const std::string kNet = "100100100300";
-
-// A connection to the hub whose bytes take 1 ms each way. `serverUp` false refuses connections.
+// A connection to the hub whose bytes take 1 ms each way; with the emulator gone it is refused.
 class MemoryTransport : public FrameTransport {
 public:
     MemoryTransport(Scheduler& clock, std::unique_ptr<BaseHub>& hub) : clock_(clock), hub_(hub) {}
@@ -94,12 +88,7 @@ struct NetWorld {
     }
     void startEmulator() {
         emulated = std::make_unique<SimBaseLibrary>(clock);
-        SimBaseSpec base;
-        base.id = kNet;
-        base.connection = SimConnection::Ethernet;
-        base.address = "127.0.0.1";
-        for (int k = 41; k <= 50; ++k) base.keypads.push_back(keypad(std::to_string(300300000 + k), k));
-        emulated->addBase(base);
+        emulated->addBase(netBase(41, 50));
         hub = std::make_unique<BaseHub>(clock, *emulated);
     }
     // A base object bound to the network base, its votes and errors recorded.
@@ -121,13 +110,6 @@ struct NetWorld {
     std::vector<int> errors;
 };
 
-KelvarinVote singleDigit() {
-    KelvarinVote v;
-    v.VoteType = 9;
-    v.VoteQuestionText = "Colours?";
-    return v;
-}
-
 }  // namespace
 
 TEST(NetBases, CallsReachTheEmulatedBaseAndItsVotesComeBackOnceEach) {
@@ -135,7 +117,7 @@ TEST(NetBases, CallsReachTheEmulatedBaseAndItsVotesComeBackOnceEach) {
     auto lister = n.net->createBase(LibraryGeneration::Prioritizer2);
     std::string list;
     EXPECT_EQ(lister->GetEthernetDevices(list), 0);
-    EXPECT_EQ(list, kNet + ";127.0.0.1");
+    EXPECT_EQ(list, kNetBase + ";127.0.0.1");
     auto b = n.bound();
     EXPECT_EQ(b->Connect("127.0.0.1|2020|1011"), BaseErrorCode::BaseNotFound);  // only the library's form
     std::string registry;
@@ -143,8 +125,8 @@ TEST(NetBases, CallsReachTheEmulatedBaseAndItsVotesComeBackOnceEach) {
     EXPECT_EQ(registry.substr(0, 23), "300300041;41|300300042;");
     ASSERT_EQ(b->StartVote(singleDigit()), 0);
     EXPECT_TRUE(n.emulated->station(0).voteOpen);
-    EXPECT_EQ(n.hub->execute("crowd " + kNet + " 5 2 100").error, "");
-    EXPECT_EQ(n.hub->execute("press " + kNet + " 48 3").error, "");
+    EXPECT_EQ(n.hub->execute("crowd " + kNetBase + " 5 2 100").error, "");
+    EXPECT_EQ(n.hub->execute("press " + kNetBase + " 48 3").error, "");
     n.run(200);
     EXPECT_EQ(n.votes, (std::vector<std::string>{"48;3", "41;2", "42;2", "43;2", "44;2", "45;2"}));
     EXPECT_EQ(b->EndVote("Thank you"), 0);
@@ -161,7 +143,7 @@ TEST(NetBases, ALostEmulatorIsCode5ThenRetriedWithGrowingPausesThenCode1WithTheV
     ASSERT_EQ(b->StartVote(singleDigit()), 0);
     ASSERT_EQ(b->PauseVote(), 0);
     ASSERT_EQ(b->ResumeVote(), 0);
-    n.hub->execute("press " + kNet + " 41 1");
+    n.hub->execute("press " + kNetBase + " 41 1");
     n.run(50);
     ASSERT_EQ(n.votes, (std::vector<std::string>{"41;1"}));
 
@@ -187,7 +169,7 @@ TEST(NetBases, ALostEmulatorIsCode5ThenRetriedWithGrowingPausesThenCode1WithTheV
     EXPECT_TRUE(st.setup.session.VoteAccepting);
     EXPECT_EQ(st.setup.session.PrimaryChannel, 24);
     EXPECT_EQ(st.vote.VoteQuestionText, "Colours?");
-    EXPECT_EQ(n.hub->execute("press " + kNet + " 42 4").error, "");
+    EXPECT_EQ(n.hub->execute("press " + kNetBase + " 42 4").error, "");
     n.run(50);
     EXPECT_EQ(n.votes, (std::vector<std::string>{"41;1", "42;4"}));
     // The pauses start small again after a good connection.
@@ -219,10 +201,10 @@ TEST(NetBases, FaultsOfTheEmulatorReachTheCallerAsStatusCodes) {
     NetWorld n;
     auto b = n.bound();
     // A refused operation, once.
-    EXPECT_EQ(n.hub->execute("refuse " + kNet + " StartVote 23").error, "");
+    EXPECT_EQ(n.hub->execute("refuse " + kNetBase + " StartVote 23").error, "");
     EXPECT_EQ(b->StartVote(singleDigit()), BaseErrorCode::BaseBusy);
     EXPECT_EQ(b->StartVote(singleDigit()), 0);
-    EXPECT_NE(n.hub->execute("refuse " + kNet + " Explode 23").error, "");
+    EXPECT_NE(n.hub->execute("refuse " + kNetBase + " Explode 23").error, "");
     // Slow replies: within the reply limit they are waited for, beyond it the call times out.
     n.hub->execute("slow 500");
     std::string reg;
@@ -294,7 +276,7 @@ TEST(NetBases, TheCompositeBindsUsbLocallyAndNetworkEntriesRemotelyAndDrivesBoth
     EXPECT_EQ(lister->GetUSBDevices(usbList), 0);
     EXPECT_EQ(lister->GetEthernetDevices(netList), 0);
     EXPECT_EQ(usbList, "100100100100");
-    EXPECT_EQ(netList, kNet + ";127.0.0.1");
+    EXPECT_EQ(netList, kNetBase + ";127.0.0.1");
     auto a = composite.createBase(LibraryGeneration::Prioritizer2);
     auto b = composite.createBase(LibraryGeneration::Prioritizer2);
     ASSERT_EQ(a->Connect("100 100 100 100"), 0);
@@ -310,11 +292,11 @@ TEST(NetBases, TheCompositeBindsUsbLocallyAndNetworkEntriesRemotelyAndDrivesBoth
     SimBasesAdapter localControl(local);
     RoutedBasesControl control(local, localControl, *n.net);
     EXPECT_EQ(control.Press("100100100100", 1, "1"), "");
-    EXPECT_EQ(control.Press(kNet, 43, "2"), "");
-    EXPECT_EQ(control.Text(kNet, 44, "two words"), "Keys two words not accepted by vote type 9");
+    EXPECT_EQ(control.Press(kNetBase, 43, "2"), "");
+    EXPECT_EQ(control.Text(kNetBase, 44, "two words"), "Keys two words not accepted by vote type 9");
     EXPECT_EQ(control.Press("999", 1, "1"), "Unknown base 999");
     const auto bases = control.Bases();
-    EXPECT_EQ(bases.value, (std::vector<std::string>{"KELVARIN COREHUB G2;100100100100", "KELVARIN COREHUB G2;" + kNet}));
+    EXPECT_EQ(bases.value, (std::vector<std::string>{"KELVARIN COREHUB G2;100100100100", "KELVARIN COREHUB G2;" + kNetBase}));
     n.run(50);
     EXPECT_EQ(got, (std::vector<std::string>{"300100001;1", "300300043;2"}));
 }

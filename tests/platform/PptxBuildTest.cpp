@@ -105,13 +105,11 @@ TEST(PptxBuild, ExampleDecksMatchTheirDescriptions) {
     for (const char* name : {"demo", "votes"}) {
         SCOPED_TRACE(name);
         std::filesystem::path dir = sourceDir() / "examples/decks";
-        Deck rebuilt = buildDeck(parseDeckDescription(readBytes(dir / (std::string(name) + ".ini"))));
-        std::string committed = readBytes(dir / (std::string(name) + ".pptx"));
+        Deck rebuilt = buildDeck(parseDeckDescription(readFile(dir / (std::string(name) + ".ini"))));
+        std::string committed = readFile(dir / (std::string(name) + ".pptx"));
         EXPECT_EQ(rebuilt.toBytes(), committed) << "run scripts/make-example-decks";
     }
-    Deck demo = Deck::open(sourceDir() / "examples/decks/demo.pptx");
-    EXPECT_EQ(demo.slideCount(), 5);
-    expectSoundPackage(demo.package());
+    expectSoundPackage(Deck::open(sourceDir() / "examples/decks/demo.pptx").package());
 }
 
 }  // namespace

@@ -3,11 +3,8 @@
 // packages, and a structural check of a whole package.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 
 #include <pugixml.hpp>
@@ -16,6 +13,7 @@
 #include "platform/files/pptx/Package.h"
 #include "platform/files/pptx/Zip.h"
 #include "support/TestPaths.h"
+#include "support/TestWorld.h"
 
 namespace tlx::test::pptx {
 
@@ -25,14 +23,7 @@ using tlx::test::sourceDir;
 
 inline std::filesystem::path deckFile(const std::string& name) { return sourceDir() / "tests/data/decks" / name; }
 
-inline std::string readBytes(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-inline std::string deckBytes(const std::string& name) { return readBytes(deckFile(name)); }
+inline std::string deckBytes(const std::string& name) { return readFile(deckFile(name)); }
 
 // Entry name -> bytes.
 inline std::map<std::string, std::string> entriesOf(const std::string& zipBytes) {

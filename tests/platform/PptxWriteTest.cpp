@@ -1,7 +1,6 @@
 // Changing and saving decks: tags stored the way the presentation program stores them, text,
 // visibility, deleted and added shapes, new slides; untouched parts keep their bytes.
 #include "PptxTestSupport.h"
-#include "support/TestWorld.h"
 
 namespace tlx::test::pptx {
 namespace {
@@ -92,7 +91,7 @@ TEST(PptxSave, TagsRoundTripTheWayThePresentationProgramStoresThem) {
 
     // Only the parts that had to change were written again.
     std::map<std::string, std::string> before = entriesOf(original);
-    std::map<std::string, std::string> after = entriesOf(readBytes(dir / "tagged.pptx"));
+    std::map<std::string, std::string> after = entriesOf(readFile(dir / "tagged.pptx"));
     std::set<std::string> changed;
     for (const auto& [name, data] : after)
         if (!before.contains(name) || before[name] != data) changed.insert(name);

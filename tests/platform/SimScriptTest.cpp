@@ -61,7 +61,20 @@ TEST(SimScriptAwait, AConditionThatHoldsAlreadyCostsNothingAndOneThatNeverDoesIs
                                                    "4100: step 4 failed: Await needs a condition"}));
 }
 
-TEST(SimScriptAwait, StepsRunInTheOrderOfTheirTimes) {
+TEST(SimScript, LinesAreReadBadOnesReportedAndStepsRunInTheOrderOfTheirTimes) {
+    std::vector<std::string> problems;
+    const auto steps = parseScript("# comment\n0.5 Begin\n  1 Key V   # the vote\nnonsense\n2 Command votename=A b\n-1 Next\n",
+                                   &problems);
+    ASSERT_EQ(steps.size(), 3u);
+    EXPECT_EQ(steps[1].verb, "Key");
+    EXPECT_EQ(steps[1].args, (std::vector<std::string>{"V"}));
+    EXPECT_EQ(steps[2].rest, "votename=A b");
+    EXPECT_EQ(problems.size(), 2u);
+    EXPECT_EQ(scriptKey("v"), 'V');
+    EXPECT_EQ(scriptKey("PageDown"), 34);
+    EXPECT_EQ(scriptKey("86"), 86);
+    EXPECT_EQ(scriptKey("Nope"), 0);
+
     ScriptRun r("2.0 Command late\n1.0 Command early\n1.0 Command same\n");
     r.scheduler.advance(3000);
     EXPECT_EQ(r.log, (std::vector<std::string>{"1000: early", "1000: same", "2000: late"}));

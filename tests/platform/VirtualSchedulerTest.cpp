@@ -52,7 +52,7 @@ TEST(Timer, TicksOncePerIntervalWhileEnabledAndReEnablingOrANewIntervalStartAfre
     EXPECT_EQ(ticks, 5);
 }
 
-TEST(Scheduler, WaitUntilLetsOtherEventsRunAndTimesOutAndTheWallClockFollows) {
+TEST(Scheduler, WaitUntilTakesExactlyTheTimeItWaitedAndTheWallClockFollows) {
     VirtualScheduler s;
     bool replied = false;
     s.post(300, [&] { replied = true; });
@@ -60,10 +60,6 @@ TEST(Scheduler, WaitUntilLetsOtherEventsRunAndTimesOutAndTheWallClockFollows) {
     EXPECT_EQ(s.elapsedMs(), 300);
     EXPECT_FALSE(s.waitUntil([] { return false; }, 5.0));
     EXPECT_EQ(s.elapsedMs(), 5300);
-    const auto id = s.post(10, [&] { replied = false; });
-    s.cancel(id);
-    s.advance(20);
-    EXPECT_TRUE(replied);
     VirtualScheduler late(DateTime{2026, 12, 31, 23, 59, 59, 900});  // the wall clock follows
     late.advance(200);
     EXPECT_EQ(late.now(), (DateTime{2027, 1, 1, 0, 0, 0, 100}));

@@ -4,8 +4,11 @@
 #include <stdexcept>
 
 #include "core/MainForm.h"
+#include "core/Text.h"
 #include "drivers/KelvarinDrivers.h"
+#include "platform/files/FileSpreadsheet.h"
 #include "platform/files/pptx/DeckBuilder.h"
+#include "support/Harness.h"
 
 namespace tlx::fuzz {
 
@@ -183,5 +186,23 @@ void FuzzWorld::send(const std::string& text) {
 }
 
 void FuzzWorld::run(double ms) { w.scheduler.advance(static_cast<std::int64_t>(ms)); }
+
+void FuzzWorld::checkNamesReply() {
+    sent.clear();
+    send("GETNAMES");
+    std::string reply;
+    for (const auto& s : sent)
+        if (startsWith(s, "StartListOfNames")) reply = s;
+    require(!reply.empty() && split(reply, "\r\n").size() == w.glo().participants.size() + 2);
+}
+
+void startWithParticipantList(const std::string& name, const std::string& bytes) {
+    FileSpreadsheet spreadsheet;  // outlives the world, which reads through it to the end
+    FuzzWorld world;
+    world.w.c().spreadsheet = &spreadsheet;
+    test::writeFile(world.w.dir / name, bytes);
+    world.startWithDeck();
+    world.checkNamesReply();
+}
 
 }  // namespace tlx::fuzz

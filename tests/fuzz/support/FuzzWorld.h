@@ -63,10 +63,18 @@ public:
     void openDeck();
     // Runs start-up as the program does.
     void start();
+    // Both: start-up with the deck open, as most harnesses want it.
+    void startWithDeck() {
+        openDeck();
+        start();
+    }
     // Queues a command text as a display program would, and lets the queue, the vote buffer
     // and the send timer run.
     void send(const std::string& text);
     void run(double ms);
+    // Asks for the names as a display program would. Whatever was read, the reply holds one
+    // participant a line between "StartListOfNames" and "EndListOfNames".
+    void checkNamesReply();
 
     ScriptedBaseLibrary library;  // outlives the controller
     test::TestWorld w;
@@ -75,5 +83,9 @@ public:
     // Every text the controller sent out.
     std::vector<std::string> sent;
 };
+
+// A controller started with `bytes` as the participant workbook `name` beside the
+// presentation, asked for the names.
+void startWithParticipantList(const std::string& name, const std::string& bytes);
 
 }  // namespace tlx::fuzz
