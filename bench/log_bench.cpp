@@ -11,6 +11,7 @@
 #include "platform/sim/SimDesktop.h"
 #include "platform/sim/SimPresentation.h"
 #include "platform/sim/VirtualScheduler.h"
+#include "presentation/PresentationModules.h"
 #include "presentation/Tallix.h"
 
 namespace {
@@ -39,6 +40,7 @@ void BM_LogEvent(benchmark::State& state) {
     tlx::ConsoleDialogs dialogs(sink, false);
     tlx::ConsoleTray tray(sink);
     tlx::Controller c(tlx::Ports{scheduler, desktop, dialogs, tray, presentation});
+    tlx::installPresentationSide(c);
     tlx::Main(c);
     auto& main = *c.mainForm();
     for (int i = 0; i < state.range(0); ++i) main.LogEvent("[12;3],[7;1],[45;-2],", tlx::LOG_TX);

@@ -14,6 +14,7 @@
 #include "platform/sim/SimDesktop.h"
 #include "platform/sim/SimPresentation.h"
 #include "platform/sim/VirtualScheduler.h"
+#include "presentation/PresentationModules.h"
 #include "presentation/Tallix.h"
 
 #ifndef TLX_BENCH_SOURCE_DIR
@@ -47,6 +48,7 @@ struct Show {
         fs::copy_file(fs::path(TLX_BENCH_SOURCE_DIR) / "examples" / "decks" / "demo.pptx", dir / "show" / "demo.pptx");
         presentation.start();
         c = std::make_unique<tlx::Controller>(tlx::Ports{scheduler, desktop, dialogs, tray, presentation});
+        tlx::installPresentationSide(*c);
         c->spreadsheet = &sheets;
         tlx::Main(*c);
         scheduler.runDue();

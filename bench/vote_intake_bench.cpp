@@ -16,6 +16,7 @@
 #include "platform/sim/SimDesktop.h"
 #include "platform/sim/SimPresentation.h"
 #include "platform/sim/VirtualScheduler.h"
+#include "presentation/PresentationModules.h"
 #include "presentation/Tallix.h"
 #include "presentation/VoteIntake.h"
 
@@ -44,6 +45,7 @@ struct Intake {
         desktop.setEnvironment("PROGRAMDATA", (dir / "programdata").string());
         desktop.setEnvironment("TEMP", (dir / "temp").string());
         c = std::make_unique<tlx::Controller>(tlx::Ports{scheduler, desktop, dialogs, tray, presentation});
+        tlx::installPresentationSide(*c);
         tlx::Main(*c);
         scheduler.runDue();
         c->glo.bases.clear();

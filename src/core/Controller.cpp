@@ -18,11 +18,6 @@
 #include "ports/PresentationApp.h"
 #include "ports/Scheduler.h"
 #include "ports/Tray.h"
-#include "presentation/HotKeys.h"
-#include "presentation/PresentationTargets.h"
-#include "presentation/PresentationWatcher.h"
-#include "presentation/VoteIntake.h"
-#include "presentation/VoteRun.h"
 
 namespace tlx {
 
@@ -76,14 +71,10 @@ Controller::Controller(Ports p)
       settings(glo, p.desktop),
       forms(p.scheduler),
       drivers(std::make_unique<NoBaseDrivers>()),
-      watcher(std::make_unique<PresentationWatcher>(*this)),
-      voteRun(std::make_unique<VoteRun>(*this)),
-      intake(std::make_unique<VoteIntakeModule>(*this)),
-      hotKeys(std::make_unique<KeyboardHook>(*this)),
-      targets(std::make_unique<PresentationTargets>(*this)),
+      presentationSide(std::make_unique<PresentationSide>()),
+      targets(std::make_unique<DefaultCommandTargets>(*this)),
       dispatcher(std::make_unique<CommandDispatcher>(*this)) {
     glo.installFolder = p.desktop.installFolder();
-    voteIntake = intake.get();
 }
 
 Controller::~Controller() = default;
@@ -102,22 +93,15 @@ void Controller::setUsePowerPoint(bool on) {
     glo.usePowerPoint = on;
     if (on) return;  // attaching again is lazy, as at start-up
     glo.ppApp = nullptr;
-    watcher->forgetAttachment();
+    presentationSide->forgetAttachment();
 }
 
-void Controller::attachPresentation() { watcher->InitPPTObject(false); }
+void Controller::attachPresentation() { presentationSide->attach(); }
 
 void Controller::loadMainForm() {
     if (mainForm()) return;
     MainForm& main = forms.load<MainForm>(*this);
-    main.tmrCheck4PPT.onTick = [this] { watcher->tmrCheck4PPT_Timer(); };
-    main.tmrCheckSlideShow.onTick = [this] { watcher->tmrCheckSlideShow_Timer(); };
-    main.tmrCheck4Vote.onTick = [this] { voteRun->tmrCheck4Vote_Timer(); };
-    main.tmrRunVote.onTick = [this] { voteRun->tmrRunVote_Timer(); };
-    main.tmrVKeyPressed.onTick = [this] { voteRun->tmrVKeyPressed_Timer(); };
-    main.tmr_VotesRxBuffer.onTick = [this] { intake->tmr_VotesRxBuffer_Timer(); };
-    main.tmr_simulateVotes.onTick = [this] { intake->tmr_simulateVotes_Timer(); };
-    main.tmr_refreshLowLevelKeyboardHook.onTick = [this] { hotKeys->tmr_refreshLowLevelKeyboardHook_Timer(); };
+    presentationSide->wireMainForm(main);
     main.Form_Load();
 }
 
@@ -308,7 +292,7 @@ void Controller::GlobalInitSub() {
 
         attachPresentation();  // 5
         if (stopped()) return;
-        watcher->ShowHideTaskBar(true);  // 6: hidden only over a full-screen show running now
+        presentationSide->showHideTaskBar(true);  // 6: hidden only over a full-screen show running now
         glo.intakeTuning[0] = 1;
         glo.intakeTuning[1] = 2;
         glo.intakeTuning[2] = 256;
@@ -340,7 +324,7 @@ void Controller::GlobalInitSub() {
             const double version = ParseNumber(glo.pptVersion);
             m->tmrCheckSlideShow.setEnabled(version > 0 && version < 9);
         }
-        if (glo.hookAllowed && keyboard) hotKeys->SetHook();
+        if (glo.hookAllowed && keyboard) presentationSide->setHook();
         if (stopped()) return;
         (void)start;
         const double elapsed = ports.scheduler.monotonicSeconds() - startCounter;  // 14
@@ -366,7 +350,7 @@ void Controller::FullShutdown(bool showCloseForm) {
     });
     step([&] { ports.desktop.showTaskBar(true); });
     step([&] {
-        if (glo.hookActive) hotKeys->RemoveHook();
+        if (glo.hookActive) presentationSide->removeHook();
     });
     const auto loaded = forms.all();
     for (std::size_t i = loaded.size(); i-- > 0;) {

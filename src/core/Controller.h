@@ -11,6 +11,7 @@
 #include "core/Form.h"
 #include "core/GlobalState.h"
 #include "core/Logs.h"
+#include "core/PresentationSide.h"
 #include "core/Settings.h"
 #include "core/Signal.h"
 
@@ -60,11 +61,15 @@ public:
     VoteIntake* voteIntake = nullptr;
     // Where the presenter's keys come from (set by the wiring; none means no hot keys).
     KeyboardSource* keyboard = nullptr;
-    // The presentation side: following the show, the vote run, vote intake, hot keys.
-    std::unique_ptr<PresentationWatcher> watcher;
-    std::unique_ptr<VoteRun> voteRun;
-    std::unique_ptr<VoteIntakeModule> intake;
-    std::unique_ptr<KeyboardHook> hotKeys;
+    // The layer above: following the show, the vote run, vote intake, hot keys. The core calls
+    // it only through this face; the wiring replaces the empty default.
+    std::unique_ptr<PresentationSide> presentationSide;
+    // Its modules, owned by `presentationSide` and set when it is installed, for the modules
+    // of that layer to reach each other (the core never calls through them).
+    PresentationWatcher* watcher = nullptr;
+    VoteRun* voteRun = nullptr;
+    VoteIntakeModule* intake = nullptr;
+    KeyboardHook* hotKeys = nullptr;
     // The participant-list workbooks; set by the wiring (without it a workbook beside the
     // presentation is reported as unreadable).
     Spreadsheet* spreadsheet = nullptr;

@@ -10,7 +10,7 @@
 #include "ports/Dialogs.h"
 #include "ports/PresentationApp.h"
 #include "ports/Tray.h"
-#include "presentation/PresentationWatcher.h"
+#include "core/PresentationSide.h"
 #include "tlx/Version.h"
 
 namespace tlx {
@@ -209,9 +209,9 @@ void MainForm::TaskQuit() {
     });
 }
 
-void MainForm::SlideShowBegin(ppt::SlideShowWindow* Wn) { c_.watcher->SlideShowBegin(Wn); }
-void MainForm::SlideShowNextSlide() { c_.watcher->SlideShowNextSlide(); }
-void MainForm::SlideShowEnd() { c_.watcher->SlideShowEnd(); }
+void MainForm::SlideShowBegin(ppt::SlideShowWindow* Wn) { c_.presentationSide->slideShowBegin(Wn); }
+void MainForm::SlideShowNextSlide() { c_.presentationSide->slideShowNextSlide(); }
+void MainForm::SlideShowEnd() { c_.presentationSide->slideShowEnd(); }
 
 void MainForm::stopTimers() {
     for (Timer* t : timers()) t->setEnabled(false);

@@ -2,6 +2,7 @@
 
 #include "core/Text.h"
 #include "ports/AppError.h"
+#include "presentation/PresentationModules.h"
 #include "support/TestWorld.h"
 
 namespace tlx::test {
@@ -83,6 +84,7 @@ void useFakePresentation(TestWorld& world, FakePresentationApp& presentation) {
     world.controller.reset();
     world.controller = std::make_unique<Controller>(
         Ports{world.scheduler, world.desktop, world.dialogs, world.tray, presentation});
+    installPresentationSide(*world.controller);
 }
 
 }  // namespace tlx::test

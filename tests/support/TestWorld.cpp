@@ -10,6 +10,7 @@
 #include "core/Settings.h"
 #include "core/Text.h"
 #include "drivers/KelvarinDrivers.h"
+#include "presentation/PresentationModules.h"
 #include "presentation/Tallix.h"
 
 namespace tlx::test {
@@ -74,6 +75,7 @@ TestWorld::TestWorld(bool presentationRunning) {
     desktop.setInstallFolder(install());
     if (presentationRunning) presentation.start();
     controller = std::make_unique<Controller>(Ports{scheduler, desktop, dialogs, tray, presentation});
+    installPresentationSide(*controller);
     controller->keyboard = &keyboard;
 }
 

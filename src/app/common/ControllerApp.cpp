@@ -37,6 +37,7 @@
 #include "platform/sim/SimShowScreen.h"
 #include "platform/sim/basesim/SimBasesAdapter.h"
 #include "platform/sim/basesim/SimBaseLibrary.h"
+#include "presentation/PresentationModules.h"
 #include "presentation/Tallix.h"
 #include "textvote/TextVoteCollection.h"
 #include "ui/ShowWindow.h"
@@ -228,6 +229,7 @@ int runController(int argc, char** argv, const ControllerOptions& requested, std
     }
 
     Controller controller(Ports{scheduler, desktop, *dialogs, *tray, presentation});
+    installPresentationSide(controller);
     controller.keyboard = &keyboard;
     controller.spreadsheet = &spreadsheet;
     controller.drivers = std::make_unique<KelvarinDrivers>(controller, *library);

@@ -1,0 +1,22 @@
+# The layers' include rules, checked on the sources: the core includes nothing above it, and
+# no logic module includes Qt, an adapter, a view, a program or an operating-system header.
+# Run as: cmake -DSRC=<source tree>/src -P check-layers.cmake
+set(faults "")
+set(logic core presentation drivers audio textvote setup)
+foreach(area IN LISTS logic)
+  file(GLOB_RECURSE files "${SRC}/${area}/*.h" "${SRC}/${area}/*.cpp")
+  foreach(f IN LISTS files)
+    file(STRINGS "${f}" lines REGEX "^[ \t]*#[ \t]*include")
+    foreach(line IN LISTS lines)
+      if(line MATCHES "[<\"](Q[A-Za-z]*|platform/|ui/|app/|unistd\\.h|fcntl\\.h|windows\\.h|sys/)")
+        list(APPEND faults "${f}: ${line}")
+      elseif(area STREQUAL "core" AND line MATCHES "\"([a-z]+)/" AND NOT CMAKE_MATCH_1 MATCHES "^(core|ports|tlx)$")
+        list(APPEND faults "${f}: ${line} (the core includes nothing above it)")
+      endif()
+    endforeach()
+  endforeach()
+endforeach()
+if(faults)
+  list(JOIN faults "\n" text)
+  message(FATAL_ERROR "include rules broken:\n${text}")
+endif()
