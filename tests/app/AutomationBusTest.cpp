@@ -8,7 +8,6 @@
 
 #include "app/BusTestSupport.h"
 #include "core/MainForm.h"
-#include "core/PortFile.h"
 #include "platform/dbus/DbusAutomationServer.h"
 #include "platform/dbus/DbusNames.h"
 
@@ -27,11 +26,7 @@ public:
     std::function<void()> whileOpening;
 };
 
-void oneBase(TestWorld& w) {
-    PortFileData d;
-    d.bases = {{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}};
-    ASSERT_EQ(writePortFile(w.appData() / "tallix" / "port.tlc", d), PortFileWriteStatus::Ok);
-}
+void oneBase(TestWorld& w) { w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}}); }
 
 std::string errorOf(const QDBusMessage& m) {
     if (m.type() != QDBusMessage::ErrorMessage) return "no error";
@@ -104,14 +99,6 @@ TEST_F(AutomationBus, IntrospectionGivesTheMethodsInOrderWithTheirArgumentNames)
         "signal VKeyPressed",
     };
     EXPECT_EQ(found, expected);
-
-    // Without a simulation serving there are no control objects.
-    const QString root = answerOf(callOn(bus.connect("look"), "/", "org.freedesktop.DBus.Introspectable", "Introspect")).toString();
-    EXPECT_TRUE(root.contains("<node name=\"tallix\"/>")) << root.toStdString();
-    EXPECT_FALSE(root.contains("sim"));
-    const QDBusMessage sim = callOn(bus.connect("look"), QLatin1String(bus::kSimShowPath),
-                                    QLatin1String(bus::kSimShowInterface), "Begin");
-    EXPECT_EQ(sim.errorName(), "org.freedesktop.DBus.Error.UnknownObject");
 }
 
 TEST_F(AutomationBus, CommandsAreRefusedUntilTheControllerHasInitialisedThenQueued) {
@@ -272,10 +259,16 @@ TEST_F(AutomationBus, SimulationObjectsRelayToTheSimulationAndReportItsFailures)
     w.start();
     FakeSim sim;
     serve();
-    server->serveSimulation(&sim, &sim);  // published at once while serving
     QDBusConnection c = bus.connect("sim");
     auto s = [&](const QString& m, const QVariantList& a = {}) { return callOn(c, "/sim/show", "tallix_control.SimShow", m, a); };
     auto b = [&](const QString& m, const QVariantList& a = {}) { return callOn(c, "/sim/bases", "tallix_control.SimBases", m, a); };
+    auto root = [&] { return answerOf(callOn(c, "/", "org.freedesktop.DBus.Introspectable", "Introspect")).toString(); };
+    // Without a simulation serving there are no control objects.
+    EXPECT_TRUE(root().contains("<node name=\"tallix\"/>")) << root().toStdString();
+    EXPECT_FALSE(root().contains("sim"));
+    EXPECT_EQ(s("Begin").errorName(), "org.freedesktop.DBus.Error.UnknownObject");
+    server->serveSimulation(&sim, &sim);  // published at once while serving
+    EXPECT_TRUE(root().contains("\"sim\""));
     for (const auto& m :
          {s("Open", {"/decks/vote.pptx"}), s("Begin"), s("GoTo", {3}), s("KeyDown", {86}), s("KeyUp", {86}), s("Next"),
           s("Previous"), s("End"), b("Press", {"100100100100", 5, "3"}), b("Crowd", {"200200200200", 40, "ABCD", 20}),
@@ -299,6 +292,7 @@ TEST_F(AutomationBus, SimulationObjectsRelayToTheSimulationAndReportItsFailures)
     // Withdrawn with the simulation; the class stays.
     server->serveSimulation(nullptr, nullptr);
     EXPECT_EQ(s("Begin").errorName(), "org.freedesktop.DBus.Error.UnknownObject");
+    EXPECT_FALSE(root().contains("sim"));
     BusClient a(bus, "a");
     EXPECT_TRUE(answerOf(a.call("SendCommand", {"X"})).toBool());
 }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <QDBusConnectionInterface>
-#include <QDBusReply>
 #include <QProcess>
 #include <signal.h>
 
@@ -14,15 +13,6 @@
 
 using namespace tlx;
 using namespace tlx::test;
-
-namespace {
-
-bool nameOwned(const QDBusConnection& c) {
-    const QDBusReply<bool> r = c.interface()->isServiceRegistered(QLatin1String(bus::kService));
-    return r.isValid() && r.value();
-}
-
-}  // namespace
 
 TEST(ServiceActivation, ACallStartsTheControllerWhenNoneRuns) {
     busApp();

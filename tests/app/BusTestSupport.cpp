@@ -1,6 +1,8 @@
 #include "app/BusTestSupport.h"
 
+#include <QDBusConnectionInterface>
 #include <QDBusError>
+#include <QDBusReply>
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QDeadlineTimer>
@@ -22,6 +24,11 @@ QProcessEnvironment folderEnvironment(const TestWorld& folders, QProcessEnvironm
     env.insert(QStringLiteral("PROGRAMDATA"), QString::fromStdString(folders.programData().string()));
     env.insert(QStringLiteral("TEMP"), QString::fromStdString(folders.temp().string()));
     return env;
+}
+
+bool nameOwned(const QDBusConnection& c) {
+    const QDBusReply<bool> r = c.interface()->isServiceRegistered(QLatin1String(bus::kService));
+    return r.isValid() && r.value();
 }
 
 QCoreApplication& busApp() {

@@ -30,6 +30,9 @@ QCoreApplication& busApp();
 // Lets the Qt loop turn until the condition holds or the limit passes.
 bool waitFor(const std::function<bool()>& condition, double seconds = 20.0);
 
+// Whether some connection on the bus owns the automation class's name.
+bool nameOwned(const QDBusConnection& c);
+
 // dbus-daemon of our own, stopped with the object. Activated services inherit `env`.
 class PrivateBus {
 public:

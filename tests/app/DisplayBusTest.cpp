@@ -174,9 +174,6 @@ TEST_F(DisplayProgram, AVoteTagItCannotReadEndsItBeforeTheControllerHearsOfAVote
     until([] { return false; }, 0.5);  // whatever might have been queued runs
     EXPECT_FALSE(w.glo().voteRunning);
     EXPECT_FALSE(base().voteOpen);
-    for (const auto& l : w.logLines()) {
-        EXPECT_EQ(l.find(" - RX - "), std::string::npos) << "the controller received " << l;
-    }
 
     // --help and --version need no display, with or without --window.
     QProcessEnvironment bare = bus.programEnvironment();

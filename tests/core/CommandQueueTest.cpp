@@ -222,15 +222,3 @@ TEST_F(CommandChannel, TheKeypadTestWindowAlsoGetsTheOutgoingDataWhileLoaded) {
 }
 
 // Random command bytes: the command_lines fuzz harness.
-TEST_F(CommandChannel, VeryLongLinesNeverBreakTheDispatcher) {
-    send("votename=" + std::string(1 << 20, 'x'));
-    EXPECT_EQ(w.glo().voteName.size(), std::size_t{1} << 20);
-    send("randomvotestring=" + std::string(200000, ';'));
-    send("options=" + std::string(300, '9'));  // 1e300: far beyond 16 bits
-    EXPECT_EQ(w.glo().optionCount, 32767);
-    send(std::string(500000, 'Q'));
-    // Still answering afterwards.
-    send("votename=alive");
-    EXPECT_EQ(w.glo().voteName, "alive");
-    EXPECT_EQ(w.main().txt_command, "");
-}

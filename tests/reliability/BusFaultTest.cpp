@@ -1,13 +1,11 @@
 // Faults on the session bus: a display program that vanishes mid-vote, a client that never
 // reads, a burst of malformed calls, and the presentation program closed mid-vote in a real
-// controller process. What the bus offers, and where.
+// controller process.
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <signal.h>
-#include <sys/prctl.h>
 
-#include <QDBusConnectionInterface>
-#include <QDBusReply>
+#include <QDBusPendingCall>
 #include <QProcess>
 
 #include "EventWorld.h"
@@ -15,7 +13,6 @@
 #include "platform/dbus/DbusAutomationServer.h"
 #include "platform/dbus/DbusNames.h"
 #include "platform/files/pptx/DeckBuilder.h"
-#include "platform/sim/basesim/SimBasesAdapter.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -24,11 +21,6 @@ namespace fs = std::filesystem;
 namespace {
 
 QString qs(const std::string& s) { return QString::fromStdString(s); }
-
-bool nameOwned(const QDBusConnection& c) {
-    const QDBusReply<bool> r = c.interface()->isServiceRegistered(QLatin1String(bus::kService));
-    return r.isValid() && r.value();
-}
 
 // What a bus client has heard, counted by record.
 Display tally(const BusClient& c, Controller& controller) {
@@ -97,9 +89,8 @@ TEST_F(BusEvent, ADisplayProgramThatVanishesMidVoteLeavesTheOtherReceivingEveryt
 
 TEST_F(BusEvent, AClientThatNeverReadsLeavesTheControllersMemoryFlatAndTheOthersServed) {
     // A listener that subscribes and then stops reading: its process is frozen.
-    QProcess frozen;
+    OwnedProcess frozen;
     frozen.setProcessEnvironment(bus.programEnvironment());
-    frozen.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
     frozen.start(TLXCTL_PATH, {"listen", "--count", "1000000", "--seconds", "600"});
     ASSERT_TRUE(frozen.waitForStarted(10000));
     ASSERT_TRUE(waitFor([&] { return server->clientCount() == 1; }));
@@ -168,27 +159,6 @@ TEST_F(BusEvent, ABurstOfMalformedCallsAndCommandLinesChangesNothing) {
     EXPECT_TRUE(d.doubled().empty());
 }
 
-TEST_F(BusEvent, TheSimulationObjectsExistOnlyWhileTheSimulationServes) {
-    BusClient c(bus, "c");
-    auto introspect = [&](const char* path) {
-        return callOn(bus.connect("look"), path, "org.freedesktop.DBus.Introspectable", "Introspect")
-            .arguments()
-            .value(0)
-            .toString()
-            .toStdString();
-    };
-    EXPECT_EQ(introspect("/").find("\"sim\""), std::string::npos);
-    EXPECT_EQ(callOn(bus.connect("look"), "/sim/bases", "tallix_control.SimBases", "Bases").errorName(),
-              "org.freedesktop.DBus.Error.UnknownObject");
-    SimBasesAdapter bases(w.baseLibrary);
-    server->serveSimulation(&w.presentation, &bases);
-    EXPECT_NE(introspect("/").find("\"sim\""), std::string::npos);
-    EXPECT_EQ(callOn(bus.connect("look"), "/sim/bases", "tallix_control.SimBases", "Bases").type(),
-              QDBusMessage::ReplyMessage);
-    server->serveSimulation(nullptr, nullptr);
-    EXPECT_EQ(introspect("/").find("\"sim\""), std::string::npos);
-}
-
 TEST(ControllerProcess, ClosingThePresentationMidVoteShutsDownInOrderAndLeavesTheBus) {
     busApp();
     PrivateBus session, system;
@@ -209,15 +179,11 @@ TEST(ControllerProcess, ClosingThePresentationMidVoteShutsDownInOrderAndLeavesTh
     writeFile(folders.appData() / "tallix" / "tlx.ini", "[DEBUG]\r\nLOGEVENTS TO FILE=1\r\n");
     folders.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40, false, 0, 0}});
 
-    QProcessEnvironment env = session.programEnvironment();
-    env.insert("APPDATA", qs(folders.appData().string()));
-    env.insert("PROGRAMDATA", qs(folders.programData().string()));
-    env.insert("TEMP", qs(folders.temp().string()));
+    QProcessEnvironment env = folderEnvironment(folders, session.programEnvironment());
     // A system bus is there too: the controller must not offer itself on it.
     env.insert("DBUS_SYSTEM_BUS_ADDRESS", system.programEnvironment().value("DBUS_SESSION_BUS_ADDRESS"));
-    QProcess ctrl;
+    OwnedProcess ctrl;
     ctrl.setProcessEnvironment(env);
-    ctrl.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
     ctrl.start(TLXCTRL_PATH, {"--headless", "--automation", "--sim", qs(sim.string())});
     ASSERT_TRUE(ctrl.waitForStarted(10000));
     QDBusConnection look = session.connect("look");
