@@ -35,12 +35,20 @@ DebugWindowHandlesForm::DebugWindowHandlesForm(Controller& controller) : Form(kN
 }
 
 void DebugWindowHandlesForm::Refresh() {
+    rows.clear();
+    if (topLevelWindows) {
+        rows = topLevelWindows();
+    } else {
+        int i = 0;
+        for (Form* f : c_.forms.all())
+            rows.push_back(WindowHandleRow{numText(i++), f->Name(), f->Caption(), f->Visible(), f->topMost});
+    }
+    foregroundClass = c_.ports.desktop.foregroundWindowClass();
     lines.clear();
-    int i = 0;
-    for (Form* f : c_.forms.all())
-        lines.push_back(numText(i++) + ": " + f->Name() + " \"" + f->Caption() + "\"" +
-                        (f->Visible() ? " visible" : " hidden") + (f->topMost ? " top-most" : ""));
-    lines.push_back("foreground: " + c_.ports.desktop.foregroundWindowClass());
+    for (const auto& r : rows)
+        lines.push_back(r.handle + ": " + r.className + " \"" + r.caption + "\"" + (r.visible ? " visible" : " hidden") +
+                        (r.topMost ? " top-most" : ""));
+    lines.push_back("foreground: " + foregroundClass);
     changed();
 }
 

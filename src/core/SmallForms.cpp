@@ -38,6 +38,7 @@ void KeypadTestForm::unloading() {
 CloseControllerForm::CloseControllerForm(Controller& controller)
     : Form(kName), tmr_CloseApp(controller.ports.scheduler, "tmr_CloseApp", 100), c_(controller) {
     tmr_CloseApp.onTick = [this] { tmr_CloseApp_Timer(); };
+    setCaption("tallix controller");
 }
 
 void CloseControllerForm::tmr_CloseApp_Timer() {

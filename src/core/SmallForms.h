@@ -49,6 +49,7 @@ public:
     static constexpr const char* kName = "frm_CloseController";
     explicit CloseControllerForm(Controller& controller);
     Timer tmr_CloseApp;
+    std::string lblStatus = "Closing the tallix controller ...";
 
 private:
     void tmr_CloseApp_Timer();

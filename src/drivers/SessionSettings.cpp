@@ -27,8 +27,21 @@ int toInt(const std::string& s) {
 // A number as the form shows it, read through the shared reader.
 std::string numberText(const std::string& s) { return numText(static_cast<long long>(toInt(s))); }
 
-// Time and count fields take no negative values.
-int nonNegative(const std::string& s) { return std::max(0, toInt(s)); }
+// Time and count fields go to 16-bit fields of the base: a value outside 0..65535 is
+// corrected to the nearer end rather than refused.
+int timeOrCount(const std::string& s) { return std::clamp(toInt(s), 0, 65535); }
+
+// Text that holds a number at all: the shared reader gives 0 for "abc" as for "0".
+bool isNumber(const std::string& s) {
+    return std::any_of(s.begin(), s.end(), [](char ch) { return ch >= '0' && ch <= '9'; });
+}
+
+// "" when the text is a whole number within the range, else the control's message.
+std::string rangeMessage(const std::string& label, const std::string& text, int lo, int hi) {
+    const double v = ParseNumber(text);
+    if (isNumber(text) && v >= lo && v <= hi && v == std::floor(v)) return {};
+    return label + " must be a whole number from " + numText(lo) + " to " + numText(hi);
+}
 
 }  // namespace
 
@@ -76,16 +89,16 @@ KelvarinSessionConfig frmPrioritizerSessionSettings::toSession(KelvarinSessionCo
     s.SessionID = toInt(txtID);
     s.SessionName = txtName;
     s.RegistryMode = cmbRegistryMode;
-    s.StaticRegSIDOffset = nonNegative(txtStaticRegSIDOffset);
-    s.StaticRegSIDMax = nonNegative(txtStaticRegSIDMax);
+    s.StaticRegSIDOffset = timeOrCount(txtStaticRegSIDOffset);
+    s.StaticRegSIDMax = timeOrCount(txtStaticRegSIDMax);
     s.PrimaryChannel = toInt(txtChannel);
     for (std::size_t i = 0; i < 8; ++i) s.AltChannels[i] = toInt(txtSessionChannel[i + 1]);
     s.AutoScanEnabled = chkAutoScanEnabled;
     s.AutoScanAllChannels = chkScanAllChannels;
-    s.AutoOffNoKeypress = nonNegative(txtAutoOffKeyPress);
-    s.AutoOffNoSignal = nonNegative(txtAutoOffNoSignal);
-    s.VoteSleepTimer = nonNegative(txtVoteSleepTimer);
-    s.PacketRetryCount = nonNegative(txtPacketRetryCount);
+    s.AutoOffNoKeypress = timeOrCount(txtAutoOffKeyPress);
+    s.AutoOffNoSignal = timeOrCount(txtAutoOffNoSignal);
+    s.VoteSleepTimer = timeOrCount(txtVoteSleepTimer);
+    s.PacketRetryCount = timeOrCount(txtPacketRetryCount);
     s.HighNoiseMode = chkHighNoiseMode;
     return s;
 }
@@ -176,9 +189,40 @@ void frmPrioritizerSessionSettings::cmdEnvironment() {
     changed();
 }
 
+std::string frmPrioritizerSessionSettings::checkControls() const {
+    std::string first;
+    auto check = [&](std::string message) {
+        if (first.empty()) first = std::move(message);
+    };
+    check(rangeMessage("Session ID", txtID, 1, 65535));
+    if (trim(txtName).empty()) check("Please enter a session name");
+    if (cmbRegistryMode < 0 || cmbRegistryMode >= static_cast<int>(registryModes().size()))
+        check("Please choose a registry mode");
+    if (staticRegistryFieldsVisible()) {
+        check(rangeMessage("Static Registry Keypad Offset", txtStaticRegSIDOffset, 0, 4094));
+        check(rangeMessage("Static Registry Maximum Keypads", txtStaticRegSIDMax, 1, 4095));
+    }
+    check(rangeMessage("Primary Channel", txtChannel, kFirstChannel, kLastChannel));
+    for (int i = 1; i <= 8; ++i)
+        check(rangeMessage("Alternative Channel " + numText(i), txtSessionChannel[static_cast<std::size_t>(i)],
+                           kFirstChannel, kLastChannel));
+    // Time and count fields are corrected into range, but must hold a number.
+    const std::pair<const char*, const std::string*> counts[] = {{"Auto Off (No Keypress)", &txtAutoOffKeyPress},
+                                                                 {"Auto Off (No Signal)", &txtAutoOffNoSignal},
+                                                                 {"Vote Sleep Timer", &txtVoteSleepTimer},
+                                                                 {"Packet Retry Count", &txtPacketRetryCount}};
+    for (const auto& [label, text] : counts)
+        if (!isNumber(*text)) check(std::string(label) + " must be a number");
+    return first;
+}
+
 bool frmPrioritizerSessionSettings::cmdOK() {
     bool ok = false;
     trap(c_.errors, kName, "cmdOK_Click", [&] {
+        if (const std::string problem = checkControls(); !problem.empty()) {
+            c_.ports.dialogs.message(kCheckTitle, problem, MsgIcon::Exclamation);
+            return;
+        }
         if (driver_ && driver_->SetSessionConfig(base_, toSession(loaded_)) != BaseErrorCode::Success) return;
         ok = true;
     });

@@ -33,6 +33,10 @@ public:
     std::string txtStaticRegSIDMax;
     // The static registry fields and their labels show only for the "Static" mode.
     bool staticRegistryFieldsVisible() const;
+    // Scanning every channel is a kind of automatic scan: without it the box is disabled.
+    bool scanAllChannelsEnabled() const { return chkAutoScanEnabled; }
+    // The environmental fields are edited once the environment settings are chosen.
+    bool environmentFieldsEnabled() const { return EnvironmentModeSelected; }
     std::string txtChannel;
     std::array<std::string, 9> txtSessionChannel;  // indices 1..8
     bool chkAutoScanEnabled = true;
@@ -55,8 +59,14 @@ public:
     void cmdSaveAsDefault();
     void cmdAdvancedOptions();
     void cmdEnvironment();
-    // Writes the controls to the base and closes; false when the base refused.
+    // Checks the controls, writes them to the base and closes; false when a control holds a
+    // bad value (its message is shown, nothing is written and the form stays) or the base
+    // refused.
     bool cmdOK();
+    // The message for the first control whose value cannot be sent, "" when all can.
+    std::string checkControls() const;
+    static constexpr const char* kCheckTitle = "Session Settings";
+    static constexpr int kFirstChannel = 1, kLastChannel = 77;
     void cmdCancel();
 
     // The defaults file into the controls, and the controls into it, without asking.

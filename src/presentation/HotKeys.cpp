@@ -471,6 +471,8 @@ void cRegHotKey::onHotKey(int id) {
 
 frmHotKey::frmHotKey(Controller& controller) : Form(kName), m_cHotKey(controller), c_(controller) {
     m_cHotKey.HotKeyPress = [this](const std::string& name) { HotKeyPress(name); };
+    setCaption("Hot Key");
+    lblStatus = "Hot Key Disabled";  // until the keys are registered
 }
 
 void frmHotKey::RegisterPresenterKeys(std::intptr_t window) {

@@ -1,4 +1,5 @@
 #include "ui/AudioViews.h"
+#include "ui/ViewStyle.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -98,6 +99,7 @@ void bar(QProgressBar* b, const AudioProgressBar& m) {
 
 AudioWindowView::AudioWindowView(Controller&, frmAudio& model) : model_(model) {
     auto* lay = new QVBoxLayout(this);
+    style::window(lay);
 
     auto* top = new QHBoxLayout;
     micIcon_ = new QLabel;

@@ -1,4 +1,5 @@
 #include "ui/SetupViews.h"
+#include "ui/ViewStyle.h"
 
 #include <QCategoryAxis>
 #include <QBarSeries>
@@ -87,6 +88,7 @@ QPushButton* button(const char* caption, QWidget* parent = nullptr) { return new
 ChannelScanView::ChannelScanView(frmKelvarinCorehubChannelScan& model) : model_(model) {
     using Option = frmKelvarinCorehubChannelScan::Option;
     auto* lay = new QHBoxLayout(this);
+    style::window(lay);
     auto* left = new QVBoxLayout;
     auto* right = new QVBoxLayout;
     lay->addLayout(left, 2);
@@ -371,6 +373,7 @@ void ChannelScanView::refreshChart() {
 
 SystemPrepView::SystemPrepView(frmKelvarinCorehubSystemPrep& model) : model_(model) {
     auto* lay = new QVBoxLayout(this);
+    style::window(lay);
     auto* top = new QHBoxLayout;
     status_ = new QLabel;
     QFont bold = status_->font();

@@ -1,4 +1,5 @@
 #include "ui/TextVoteView.h"
+#include "ui/ViewStyle.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -114,6 +115,7 @@ QPushButton* button(const char* caption, const char* name) {
 TextVoteView::TextVoteView(frmTextVoteCollection& model) : model_(model) {
     setObjectName(frmTextVoteCollection::kName);
     auto* lay = new QVBoxLayout(this);
+    style::window(lay);
 
     auto* top = new QHBoxLayout;
     top->addWidget(new QLabel("Session Name"));

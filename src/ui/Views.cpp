@@ -16,7 +16,6 @@
 #include <QVBoxLayout>
 
 #include "core/Controller.h"
-#include "core/DebugForms.h"
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
 #include "core/SmallForms.h"
@@ -24,6 +23,7 @@
 #include "ui/SetupViews.h"
 #include "ui/TextVoteView.h"
 #include "ui/AudioViews.h"
+#include "ui/WindowViews.h"
 
 namespace tlx {
 
@@ -243,34 +243,11 @@ void BubbleLogView::refresh() {
     text_->setPlainText(q(model_.txtLog));
 }
 
-DebugLinesView::DebugLinesView(Form& model, const std::vector<std::string>& lines) : model_(model), lines_(lines) {
-    auto* lay = new QVBoxLayout(this);
-    text_ = new QPlainTextEdit;
-    text_->setReadOnly(true);
-    text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    lay->addWidget(text_);
-    resize(520, 360);
-    sub_ = model_.changed.connect([this] { refresh(); });
-    refresh();
-}
-
-DebugLinesView::~DebugLinesView() { detach(); }
-
-void DebugLinesView::detach() {
-    if (sub_) model_.changed.disconnect(sub_);
-    sub_ = 0;
-}
-
-void DebugLinesView::refresh() {
-    if (!sub_) return;
-    setWindowTitle(q(model_.Caption()));
-    std::string all;
-    for (const auto& l : lines_) all += l + "\n";
-    text_->setPlainText(q(all));
-}
-
 ViewManager::ViewManager(Controller& controller) : c_(controller) {
     addViewFactory(makeAudioView);
+    for (auto make : {makeSessionSettingsView, makeDebugFormView, makeWindowHandlesView, makeProcessListView,
+                      makeHotKeyView, makeCloseControllerView})
+        addViewFactory(make);
     loadedSub_ = c_.forms.loaded.connect([this](Form& f) { onLoaded(f); });
     unloadedSub_ = c_.forms.unloaded.connect([this](Form& f) { onUnloaded(f); });
     for (Form* f : c_.forms.all()) onLoaded(*f);
@@ -296,12 +273,6 @@ void ViewManager::onLoaded(Form& form) {
         view = std::make_unique<FrmInitView>(c_, *i);
     else if (auto* b = dynamic_cast<BubbleMessageLogForm*>(&form))
         view = std::make_unique<BubbleLogView>(*b);
-    else if (auto* d = dynamic_cast<DebugForm*>(&form))
-        view = std::make_unique<DebugLinesView>(*d, d->lines);
-    else if (auto* h = dynamic_cast<DebugWindowHandlesForm*>(&form))
-        view = std::make_unique<DebugLinesView>(*h, h->lines);
-    else if (auto* p = dynamic_cast<DebugProcessListForm*>(&form))
-        view = std::make_unique<DebugLinesView>(*p, p->lines);
     if (!view) view = makeTextVoteView(form);
     if (!view) view = makeSetupView(form);
     for (const auto& make : factories_)

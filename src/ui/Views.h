@@ -93,22 +93,6 @@ private:
     std::uint64_t sub_ = 0;
 };
 
-// The debug windows: their lines in a read-only text box.
-class DebugLinesView : public QWidget, public ModelView {
-    Q_OBJECT
-public:
-    DebugLinesView(Form& model, const std::vector<std::string>& lines);
-    ~DebugLinesView() override;
-    void refresh();
-    void detach() override;
-
-private:
-    Form& model_;
-    const std::vector<std::string>& lines_;
-    QPlainTextEdit* text_;
-    std::uint64_t sub_ = 0;
-};
-
 // Creates a view when a form with one loads and shows it when the form is shown.
 class ViewManager {
 public:

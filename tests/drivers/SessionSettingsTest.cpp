@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "DriverWorld.h"
 #include "core/Settings.h"
 #include "drivers/SessionSettings.h"
@@ -77,4 +79,44 @@ TEST(SessionSettings, EditsABasesSession) {
     EXPECT_EQ(d.station().setup.session.PrimaryChannel, 45);
     EXPECT_EQ(d.station().setup.session.VoteSleepTimer, 0);
     EXPECT_FALSE(d.w.c().forms.isLoaded(frmPrioritizerSessionSettings::kName));
+}
+
+TEST(SessionSettings, OkRefusesABadValueWithItsMessageAndSendsNothing) {
+    DriverWorld d;
+    auto& f = d.w.c().forms.load<frmPrioritizerSessionSettings>(d.w.c(), &d.g2(), "0");
+    f.Form_Load();
+    const KelvarinSessionConfig before = d.station().setup.session;
+    // Each case spoils one control of a good form; the first bad control is the one named.
+    const std::vector<std::pair<std::function<void()>, std::string>> cases = {
+        {[&] { f.txtID = "0"; }, "Session ID must be a whole number from 1 to 65535"},
+        {[&] { f.txtID = "2.5"; }, "Session ID must be a whole number from 1 to 65535"},
+        {[&] { f.txtName = "  "; }, "Please enter a session name"},
+        {[&] { f.txtChannel = "78"; }, "Primary Channel must be a whole number from 1 to 77"},
+        {[&] { f.txtSessionChannel[8] = "abc"; }, "Alternative Channel 8 must be a whole number from 1 to 77"},
+        {[&] { f.cmbRegistryMode = 2; }, "Static Registry Maximum Keypads must be a whole number from 1 to 4095"},
+        {[&] { f.txtVoteSleepTimer = "soon"; }, "Vote Sleep Timer must be a number"},
+    };
+    for (const auto& [spoil, message] : cases) {
+        f.Form_Load();
+        spoil();
+        d.w.dialogs.shown.clear();
+        EXPECT_FALSE(f.cmdOK()) << message;
+        ASSERT_EQ(d.w.dialogs.shown.size(), 1u) << message;
+        EXPECT_EQ(d.w.dialogs.shown[0].title, "Session Settings");
+        EXPECT_EQ(d.w.dialogs.shown[0].text, message);
+        EXPECT_TRUE(d.w.c().forms.isLoaded(frmPrioritizerSessionSettings::kName));
+        EXPECT_EQ(d.station().setup.session.SessionID, before.SessionID);
+        EXPECT_EQ(d.station().setup.session.PrimaryChannel, before.PrimaryChannel);
+        EXPECT_EQ(d.station().setup.session.AltChannels, before.AltChannels);
+        EXPECT_EQ(d.station().setup.session.RegistryMode, before.RegistryMode);
+    }
+    // Times and counts out of range are corrected, not refused; a thousands comma reads.
+    f.Form_Load();
+    f.cmbRegistryMode = 2;
+    f.txtStaticRegSIDOffset = "100";
+    f.txtStaticRegSIDMax = "1,000";
+    f.txtAutoOffKeyPress = "99999";
+    EXPECT_TRUE(f.cmdOK());
+    EXPECT_EQ(d.station().setup.session.StaticRegSIDMax, 1000);
+    EXPECT_EQ(d.station().setup.session.AutoOffNoKeypress, 65535);
 }

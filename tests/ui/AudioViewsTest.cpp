@@ -58,13 +58,13 @@ TEST(AudioViews, WindowShowsTheQueueAndTheSpeakerCompactAndFull) {
     EXPECT_TRUE(buttonNamed(*view, "Stop")->isEnabled());
     EXPECT_FALSE(buttonNamed(*view, "Start")->isEnabled());
     EXPECT_FALSE(buttonNamed(*view, "Start Playthrough")->isVisible());  // compact
-    saveScreenshot(*view, "audio-window-compact");
+    saveScreenshot(*view, "frmAudio-compact");
 
     a.cmd_fullMode_Click();
     view = w.view<AudioWindowView>(frmAudio::kName);
     EXPECT_TRUE(buttonNamed(*view, "Start Playthrough")->isVisible());
     EXPECT_NE(buttonNamed(*view, "<<"), nullptr);
-    const auto png = saveScreenshot(*view, "audio-window-full");
+    const auto png = saveScreenshot(*view, "frmAudio-full");
     EXPECT_GT(std::filesystem::file_size(png), 1000u);
 
     // The presenter's click on Stop reaches the model.
@@ -81,12 +81,12 @@ TEST(AudioViews, SettingsDialogInBothStatesAndOkCarriesTheBoxes) {
     ASSERT_NE(view, nullptr);
     ASSERT_NE(buttonNamed(*view, ">>"), nullptr);
     const int basicHeight = view->height();
-    saveScreenshot(*view, "audio-settings-basic");
+    saveScreenshot(*view, "frmAudioSettings-basic");
     QTest::mouseClick(buttonNamed(*view, ">>"), Qt::LeftButton);
     view = w.view<AudioSettingsView>(frmAudioSettings::kName);
     ASSERT_NE(buttonNamed(*view, "<<"), nullptr);
     EXPECT_GT(view->height(), basicHeight);
-    saveScreenshot(*view, "audio-settings-advanced");
+    saveScreenshot(*view, "frmAudioSettings-advanced");
     // The first entry box is the talk time.
     QLineEdit* talk = nullptr;
     for (auto* e : view->findChildren<QLineEdit*>())

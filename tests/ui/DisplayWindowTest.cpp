@@ -119,7 +119,7 @@ TEST(DisplayWindow, ShowsTheQuestionLiveBarsAndVotersThenTheFinalTable) {
     EXPECT_TRUE(p.labelShows("Vote open"));
     EXPECT_TRUE(p.labelShows("8 voters of 80, 9 votes, 1 changed - open 0.2 s"));
     EXPECT_FALSE(w.findChild<QTableWidget*>()->isVisible()) << "no table while the vote runs";
-    EXPECT_GT(std::filesystem::file_size(p.screenshot("display-window-live")), 1000u);
+    EXPECT_GT(std::filesystem::file_size(p.screenshot("tlx-display-live")), 1000u);
 
     // A changed answer moves its keypad from one bar to the other.
     p.run->onData("[7;2],");
@@ -146,7 +146,7 @@ TEST(DisplayWindow, ShowsTheQuestionLiveBarsAndVotersThenTheFinalTable) {
     EXPECT_TRUE(p.labelShows("voters: 9 of 80 keypads (11.2%)"));
     EXPECT_TRUE(p.labelShows("votes received: 11 (2 changed answers)"));
     EXPECT_EQ(p.counts(), (std::vector<int>{0, 6, 2, 1}));
-    EXPECT_GT(std::filesystem::file_size(p.screenshot("display-window-result")), 1000u);
+    EXPECT_GT(std::filesystem::file_size(p.screenshot("tlx-display-result")), 1000u);
 
     // The window stays until the user is done with it; then the program ends with the run's code.
     EXPECT_FALSE(p.quitWith);
@@ -189,7 +189,7 @@ TEST(DisplayWindow, AVoteTagItCannotReadIsShownAndNoVoteIsSent) {
     EXPECT_TRUE(p.labelShows("No vote"));
     EXPECT_EQ(p.printed.back(), "problem: " + why.toStdString());
     EXPECT_FALSE(w.findChild<QChartView*>()->isVisible());
-    p.screenshot("display-window-problem");
+    p.screenshot("tlx-display-problem");
     // It stays up so that the message can be read, and ends with "no vote" when closed.
     EXPECT_FALSE(p.quitWith);
     w.closeVoteButton()->click();

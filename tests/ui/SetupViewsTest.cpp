@@ -87,7 +87,7 @@ channelnoise=24:0,45:10,60-77:80
     scan.txtVotesPerChannel = "30";
     scan.OptionLeft(frmKelvarinCorehubChannelScan::Option::VotesPerChannel);
     EXPECT_TRUE(showsLabel(*view, "Estimated scan time... 0h 1m 52s"));
-    saveScreenshot(*view, "channel-scan-options");
+    saveScreenshot(*view, "frmKelvarinCorehubChannelScan-options");
     buttonOf(*view, "Close")->click();
     EXPECT_FALSE(options->isVisible());
 
@@ -98,7 +98,7 @@ channelnoise=24:0,45:10,60-77:80
     EXPECT_TRUE(buttonOf(*view, "Cancel")->isEnabled());
     EXPECT_EQ(keypads->item(0, 2)->text().toStdString(), "Ready");
     scan.mnuShowDebug_Click();
-    saveScreenshot(*view, "channel-scan-scanning");
+    saveScreenshot(*view, "frmKelvarinCorehubChannelScan-scanning");
     // The close box is refused while scanning, and cancels the scan.
     view->close();
     EXPECT_TRUE(showsLabel(*view, "Cannot close whilst scanning"));
@@ -121,7 +121,7 @@ channelnoise=24:0,45:10,60-77:80
     EXPECT_EQ(axes.at(0)->titleText().toStdString(), "Channel Number");
     EXPECT_TRUE(showsLabel(*view, scan.lblResults));
     EXPECT_TRUE(showsLabel(*view, "Scan 1 of 1"));
-    saveScreenshot(*view, "channel-scan-results");
+    saveScreenshot(*view, "frmKelvarinCorehubChannelScan-results");
 
     scan.optGraphType_Click(1);
     EXPECT_EQ(chartView->chart()->axes(Qt::Horizontal).at(0)->titleText().toStdString(), "Channel Index");
@@ -155,7 +155,7 @@ firmware.300700002=2.00.01.1901.1200
     ASSERT_NE(replugged, nullptr);
     EXPECT_TRUE(replugged->isVisible());
     EXPECT_TRUE(replugged->isEnabled());
-    saveScreenshot(*view, "system-prep-steps");
+    saveScreenshot(*view, "frmKelvarinCorehubSystemPrep-steps");
     replugged->click();
     s.settle();
     EXPECT_EQ(prep.prepStep, frmKelvarinCorehubSystemPrep::kStepDeviceLists);
@@ -181,7 +181,7 @@ firmware.300700002=2.00.01.1901.1200
     EXPECT_TRUE(showsLabel(*view, "3 of 4 keypads responded OK, 1 errors"));
     EXPECT_TRUE(showsLabel(*view, "29s"));
     EXPECT_FALSE(buttonOf(*view, "Swap")->isEnabled()) << "no swapping while the base takes registrations";
-    saveScreenshot(*view, "system-prep-programmed");
+    saveScreenshot(*view, "frmKelvarinCorehubSystemPrep-programmed");
 
     s.w.scheduler.advanceSeconds(30);
     EXPECT_TRUE(buttonOf(*view, "Swap")->isEnabled());

@@ -68,7 +68,7 @@ TEST(ShowWindow, ShowsTheSlideAndTheBarsOfAVoteInProgress) {
     EXPECT_EQ(w.text("title").toStdString(), "Welcome to the annual meeting");
     EXPECT_FALSE(w.shown("question"));
     EXPECT_TRUE(w.chart()->isHidden());
-    saveScreenshot(w.window, "show-window-before-the-show");
+    saveScreenshot(w.window, "ShowWindow-before-the-show");
 
     ASSERT_EQ(w.presentation.Begin(), "");
     w.presentation.Next();
@@ -96,7 +96,7 @@ TEST(ShowWindow, ShowsTheSlideAndTheBarsOfAVoteInProgress) {
     EXPECT_EQ(w.text("status").toStdString(), "6 voters of 40, 6 votes   Slide 2 of 3");
     // Large text on a full-screen show: the title is a tenth of the height or so.
     EXPECT_GE(w.window.findChild<QLabel*>("title")->font().pixelSize(), 720 / 12);
-    saveScreenshot(w.window, "show-window-vote-in-progress");
+    saveScreenshot(w.window, "ShowWindow-vote-in-progress");
 
     // More votes arrive, keypad 1 changes its answer: the bars follow.
     w.screen.forwarded("[7;4],[1;4],\r\n");
@@ -108,7 +108,7 @@ TEST(ShowWindow, ShowsTheSlideAndTheBarsOfAVoteInProgress) {
     QTest::keyClick(&w.window, Qt::Key_B);
     w.window.refresh();
     EXPECT_EQ(qobject_cast<QStackedLayout*>(w.window.layout())->currentWidget()->objectName(), "blank");
-    saveScreenshot(w.window, "show-window-blanked");
+    saveScreenshot(w.window, "ShowWindow-blanked");
     QTest::keyClick(&w.window, Qt::Key_B);
     QTest::keyClick(&w.window, Qt::Key_PageDown);
     w.window.refresh();

@@ -73,7 +73,7 @@ TEST(TextVoteView, IdleWindowShowsItsControlsAndForwardsStart) {
     EXPECT_FALSE(alerts->isColumnHidden(3));
     EXPECT_TRUE(alerts->isColumnHidden(4));
     EXPECT_FALSE(v.child<QGroupBox>("fraDebug")->isVisible());
-    saveScreenshot(*v.view, "text-vote-idle");
+    saveScreenshot(*v.view, "frmTextVoteCollection-idle");
 
     start->click();
     v.w.scheduler.advance(50);
@@ -107,7 +107,7 @@ TEST(TextVoteView, VotingWindowListsTextsAndAlertsAndForwardsTheListActions) {
     EXPECT_FALSE(alerts->topLevelItem(0)->icon(0).isNull());
     EXPECT_FALSE(alerts->isColumnHidden(9));
     EXPECT_EQ(v.child<QLabel>("lblStatus")->text().toStdString(), "Total: 3");
-    saveScreenshot(*v.view, "text-vote-voting");
+    saveScreenshot(*v.view, "frmTextVoteCollection-voting");
 
     // Choosing an entry with the mouse, then Delete on the list.
     list->setFocus();

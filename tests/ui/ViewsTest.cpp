@@ -7,7 +7,6 @@
 #include <QTableWidget>
 #include <QTest>
 
-#include "core/DebugForms.h"
 #include "core/FrmInit.h"
 #include "core/MainForm.h"
 #include "core/PortFile.h"
@@ -47,7 +46,7 @@ TEST_F(Views, MainWindowShowsTheModelAndForwardsCommands) {
     QTest::keyClick(command, Qt::Key_Return);
     EXPECT_EQ(main.txt_command, "GETVOTEINFO");
     EXPECT_TRUE(main.tmr_executeCommand.enabled());
-    const auto png = saveScreenshot(*view, "main-window");
+    const auto png = saveScreenshot(*view, "tallix_controller");
     EXPECT_TRUE(std::filesystem::file_size(png) > 1000);
 }
 
@@ -63,7 +62,7 @@ TEST_F(Views, KeypadSetupShowsRowsAndItsChecks) {
     ASSERT_NE(grid, nullptr);
     EXPECT_EQ(grid->rowCount(), 2);
     EXPECT_EQ(grid->item(1, 3)->text().toStdString(), "41");
-    saveScreenshot(*view, "keypad-setup");
+    saveScreenshot(*view, "frmInit");
     // The user corrects the second row in the grid and presses OK: the model checks it.
     grid->item(1, 3)->setText("80");
     QPushButton* ok = nullptr;
@@ -87,18 +86,8 @@ TEST_F(Views, BubbleLogShowsTheBalloons) {
     ASSERT_NE(view, nullptr);
     auto* text = view->findChild<QPlainTextEdit*>();
     EXPECT_TRUE(text->toPlainText().contains("Base station disconnected"));
-    saveScreenshot(*view, "bubble-message-log");
+    saveScreenshot(*view, "frmBubbleErrorMessageLog");
     // Unloading the form takes its view away.
     w.c().forms.unload(form);
     EXPECT_EQ(views.viewOf(BubbleMessageLogForm::kName), nullptr);
-}
-
-TEST_F(Views, DebugWindowsListTheirLines) {
-    w.main().AddDataToCommandQueue("SPL");
-    w.scheduler.advance(60);
-    auto* view = views.viewOf(DebugProcessListForm::kName);
-    ASSERT_NE(view, nullptr);
-    EXPECT_TRUE(view->isVisible());
-    EXPECT_TRUE(view->findChild<QPlainTextEdit*>()->toPlainText().contains("POWERPNT.EXE"));
-    saveScreenshot(*view, "debug-process-list");
 }
