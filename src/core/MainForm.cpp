@@ -1,8 +1,10 @@
 #include "core/MainForm.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include "core/CommandDispatcher.h"
+#include "core/CommandTargets.h"
 #include "core/Controller.h"
 #include "core/SmallForms.h"
 #include "core/Text.h"
@@ -38,6 +40,11 @@ MainForm::MainForm(Controller& controller)
       tmr_IconAnimate(controller.ports.scheduler, "tmr_IconAnimate", 250),
       c_(controller) {
     tmr_SendData.onTick = [this] { tmr_SendData_Timer(); };
+    tmr_IconAnimate.onTick = [this] { tmr_IconAnimate_Timer(); };
+    // Every vote start raises this event, whoever started it: the tray icon moves until it ends.
+    FromCtrlFormBaseStationStartVoteCount.connect([this](int) {
+        if (!c_.glo.ShuttingDown) tmr_IconAnimate.setEnabled(true);
+    });
 }
 
 MainForm::~MainForm() = default;
@@ -152,6 +159,72 @@ void MainForm::cmd_start_Click() {
 void MainForm::cmd_Stop_Click() {
     AddDataToCommandQueue("ENDVOTE");
     tmr_simulateVotes.setEnabled(false);
+}
+
+void MainForm::chk_simulateVotes_Click(bool on) {
+    tmr_simulateVotes.setEnabled(on);
+    changed();
+}
+
+void MainForm::txt_simulateVotesMaxKpadNum_Change(std::string_view text) {
+    txt_simulateVotesMaxKpadNum = text;
+    changed();
+}
+
+void MainForm::txt_simulateVotesCount_Change(std::string_view text) {
+    txt_simulateVotesCount = text;
+    changed();
+}
+
+void MainForm::SwitchToDebugView(bool on) {
+    debugView = on;
+    changed();
+}
+
+void MainForm::txt_command_Change(std::string_view text) {
+    txt_command = replaceAll(replaceAll(std::string(text), "\r\n", "\n"), "\n", "\r\n");
+}
+
+void MainForm::chkLowLevelKeyboardHook_Click(bool checked) {
+    trap(c_.errors, kObject, "chkLowLevelKeyboardHook_Click", [&] {
+        if (checked)
+            c_.targets->setHook();
+        else
+            c_.targets->removeHook();
+    });
+    changed();
+}
+
+void MainForm::chkRepeatFilter_Click(bool checked) {
+    chkRepeatFilter = checked;
+    changed();
+}
+
+void MainForm::Opt_Abstain_Click(bool on) {
+    Opt_Abstain = on;
+    changed();
+}
+
+bool MainForm::key_Abstain_Change(std::string_view text) {
+    const std::string t = trim(std::string(text));
+    const bool digits = !t.empty() && t.size() <= 5 &&
+                        std::all_of(t.begin(), t.end(), [](char ch) { return ch >= '0' && ch <= '9'; });
+    const bool accepted = digits && std::stoi(t) <= 32767;
+    if (accepted) key_Abstain = std::stoi(t);
+    changed();  // a refused text shows the key as it was again
+    return accepted;
+}
+
+void MainForm::tmr_IconAnimate_Timer() {
+    trap(c_.errors, kObject, "tmr_IconAnimate_Timer", [&] {
+        if (c_.glo.ShuttingDown || !(c_.glo.voteRunning || c_.glo.Voting)) {
+            tmr_IconAnimate.setEnabled(false);
+            trayIconFrame = 0;
+        } else {
+            trayIconFrame = trayIconFrame % Tray::kAnimationFrames + 1;
+        }
+        c_.ports.tray.setIconFrame(trayIconFrame);
+    });
 }
 
 void MainForm::tmr_SendData_Timer() {

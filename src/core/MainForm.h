@@ -37,8 +37,11 @@ public:
     std::string txt_data;
     // Tray task list (entries added by the display programs).
     std::vector<std::string> tasks;
-    // The main form shows its debug view (SWITCHTODEBUGVIEW).
+    // The main form shows its debug view (SWITCHTODEBUGVIEW): the outgoing queue, the debug
+    // and simulation buttons, the hook and abstain options and the modifier indicators.
     bool debugView = false;
+    // The tray icon's frame: 0 at rest, 1 to Tray::kAnimationFrames while a vote runs.
+    int trayIconFrame = 0;
 
     // Timers, by their program names.
     Timer tmr_executeCommand;
@@ -74,6 +77,22 @@ public:
     // Simulation buttons: start a test vote with simulated votes, and end it.
     void cmd_start_Click();
     void cmd_Stop_Click();
+    // The "Simulate Votes" tick box switches the simulator on its own, without a vote.
+    void chk_simulateVotes_Click(bool on);
+    void txt_simulateVotesMaxKpadNum_Change(std::string_view text);
+    void txt_simulateVotesCount_Change(std::string_view text);
+
+    // What the operator changes in the window.
+    void SwitchToDebugView(bool on);
+    // The command box as typed; the window's "\n" line breaks become the queue's "\r\n".
+    void txt_command_Change(std::string_view text);
+    // Ticking installs the keyboard hook, clearing removes it (as SETHOOK and REMOVEHOOK).
+    void chkLowLevelKeyboardHook_Click(bool checked);
+    void chkRepeatFilter_Click(bool checked);
+    void Opt_Abstain_Click(bool on);
+    // A whole number from 0 to 32767 becomes the abstain key; anything else is refused
+    // (false) and the key stays as it was.
+    bool key_Abstain_Change(std::string_view text);
 
     // Tray.
     void DownToTray();
@@ -125,6 +144,7 @@ public:
 
 private:
     void tmr_SendData_Timer();
+    void tmr_IconAnimate_Timer();
     Controller& c_;
 };
 

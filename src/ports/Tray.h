@@ -15,6 +15,10 @@ public:
     virtual void balloon(const std::string& title, const std::string& text, int iconKind) = 0;
     // Entries of the task menu (display programs add their own tasks).
     virtual void setTasks(const std::vector<std::string>& tasks) = 0;
+    // The icon's animation while a vote runs: frame 0 is the resting icon, 1 to
+    // kAnimationFrames the moving ones.
+    static constexpr int kAnimationFrames = 4;
+    virtual void setIconFrame(int frame) = 0;
 };
 
 }  // namespace tlx

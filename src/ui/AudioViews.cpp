@@ -13,7 +13,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
-#include <QPainter>
 #include <QIcon>
 #include <QPixmap>
 #include <QPlainTextEdit>
@@ -29,62 +28,13 @@
 #include "audio/AudioWindow.h"
 #include "core/Controller.h"
 #include "core/Text.h"
+#include "ui/Icons.h"
 
 namespace tlx {
 
 namespace {
 
 QString q(const std::string& s) { return QString::fromStdString(replaceAll(s, "\r\n", "\n")); }
-
-// The list's and the window's small pictures, drawn rather than loaded.
-QPixmap picture(const std::string& name, int size = 14) {
-    QPixmap p(size, size);
-    p.fill(Qt::transparent);
-    QPainter g(&p);
-    g.setRenderHint(QPainter::Antialiasing);
-    auto dot = [&](QColor c) {
-        g.setBrush(c);
-        g.setPen(c.darker(150));
-        g.drawEllipse(1, 1, size - 3, size - 3);
-    };
-    if (name == "QUEUED") {
-        dot(QColor(230, 170, 30));
-    } else if (name == "SPEAKING") {
-        dot(QColor(40, 170, 60));
-    } else if (name == "DONE") {
-        dot(QColor(160, 160, 160));
-    } else if (name == "BATT") {
-        g.setPen(QColor(60, 60, 60));
-        g.setBrush(QColor(120, 200, 120));
-        g.drawRect(1, size / 4, size - 4, size / 2);
-        g.fillRect(size - 3, size / 2 - 2, 2, 4, QColor(60, 60, 60));
-    } else if (name == "SIGNAL") {
-        for (int i = 0; i < 4; ++i) {
-            const int h = (i + 1) * (size - 2) / 4;
-            g.fillRect(1 + i * (size / 4), size - 1 - h, size / 4 - 1, h, QColor(50, 100, 200));
-        }
-    } else if (name == "MIC_OFF" || name == "MIC_ON" || name == "MIC_STREAMING") {
-        const QColor c = name == "MIC_OFF" ? QColor(150, 150, 150) : name == "MIC_ON" ? QColor(40, 120, 220) : QColor(220, 50, 50);
-        g.setPen(Qt::NoPen);
-        g.setBrush(c);
-        g.drawRoundedRect(size * 3 / 8, 1, size / 4, size / 2, size / 8, size / 8);
-        g.setPen(QPen(c, 2));
-        g.setBrush(Qt::NoBrush);
-        g.drawArc(size / 4, size / 8, size / 2, size / 2, 180 * 16, 180 * 16);
-        g.drawLine(size / 2, size * 5 / 8, size / 2, size - 3);
-        g.drawLine(size * 3 / 8, size - 2, size * 5 / 8, size - 2);
-    }
-    return p;
-}
-
-// The same picture whether the list is enabled or not: the queue's states stay readable
-// while a keypad speaks and the list is locked.
-QIcon icon(const std::string& name) {
-    const QPixmap p = picture(name);
-    QIcon i(p);
-    i.addPixmap(p, QIcon::Disabled);
-    return i;
-}
 
 QPushButton* button(const QString& text) { return new QPushButton(text); }
 
@@ -308,10 +258,10 @@ void AudioWindowView::refresh() {
     refreshing_ = true;
     const frmAudio& m = model_;
     setWindowTitle(q(m.Caption()));
-    micIcon_->setPixmap(picture(m.imgMicIcon == MicIcon::Inactive ? "MIC_OFF"
-                                : m.imgMicIcon == MicIcon::Active ? "MIC_ON"
-                                                                  : "MIC_STREAMING",
-                                28));
+    micIcon_->setPixmap(ui::pixmap(m.imgMicIcon == MicIcon::Inactive ? "MIC_OFF"
+                                   : m.imgMicIcon == MicIcon::Active ? "MIC_ON"
+                                                                     : "MIC_STREAMING",
+                                   28, devicePixelRatioF()));
     auto buttonFrom = [](QPushButton* b, const AudioButton& s) {
         b->setText(q(s.caption));
         b->setEnabled(s.enabled);
@@ -336,12 +286,12 @@ void AudioWindowView::refresh() {
     for (const auto& r : l.rows) {
         auto* item = new QTreeWidgetItem(list_);
         item->setText(0, q(r.text));
-        item->setIcon(0, icon(r.icon));
+        item->setIcon(0, ui::icon(r.icon));
         item->setText(1, q(r.number));
         item->setText(2, q(r.battery.text));
-        item->setIcon(2, icon(r.battery.icon));
+        item->setIcon(2, ui::icon(r.battery.icon));
         item->setText(3, q(r.signal.text));
-        item->setIcon(3, icon(r.signal.icon));
+        item->setIcon(3, ui::icon(r.signal.icon));
     }
     if (l.selected >= 0 && l.selected < list_->topLevelItemCount())
         list_->setCurrentItem(list_->topLevelItem(l.selected));

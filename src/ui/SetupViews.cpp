@@ -28,29 +28,13 @@
 #include "core/Text.h"
 #include "setup/ChannelScan.h"
 #include "setup/SystemPrep.h"
+#include "ui/Icons.h"
 
 namespace tlx {
 
 namespace {
 
 QString q(const std::string& s) { return QString::fromStdString(replaceAll(s, "\r\n", "\n")); }
-
-// The row icons by their keys.
-QIcon rowIcon(const std::string& key) {
-    QColor colour(150, 150, 150);
-    if (key == "OK") colour = QColor(40, 160, 60);
-    else if (key == "ERROR") colour = QColor(200, 40, 40);
-    else if (key == "BUSY" || key == "WAITING") colour = QColor(230, 160, 20);
-    else if (key == "NEW") colour = QColor(40, 100, 200);
-    QPixmap p(12, 12);
-    p.fill(Qt::transparent);
-    QPainter painter(&p);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setBrush(colour);
-    painter.setPen(colour.darker());
-    painter.drawEllipse(1, 1, 10, 10);
-    return QIcon(p);
-}
 
 QTableWidget* table(const std::vector<std::string>& columns) {
     auto* t = new QTableWidget(0, static_cast<int>(columns.size()));
@@ -309,7 +293,7 @@ void ChannelScanView::refresh() {
     for (int r = 0; r < static_cast<int>(m.lvwKeypads.size()); ++r) {
         const auto& row = m.lvwKeypads[static_cast<std::size_t>(r)];
         setCell(keypads_, r, 0, row.hid);
-        keypads_->item(r, 0)->setIcon(rowIcon(row.icon));
+        keypads_->item(r, 0)->setIcon(ui::icon(row.icon));
         setCell(keypads_, r, 1, numText(row.keypad));
         setCell(keypads_, r, 2, row.status.empty() ? row.icon : row.status);
     }
@@ -530,7 +514,7 @@ void SystemPrepView::refresh() {
     for (int r = 0; r < bases_->rowCount(); ++r) {
         const auto& row = m.lvwBaseStations[static_cast<std::size_t>(r)];
         setCell(bases_, r, 0, row.text);
-        bases_->item(r, 0)->setIcon(rowIcon(row.icon));
+        bases_->item(r, 0)->setIcon(ui::icon(row.icon));
     }
     bases_->clearSelection();
     if (m.selectedBase >= 0 && m.selectedBase < bases_->rowCount()) bases_->selectRow(m.selectedBase);
@@ -541,7 +525,7 @@ void SystemPrepView::refresh() {
         for (int r = 0; r < t->rowCount(); ++r) {
             const auto& row = rows[static_cast<std::size_t>(r)];
             setCell(t, r, 0, row.hid);
-            t->item(r, 0)->setIcon(rowIcon(row.icon));
+            t->item(r, 0)->setIcon(ui::icon(row.icon));
             setCell(t, r, 1, row.sid);
             setCell(t, r, 2, row.status);
             if (row.selected)

@@ -11,8 +11,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
-#include <QPainter>
-#include <QPainterPath>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QShortcut>
@@ -25,84 +23,13 @@
 
 #include "core/Text.h"
 #include "textvote/TextVoteCollection.h"
+#include "ui/Icons.h"
 
 namespace tlx {
 
 namespace {
 
 QString q(const std::string& s) { return QString::fromStdString(replaceAll(s, "\r\n", "\n")); }
-
-// The program's image-list keys drawn as small icons: "ALERT", "OK", "BATT" + level and
-// "SIGNAL" + level.
-QIcon namedIcon(const std::string& name) {
-    static std::map<std::string, QIcon> cache;
-    if (auto it = cache.find(name); it != cache.end()) return it->second;
-    QPixmap pm(16, 16);
-    pm.fill(Qt::transparent);
-    QPainter p(&pm);
-    p.setRenderHint(QPainter::Antialiasing);
-    auto levelColour = [](int level) {
-        return level <= 1 ? QColor(200, 40, 40) : level == 2 ? QColor(230, 160, 20) : QColor(40, 160, 60);
-    };
-    if (name == "ALERT") {
-        p.setBrush(QColor(210, 40, 40));
-        p.setPen(Qt::NoPen);
-        QPainterPath tri;
-        tri.moveTo(8, 1);
-        tri.lineTo(15, 15);
-        tri.lineTo(1, 15);
-        tri.closeSubpath();
-        p.drawPath(tri);
-        p.setPen(QPen(Qt::white, 2));
-        p.drawLine(8, 6, 8, 10);
-        p.drawPoint(8, 13);
-    } else if (name == "OK") {
-        p.setBrush(QColor(40, 160, 60));
-        p.setPen(Qt::NoPen);
-        p.drawEllipse(1, 1, 14, 14);
-        p.setPen(QPen(Qt::white, 2));
-        p.drawLine(4, 8, 7, 11);
-        p.drawLine(7, 11, 12, 5);
-    } else if (startsWith(name, "BATT")) {
-        const std::string level = name.substr(4);
-        const int bars = level == "FULL" ? 4 : level == "HIGH" ? 3 : level == "MED" ? 2 : level == "LOW" ? 1 : 0;
-        p.setPen(QPen(Qt::darkGray, 1));
-        p.setBrush(Qt::NoBrush);
-        p.drawRect(1, 4, 12, 8);
-        p.fillRect(13, 6, 2, 4, Qt::darkGray);
-        for (int i = 0; i < bars; ++i) p.fillRect(3 + i * 3, 6, 2, 5, levelColour(bars));
-    } else if (startsWith(name, "SIGNAL")) {
-        const std::string level = name.substr(6);
-        const int bars = level == "HIGH" ? 4 : level == "MED" ? 3 : level == "LOW" ? 2 : level == "NONE" ? 1 : 0;
-        for (int i = 0; i < 4; ++i) {
-            const int h = 3 + i * 3;
-            p.fillRect(1 + i * 4, 15 - h, 3, h, i < bars ? levelColour(bars) : QColor(200, 200, 200));
-        }
-    }
-    p.end();
-    return cache[name] = QIcon(pm);
-}
-
-// The lock button's padlock, closed ("LOCKED") or with its shackle lifted ("UNLOCKED").
-QIcon padlock(bool shut) {
-    QPixmap pm(24, 24);
-    pm.fill(Qt::transparent);
-    QPainter p(&pm);
-    p.setRenderHint(QPainter::Antialiasing);
-    p.setPen(QPen(QColor(70, 70, 70), 2.5));
-    p.setBrush(Qt::NoBrush);
-    const double lift = shut ? 0 : 3;
-    p.drawArc(QRectF(7, 4 - lift, 10, 10), 0, 180 * 16);
-    p.drawLine(QPointF(17, 9 - lift), QPointF(17, 12));
-    if (shut) p.drawLine(QPointF(7, 9), QPointF(7, 12));
-    p.setPen(Qt::NoPen);
-    p.setBrush(shut ? QColor(190, 140, 30) : QColor(110, 150, 200));
-    p.drawRoundedRect(QRectF(4, 12, 16, 10), 2, 2);
-    p.setBrush(QColor(60, 60, 60));
-    p.drawEllipse(QRectF(10.5, 15, 3, 3));
-    p.end();
-    return QIcon(pm);
-}
 
 QPushButton* button(const char* caption, const char* name) {
     auto* b = new QPushButton(caption);
@@ -277,8 +204,8 @@ void TextVoteView::refresh() {
     session_->setEnabled(model_.txtSessionNameEnabled);
     startStop_->setText(q(model_.cmdStartStopVote.caption));
     startStop_->setEnabled(model_.cmdStartStopVote.enabled);
-    // The lock's glyph belongs to a symbol font this platform lacks: the padlock is drawn.
-    lock_->setIcon(padlock(model_.locked()));
+    // The lock's glyph belongs to a symbol font this platform lacks: the padlock comes from the icon set.
+    lock_->setIcon(ui::icon(model_.locked() ? "LOCKED" : "UNLOCKED"));
     lock_->setToolTip(model_.locked() ? "Locked: unlock to end the vote" : "Unlocked");
     lock_->setProperty("glyph", q(model_.cmdStartStopVoteLock.caption));
 
@@ -330,11 +257,11 @@ void TextVoteView::refreshAlerts() {
         const ListViewRow& r = rows[static_cast<std::size_t>(i)];
         QTreeWidgetItem* it = alerts_->topLevelItem(i);
         it->setText(0, q(r.text));
-        it->setIcon(0, namedIcon(r.icon));
+        it->setIcon(0, ui::icon(r.icon));
         for (int s = 0; s < static_cast<int>(r.subItems.size()) && s + 1 < alerts_->columnCount(); ++s) {
             it->setText(s + 1, q(r.subItems[static_cast<std::size_t>(s)].text));
             const std::string& icon = r.subItems[static_cast<std::size_t>(s)].reportIcon;
-            it->setIcon(s + 1, icon.empty() ? QIcon() : namedIcon(icon));
+            it->setIcon(s + 1, icon.empty() ? QIcon() : ui::icon(icon));
         }
     }
     for (int c = 0; c < alerts_->columnCount(); ++c) alerts_->setColumnHidden(c, !model_.columnVisible(c));

@@ -20,6 +20,7 @@
 #include "core/MainForm.h"
 #include "core/SmallForms.h"
 #include "core/Text.h"
+#include "ui/MainWindowView.h"
 #include "ui/SetupViews.h"
 #include "ui/TextVoteView.h"
 #include "ui/AudioViews.h"
@@ -30,68 +31,6 @@ namespace tlx {
 namespace {
 QString q(const std::string& s) { return QString::fromStdString(replaceAll(s, "\r\n", "\n")); }
 }  // namespace
-
-MainWindowView::MainWindowView(Controller& controller, MainForm& model) : c_(controller), model_(model) {
-    auto* lay = new QVBoxLayout(this);
-    caption_ = new QLabel;
-    QFont big = caption_->font();
-    big.setPointSize(big.pointSize() + 3);
-    big.setBold(true);
-    caption_->setFont(big);
-    labels_ = new QLabel;
-    log_ = new QPlainTextEdit;
-    log_->setReadOnly(true);
-    log_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    log_->setMaximumBlockCount(0);
-    command_ = new QLineEdit;
-    command_->setPlaceholderText("Command");
-    lay->addWidget(caption_);
-    lay->addWidget(labels_);
-    lay->addWidget(log_, 1);
-    lay->addWidget(command_);
-    connect(command_, &QLineEdit::returnPressed, this, [this] {
-        model_.AddDataToCommandQueue(command_->text().toStdString());
-        command_->clear();
-    });
-    resize(760, 480);
-    // The log changes with every line; redraw at most ten times a second.
-    sub_ = model_.changed.connect([this] {
-        if (refreshPending_) return;
-        refreshPending_ = true;
-        QTimer::singleShot(100, this, [this] {
-            refreshPending_ = false;
-            refresh();
-        });
-    });
-    refresh();
-}
-
-MainWindowView::~MainWindowView() { detach(); }
-
-void MainWindowView::detach() {
-    if (sub_) model_.changed.disconnect(sub_);
-    sub_ = 0;
-}
-
-void MainWindowView::refresh() {
-    if (!sub_) return;
-    setWindowTitle(q(model_.Caption()));
-    caption_->setText(q(model_.Caption()));
-    labels_->setText(q(model_.lblOS + "\n" + model_.lblOffice + (model_.lblBuild.empty() ? "" : "\n" + model_.lblBuild) +
-                       "\nVotes: " + model_.txt_VoteCounter[0] + "   Received: " + model_.txt_VoteCounter[1] +
-                       "   Voters: " + model_.txt_VoteCounter[2] +
-                       (model_.lblVotesCast.empty() ? "" : "   " + model_.lblVotesCast) +
-                       (model_.lblHookStatus.empty() ? "" : "\n" + model_.lblHookStatus)));
-    labels_->setMinimumHeight(labels_->sizeHint().height());
-    if (layout()) layout()->activate();
-    log_->setPlainText(q(model_.txt_log.text()));
-}
-
-void MainWindowView::closeEvent(QCloseEvent* e) {
-    // Closing the window sends the controller back to the tray; Quit is on the tray menu.
-    e->ignore();
-    hide();
-}
 
 FrmInitView::FrmInitView(Controller& controller, FrmInit& model) : c_(controller), model_(model) {
     auto* lay = new QVBoxLayout(this);

@@ -33,28 +33,6 @@ class MainForm;
 class FrmInit;
 class BubbleMessageLogForm;
 
-class MainWindowView : public QWidget, public ModelView {
-    Q_OBJECT
-public:
-    MainWindowView(Controller& controller, MainForm& model);
-    ~MainWindowView() override;
-    void refresh();
-    void detach() override;
-
-protected:
-    void closeEvent(QCloseEvent* e) override;
-
-private:
-    Controller& c_;
-    MainForm& model_;
-    bool refreshPending_ = false;
-    QLabel* caption_;
-    QLabel* labels_;
-    QPlainTextEdit* log_;
-    QLineEdit* command_;
-    std::uint64_t sub_ = 0;
-};
-
 class FrmInitView : public QDialog, public ModelView {
     Q_OBJECT
 public:

@@ -75,10 +75,12 @@ public:
         balloons.push_back({title, text, iconKind});
     }
     void setTasks(const std::vector<std::string>& t) override { tasks = t; }
+    void setIconFrame(int frame) override { frames.push_back(frame); }
     bool icon = false;
     std::string tooltip;
     std::vector<BalloonRecord> balloons;
     std::vector<std::string> tasks;
+    std::vector<int> frames;  // every frame the icon was given, in order
 };
 
 class TestWorld {

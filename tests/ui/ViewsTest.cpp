@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QLabel>
-#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTableWidget>
@@ -28,27 +26,6 @@ protected:
     ViewManager views{w.c()};
 };
 }  // namespace
-
-TEST_F(Views, MainWindowShowsTheModelAndForwardsCommands) {
-    auto& main = w.main();
-    main.LogEvent("Vote started", LOG_XX);
-    main.Show();
-    auto* view = dynamic_cast<MainWindowView*>(views.viewOf(MainForm::kName));
-    ASSERT_NE(view, nullptr);
-    view->refresh();
-    EXPECT_TRUE(view->isVisible());
-    auto* log = view->findChild<QPlainTextEdit*>();
-    ASSERT_NE(log, nullptr);
-    EXPECT_TRUE(log->toPlainText().startsWith(QString::fromStdString(main.txt_log.line(0))));
-    auto* command = view->findChild<QLineEdit*>();
-    ASSERT_NE(command, nullptr);
-    QTest::keyClicks(command, "GETVOTEINFO");
-    QTest::keyClick(command, Qt::Key_Return);
-    EXPECT_EQ(main.txt_command, "GETVOTEINFO");
-    EXPECT_TRUE(main.tmr_executeCommand.enabled());
-    const auto png = saveScreenshot(*view, "tallix_controller");
-    EXPECT_TRUE(std::filesystem::file_size(png) > 1000);
-}
 
 TEST_F(Views, KeypadSetupShowsRowsAndItsChecks) {
     auto& form = w.c().forms.load<FrmInit>(w.c());

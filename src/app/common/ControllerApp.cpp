@@ -28,6 +28,7 @@
 #include "platform/net/NetBaseLibrary.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtScheduler.h"
+#include "platform/qt/QtTray.h"
 #include "platform/qt/TcpFrameTransport.h"
 #include "platform/sim/SimDesktop.h"
 #include "platform/sim/SimKeyboard.h"

@@ -31,6 +31,8 @@ public:
     bool hasIcon() const override { return hasIcon_; }
     void balloon(const std::string& title, const std::string& text, int iconKind) override;
     void setTasks(const std::vector<std::string>& tasks) override { tasks_ = tasks; }
+    // A console has no icon to animate.
+    void setIconFrame(int) override {}
 
 private:
     std::ostream& out_;
