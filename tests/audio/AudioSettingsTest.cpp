@@ -44,18 +44,12 @@ TEST(AudioSettingsDialog, OkWritesTheBoxesToTheStoreAndTheNextTurnCancelWritesNo
     EXPECT_EQ(w.c().forms.get<frmAudioSettings>(frmAudioSettings::kName), nullptr);
     EXPECT_EQ(opt(w, audiokey::kImage), "");  // "[DEFAULT]" is no image
     const std::string ini = w.ini();
-    EXPECT_TRUE(contains(ini, "[KELVARIN AUDIO OPTIONS]"));
-    EXPECT_TRUE(contains(ini, "MAX TALK TIME=90"));
-    EXPECT_TRUE(contains(ini, "KEYPAD PROMPT 02=Go ahead"));
+    for (const char* line : {"[KELVARIN AUDIO OPTIONS]", "MAX TALK TIME=90", "KEYPAD PROMPT 02=Go ahead"})
+        EXPECT_TRUE(contains(ini, line)) << line;
     // The next turn carries them, in their order.
     const KelvarinAudioOptions r = audioOptionsRecord(w.glo().options);
-    EXPECT_EQ(r.MicVolume, 55);
-    EXPECT_EQ(r.MaxTalkTime, 90);
-    EXPECT_EQ(r.MicSwitchLogic, 2);
-    EXPECT_EQ(r.MuteKey, 9);
-    EXPECT_EQ(r.RadioSpeed, 1);
-    EXPECT_TRUE(r.UseOwnRadioChannel);
-    EXPECT_EQ(r.RadioChannel, 12);
+    EXPECT_EQ(fields(r.MicVolume, r.MaxTalkTime, r.MicSwitchLogic, r.MuteKey, r.RadioSpeed, r.UseOwnRadioChannel, r.RadioChannel),
+              "55|90|2|9|1|1|12");
 }
 
 TEST(AudioSettingsDialog, EveryEntryBoxRejectsBadTextAndChangesNothing) {

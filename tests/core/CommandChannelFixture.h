@@ -14,6 +14,7 @@
 #include "core/MainForm.h"
 #include "core/Text.h"
 #include "support/FakePresentation.h"
+#include "support/Fields.h"
 #include "support/RecordingDrivers.h"
 #include "support/TestWorld.h"
 
@@ -86,6 +87,8 @@ protected:
     int count(const std::string& call) const {
         return static_cast<int>(std::count(calls.begin(), calls.end(), call));
     }
+    // The queued text, the vote name, the run timer on.
+    std::string queue() { return fields(w.main().txt_command, w.glo().voteName, w.main().tmr_executeCommand.enabled()); }
 
     FakePresentationApp ppt;  // outlives the world's controller
     TestWorld w;

@@ -75,17 +75,13 @@ TEST_F(CommandChannel, StartAndEndVote) {
     EXPECT_TRUE(w.glo().voteRunning);
     EXPECT_NEAR(w.glo().voteStartTime, 10 * 3600, 1.0);
     // Indexed by keypad number: the highest is the second base's 40 + 30.
-    ASSERT_EQ(w.glo().keypadVotes.size(), 71u);
-    EXPECT_EQ(w.glo().keypadVotes[70], -1);
-    ASSERT_EQ(w.glo().keypadVoteTimes.size(), 71u);
-    EXPECT_EQ(w.glo().keypadVoteTimes[0], -1.0);
+    ASSERT_EQ(fields(w.glo().keypadVotes.size(), w.glo().keypadVoteTimes.size()), "71|71");
+    EXPECT_EQ(fields(w.glo().keypadVotes[70], w.glo().keypadVoteTimes[0]), "-1|-1");
 
     w.glo().votesReceived = 12;
     send("PCAOPTIONS=1,2\r\nENDVOTE");
-    EXPECT_EQ(w.glo().votesReceived, 0);
-    EXPECT_EQ(w.glo().textVoteOptions, "");
-    EXPECT_FALSE(w.glo().voteStartedByCommand);
-    EXPECT_FALSE(w.glo().voteRunning);
+    EXPECT_EQ(fields(w.glo().votesReceived, w.glo().textVoteOptions, w.glo().voteStartedByCommand, w.glo().voteRunning),
+              "0||0|0");
     // The vote run's end step first, then every loaded Corehub driver.
     const std::vector<std::string> expected = {"voteStart", "voteEnd", "g1.EndVote(False,False)",
                                                "g2.EndVote(False,False)"};
@@ -100,10 +96,8 @@ TEST_F(CommandChannel, StartAndEndVote) {
 TEST_F(CommandChannel, KeyboardVotingSwitchSavesAndRestoresTheFirstBaseType) {
     w.glo().bases = {base("100100100100", "KELVARIN COREHUB G2"), base("7", "KELVARIN BASE V3")};
     send("KBOARD");
-    EXPECT_EQ(w.glo().bases[0].baseType, "KBOARD");
-    EXPECT_EQ(w.glo().bases[1].baseType, "KELVARIN BASE V3");
-    EXPECT_EQ(w.glo().savedBaseType, "KELVARIN COREHUB G2");
-    EXPECT_EQ(count("reReadConfiguration"), 1);
+    EXPECT_EQ(fields(w.glo().bases[0].baseType, w.glo().bases[1].baseType, w.glo().savedBaseType, count("reReadConfiguration")),
+              "KBOARD|KELVARIN BASE V3|KELVARIN COREHUB G2|1");
     send("kboard");  // already on: the saved type stays
     EXPECT_EQ(w.glo().savedBaseType, "KELVARIN COREHUB G2");
 

@@ -134,18 +134,15 @@ TEST(Black3, VotesCarryTheConfiguredTextsAndTheBasesIdentity) {
     o.w.glo().voteType = "SINGLEDIGIT";
     o.v3().StartVote("3");
     SimBaseStation& st = o.w.baseLibrary.station(0);
-    EXPECT_EQ(st.vote.VoteText, "Got it");
-    EXPECT_EQ(st.vote.VoteEndedText, "All done");
-    EXPECT_EQ(st.vote.VotedText, "Sending Vote...");
+    EXPECT_EQ(fields(st.vote.VoteText, st.vote.VoteEndedText, st.vote.VotedText), "Got it|All done|Sending Vote...");
     ASSERT_TRUE(o.w.baseLibrary.press("3", 2, "1"));
     o.settle();
     std::string shown;
     ASSERT_TRUE(o.w.baseLibrary.screen("3", 2, shown));
     EXPECT_EQ(shown, "Got it");
     ASSERT_EQ(o.intake.records.size(), 1u);
-    EXPECT_EQ(o.intake.records[0].votes[0], "1");
-    EXPECT_EQ(o.intake.records[0].keypads[0], 2.0f);
-    EXPECT_EQ(o.intake.records[0].base, 0);  // the port file's first row, not its port
+    const auto& got = o.intake.records[0];
+    EXPECT_EQ(fields(got.votes[0], got.keypads[0], got.base), "1|2|0");  // the port file's first row, not its port
     EXPECT_TRUE(o.v3().logged("0 - VoteReceived Event - Port:3, Keypad:2, VoteData:1"));
     o.v3().EndVote("3");
     ASSERT_TRUE(o.w.baseLibrary.screen("3", 2, shown));

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/sim/basesim/SimBaseLibrary.h"
+#include "support/Fields.h"
 
 namespace tlx::test {
 

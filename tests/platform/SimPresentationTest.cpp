@@ -7,6 +7,7 @@
 #include "platform/sim/SimPresentation.h"
 #include "platform/sim/SimScript.h"
 #include "platform/sim/VirtualScheduler.h"
+#include "support/Fields.h"
 #include "support/TestWorld.h"
 
 using namespace tlx;
@@ -100,9 +101,9 @@ TEST(SimPresentation, TagsAreSavedIntoThePackageAndShapesChangeThroughTheObjectM
     p->save();
     Sim again;
     ASSERT_EQ(again.app.Open(s.deck.string()), "");
-    EXPECT_EQ(again.app.PresentationTag("TLXCURRENTSLIDE").value, "2");
-    EXPECT_EQ(again.app.SlideTag(4, "activekeypads").value, "3,7");
-    EXPECT_EQ(again.app.SlideTag(2, "TLXVOTE").value, "<VoteType>SINGLEDIGIT</VoteType>");
+    EXPECT_EQ(fields(again.app.PresentationTag("TLXCURRENTSLIDE").value, again.app.SlideTag(4, "activekeypads").value,
+                     again.app.SlideTag(2, "TLXVOTE").value),
+              "2|3,7|<VoteType>SINGLEDIGIT</VoteType>");
     EXPECT_EQ(again.app.SlideTag(40, "x").error, "No slide 40 in this presentation");
 
     ppt::Slide* slide = p->slide(1);

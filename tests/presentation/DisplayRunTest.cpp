@@ -10,9 +10,11 @@
 #include "platform/sim/VirtualScheduler.h"
 #include "presentation/display/DisplayRun.h"
 #include "support/FakeDisplayLink.h"
+#include "support/Fields.h"
 
 using namespace tlx;
 using tlx::test::FakeLink;
+using tlx::test::fields;
 
 namespace {
 
@@ -87,12 +89,7 @@ TEST_F(Display, ConfiguresOpensTalliesAndEndsTheVoteAfterItsTime) {
     ASSERT_EQ(exitCode, 0);
     ASSERT_EQ(results.size(), 1u);
     const DisplayModel& m = results[0];
-    EXPECT_EQ(m.tally.voters(), 4);
-    EXPECT_EQ(m.tally.changes(), 1);
-    EXPECT_EQ(m.tally.count("2"), 2);
-    EXPECT_EQ(m.bases, 2);
-    EXPECT_DOUBLE_EQ(m.seconds, 5.0);
-    EXPECT_TRUE(m.ended);
+    EXPECT_EQ(fields(m.tally.voters(), m.tally.changes(), m.tally.count("2"), m.bases, m.seconds, m.ended), "4|1|2|2|5|1");
     // Once over, nothing more happens.
     r.onData("[9;1],");
     r.requestEnd("again");

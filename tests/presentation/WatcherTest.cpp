@@ -25,16 +25,14 @@ TEST(SlideShow, BeginMakesTheShowTopMostAndHidesTheTaskBar) {
     w.glo().traceToFile = true;
     w.presentation.Begin();
     const auto hwnd = w.presentation.show()->hwnd();
-    EXPECT_TRUE(w.glo().slideShowActive);
-    EXPECT_TRUE(w.desktop.topMost(hwnd));
-    EXPECT_FALSE(w.desktop.taskBarVisible());
+    // Show active, the show on top, the task bar shown.
+    const auto state = [&] { return fields(w.glo().slideShowActive, w.desktop.topMost(hwnd), w.desktop.taskBarVisible()); };
+    EXPECT_EQ(state(), "1|1|0");
     EXPECT_EQ(toUpper(w.desktop.foregroundWindowClass()), "SCREENCLASS");
     EXPECT_TRUE(w.traced("SLIDE SHOW BEGIN"));
     EXPECT_FALSE(w.desktop.othersMinimized());  // a setting, off by default
     w.presentation.End();
-    EXPECT_FALSE(w.glo().slideShowActive);
-    EXPECT_FALSE(w.desktop.topMost(hwnd));
-    EXPECT_TRUE(w.desktop.taskBarVisible());
+    EXPECT_EQ(state(), "0|0|1");
     EXPECT_TRUE(w.traced("SLIDE SHOW END"));
 }
 

@@ -135,10 +135,8 @@ TEST(DamagedFiles, APortFileCutOrGarbledGivesKeyboardVotingAndIsKeptAside) {
         w.start();
         EXPECT_TRUE(w.dialogs.any("Decrypt Error"));
         ASSERT_EQ(w.glo().bases.size(), 1u);
-        EXPECT_EQ(w.glo().bases[0].baseType, "KBOARD");
-        EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
-        EXPECT_EQ(readFile(file), bad);
-        EXPECT_EQ(readFile(file.string() + ".bad"), bad);
+        EXPECT_EQ(fields(w.glo().bases[0].baseType, w.glo().InitialisedState == INIT_STATE_INITIALISED), "KBOARD|1");
+        EXPECT_EQ(fields(readFile(file), readFile(file.string() + ".bad")), fields(bad, bad));
         EXPECT_TRUE(w.logged("port.tlc is damaged: defaults used where it cannot be read; a copy is kept as " +
                              file.string() + ".bad"));
         // The next keypad set-up writes the table anew; the copy stays as it was.
@@ -196,11 +194,10 @@ TEST(DamagedFiles, GarbageInTheSettingsFileGivesDefaultsAndTheFileIsKeptBeforeAS
 }
 
 TEST(DamagedFiles, SoundSettingsFilesAreNotTakenForDamagedOnes) {
-    EXPECT_FALSE(settingsTextLooksDamaged(""));
-    EXPECT_FALSE(settingsTextLooksDamaged("\xEF\xBB\xBF[DEBUG]\r\n; note\r\n\r\nLOGEVENTS TO FILE=1\r\n  \r\n"));
-    EXPECT_FALSE(settingsTextLooksDamaged("DETECTOR STATUS,1\r\nVOTED TEXT,Thank you\r\n"));
-    EXPECT_TRUE(settingsTextLooksDamaged("[DEBUG\r\n"));
-    EXPECT_TRUE(settingsTextLooksDamaged(std::string("[DEBUG]\r\nA=1\0\r\n", 14)));
+    for (const std::string sound : {"", "\xEF\xBB\xBF[DEBUG]\r\n; note\r\n\r\nLOGEVENTS TO FILE=1\r\n  \r\n",
+                                    "DETECTOR STATUS,1\r\nVOTED TEXT,Thank you\r\n"})
+        EXPECT_FALSE(settingsTextLooksDamaged(sound)) << sound;
+    EXPECT_TRUE(settingsTextLooksDamaged("[DEBUG\r\n") && settingsTextLooksDamaged(std::string("[DEBUG]\r\nA=1\0\r\n", 14)));
     TestWorld w;
     w.writeSettings("DEBUG", "SHOW ALL ERRORS", "0");
     w.start();

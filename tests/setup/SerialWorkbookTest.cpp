@@ -87,9 +87,8 @@ TEST(SerialWorkbook, WritesTheColumnAndKeepsEverythingElse) {
     const auto rows = readXlsxSheet(file, "Serial Numbers");
     ASSERT_GE(rows.size(), 10u);
     EXPECT_EQ(rows[0], (std::vector<std::string>{"Serial Number", "Note"}));
-    EXPECT_EQ(rows[1][0], "300 500 001");
     EXPECT_EQ(rows[2], (std::vector<std::string>{"300 500 002", "returned in March"}));
-    EXPECT_EQ(rows[3][0], " padded ") << "blanks at the ends are kept";
+    EXPECT_EQ(fields(rows[1].at(0), rows[3].at(0)), "300 500 001| padded ") << "blanks at the ends are kept";
     // The old numbers below the new ones are emptied; the note and the far cell stay.
     EXPECT_TRUE(rows[4].empty() || rows[4][0].empty());
     EXPECT_TRUE(rows[5].empty() || rows[5][0].empty());
@@ -128,10 +127,8 @@ TEST(SerialWorkbook, MissingRowsAndCellsAreMadeInOrder) {
     const auto rows = readXlsxSheet(file, "Serial Numbers");
     ASSERT_GE(rows.size(), 7u);
     EXPECT_EQ(rows[0], (std::vector<std::string>{"", "b1", "C1"}));
-    EXPECT_EQ(rows[1].at(1), "b2");
     EXPECT_EQ(rows[3], (std::vector<std::string>{"", "b4", "C4"}));
-    EXPECT_EQ(rows[4].at(1), "b5");
-    EXPECT_EQ(rows[6].at(0), "A7");
+    EXPECT_EQ(fields(rows[1].at(1), rows[4].at(1), rows[6].at(0)), "b2|b5|A7");
     // Rows stay in ascending order and cells within a row too, as spreadsheet programs need.
     const auto pkg = pptx::Package::fromBytes(bytesOf(file), "sparse");
     const std::string sheet = pkg.partData("/xl/worksheets/sheet1.xml");
