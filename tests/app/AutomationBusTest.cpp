@@ -165,8 +165,7 @@ TEST_F(AutomationBus, AClientThatLeavesChangesNothingForTheOthers) {
         ASSERT_TRUE(waitFor([&] { return server->clientCount() == 1; }));
     }
     EXPECT_EQ(w.main().FromCtrlForm.size(), 1u);  // the leaver's object let go of the form
-    EXPECT_TRUE(w.glo().Voting);
-    EXPECT_EQ(w.main().txt_command, "STARTVOTE");
+    EXPECT_EQ(fields(w.glo().Voting, w.main().txt_command), "1|STARTVOTE");
     w.main().AddDataToTxQueue("[5;C],");
     w.scheduler.advance(50);
     settle({&b});

@@ -66,8 +66,7 @@ TEST(Playthrough, VanishingDeviceStopsPlaythroughButNotTheTurn) {
     frmAudio& a = w.audio();
     a.chk_Click(AudioCheck::PlaythroughEnabled, true);
     a.MicRequest(w.keypadObject(1), "0", false);
-    w.select(1);
-    a.cmd_startAudio_Click();
+    w.giveFloor(1);
     ASSERT_TRUE(a.playthroughRunning());
     w.engine->onFailure(AudioErrorCode::Device);
     EXPECT_FALSE(a.playthroughRunning());
@@ -82,22 +81,19 @@ TEST(Playthrough, FollowsTheTurnUnlessKeptRunning) {
     frmAudio& a = w.audio();
     a.chk_Click(AudioCheck::PlaythroughEnabled, true);
     for (int k : {1, 2}) a.MicRequest(w.keypadObject(k), "0", false);
-    w.select(1);
-    a.cmd_startAudio_Click();
+    w.giveFloor(1);
     EXPECT_TRUE(a.playthroughRunning());
     a.cmd_stopAudio_Click();
     EXPECT_FALSE(a.playthroughRunning());
     a.chk_Click(AudioCheck::RunPlaythroughConstantly, true);
-    w.select(2);
-    a.cmd_startAudio_Click();
+    w.giveFloor(2);
     a.cmd_stopAudio_Click();
     EXPECT_TRUE(a.playthroughRunning());
     EXPECT_EQ(w.engine->count("init"), 2);
     // A failed start leaves playthrough as it found it.
     a.PlayThroughStop();
     w.baseLibrary.fail(kBase, "StartAudio", 9);
-    w.select(1);
-    a.cmd_startAudio_Click();
+    w.giveFloor(1);
     EXPECT_FALSE(a.playthroughRunning());
 }
 
@@ -112,8 +108,7 @@ TEST(Playthrough, CallbackDiagnosticsAndTheirEntryBoxInTheDebugLog) {
     a.PlayThroughStart();
     EXPECT_FALSE(a.txt_audioMinCallbackDataLen_Change("12x"));
     EXPECT_FALSE(a.txt_audioMinCallbackDataLen_Change("-4"));
-    EXPECT_EQ(w.dialogs.shown.size(), 2u);
-    EXPECT_EQ(a.txt_audioMinCallbackDataLen, "0");
+    EXPECT_EQ(fields(w.dialogs.shown.size(), a.txt_audioMinCallbackDataLen), "2|0");
     ASSERT_TRUE(a.txt_audioMinCallbackDataLen_Change(" 1024 "));
     a.chk_Click(AudioCheck::CallBackLogNextEvent, true);
     char block[2048] = {};

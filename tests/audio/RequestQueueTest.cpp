@@ -21,8 +21,7 @@ TEST(RequestQueue, RequestsJoinTheEndWithTheirReadingsAndARepeatedOneKeepsItsPla
     EXPECT_EQ(a.lvw_keypadRequests.rows[1].battery.text, "75%");
     EXPECT_EQ(a.lvw_keypadRequests.rows[1].signal.text, "-52dB");
     // A keypad that has spoken asks again: it stays where it was, its turn marked done.
-    w.select(2);
-    a.cmd_startAudio_Click();
+    w.giveFloor(2);
     a.cmd_stopAudio_Click();
     a.MicRequest(w.keypadObject(2), "0", false);
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"3 QUEUED", "2 DONE", "1 QUEUED"}));

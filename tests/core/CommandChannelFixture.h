@@ -81,6 +81,11 @@ protected:
         w.main().AddDataToCommandQueue(text);
         w.scheduler.advance(200);
     }
+    // The calls of these lines alone.
+    void sendAfresh(const std::string& text) {
+        calls.clear();
+        send(text);
+    }
     bool called(const std::string& call) const {
         return std::find(calls.begin(), calls.end(), call) != calls.end();
     }

@@ -25,9 +25,7 @@ TEST(Quit, WithThePresentationProgramClosedNothingIsAsked) {
     TestWorld w(false);
     w.start();
     w.main().TaskQuit();
-    EXPECT_TRUE(w.dialogs.shown.empty());
-    EXPECT_TRUE(w.glo().FullShutDownInitiated);
-    EXPECT_TRUE(w.glo().ShuttingDown);
+    EXPECT_EQ(fields(w.dialogs.shown.empty(), w.glo().FullShutDownInitiated, w.glo().ShuttingDown), "1|1|1");
 }
 
 TEST(Quit, AnsweringNoLeavesTheControllerWorking) {
@@ -114,8 +112,7 @@ TEST(Shutdown, EveryStepRunsUnderItsOwnTrapSoAFailureSkipsNothing) {
     w.c().forms.load<FailingForm>();
     w.c().FullShutdown(false);
     w.c().FullShutdown(false);  // a second request while shutting down is ignored
-    EXPECT_EQ(w.c().forms.count(), 1u);
-    EXPECT_FALSE(w.tray.icon);
+    EXPECT_EQ(fields(w.c().forms.count(), w.tray.icon), "1|0");
     EXPECT_EQ(w.c().mainForm(), nullptr);
     w.scheduler.advance(100);
     EXPECT_TRUE(w.desktop.ended());

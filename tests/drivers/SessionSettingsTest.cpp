@@ -36,15 +36,13 @@ TEST(SessionSettings, LoadingWithoutAFileGivesTheBuiltInsAndSavingAsksAndRoundTr
     auto& f = *s.form;
     f.txtName.clear();
     f.cmdLoadDefault();
-    EXPECT_EQ(s.w.dialogs.shown.back().text, "Load in settings with default values?");
-    EXPECT_EQ(f.txtName, "tallix Session");
+    EXPECT_EQ(fields(s.w.dialogs.shown.back().text, f.txtName), "Load in settings with default values?|tallix Session");
     f.txtName = "Hall B";
     f.txtSessionChannel[3] = "11";
     f.chkHighNoiseMode = true;
     s.w.dialogs.answers = {false};
     f.cmdSaveAsDefault();
-    EXPECT_FALSE(std::filesystem::exists(s.file()));
-    EXPECT_EQ(s.w.dialogs.shown.back().title, "Save Default Confirm");
+    EXPECT_EQ(fields(std::filesystem::exists(s.file()), s.w.dialogs.shown.back().title), "0|Save Default Confirm");
     EXPECT_EQ(s.w.dialogs.shown.back().text,
               "Overwrite default tallix settings for base station with currently loaded settings?");
     f.cmdSaveAsDefault();
@@ -57,9 +55,7 @@ TEST(SessionSettings, LoadingWithoutAFileGivesTheBuiltInsAndSavingAsksAndRoundTr
     f.cmdLoadDefault();  // "No" changes nothing
     EXPECT_EQ(f.txtName, "");
     f.cmdLoadDefault();
-    EXPECT_EQ(f.txtName, "Hall B");
-    EXPECT_EQ(f.txtSessionChannel[3], "11");
-    EXPECT_TRUE(f.chkHighNoiseMode);
+    EXPECT_EQ(fields(f.txtName, f.txtSessionChannel[3], f.chkHighNoiseMode), "Hall B|11|1");
 }
 
 TEST(SessionSettings, EditsABasesSession) {

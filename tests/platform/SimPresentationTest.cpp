@@ -18,11 +18,9 @@ struct Sim {
     Sim() {
         pptx::DeckPlan plan;
         for (int i = 1; i <= 12; ++i) {
-            pptx::SlidePlan s;
-            s.title = "Slide title " + numText(i);
-            if (i == 2) s.tags = {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType>"}};
-            if (i == 3) s.tags = {{"TLXMATRIX", "x"}};
-            plan.slides.push_back(s);
+            plan.slides.push_back({"Slide title " + numText(i), "", {}, {}, {}});
+            if (i == 2) plan.slides.back().tags = {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType>"}};
+            if (i == 3) plan.slides.back().tags = {{"TLXMATRIX", "x"}};
         }
         deck = dir / "show.pptx";
         pptx::buildDeck(plan).saveAs(deck);
@@ -159,11 +157,9 @@ TEST(SimScript, RunsOnTimeAndReportsFailures) {
     script.load(parseScript("1 Open show.pptx\n2 Begin\n3 Key PageDown\n4 Command STARTVOTE\n5 Press 1 2 3\n6 GoTo 99\n"));
     script.start();
     s.scheduler.advance(2500);
-    EXPECT_EQ(s.app.CurrentSlide().value, 1);
-    EXPECT_FALSE(script.finished());
+    EXPECT_EQ(fields(s.app.CurrentSlide().value, script.finished()), "1|0");
     s.scheduler.advance(5000);
-    EXPECT_TRUE(script.finished());
-    EXPECT_EQ(s.app.CurrentSlide().value, 2);
+    EXPECT_EQ(fields(script.finished(), s.app.CurrentSlide().value), "1|2");
     EXPECT_EQ(commands, (std::vector<std::string>{"STARTVOTE"}));
     EXPECT_NE(std::find(reports.begin(), reports.end(), "step 5 failed: no simulated base stations"), reports.end());
     EXPECT_NE(std::find(reports.begin(), reports.end(), "step 6 failed: No slide 99 in this presentation"), reports.end());

@@ -37,8 +37,7 @@ TEST(VoteIntake, AcceptedVotesTravelAsOneBatchInArrivalOrder) {
     w.votes(1, {{5, "-2"}});  // the second base counts from 100
     w.flush();
     ASSERT_EQ(w.sent, std::vector<std::string>{"[12;3],[7;1],[105;-2],"});
-    EXPECT_TRUE(w.logged(" - TX - [12;3],[7;1],[105;-2],"));
-    EXPECT_EQ(w.main().txt_VoteCounter[0], "3");
+    EXPECT_EQ(fields(w.logged(" - TX - [12;3],[7;1],[105;-2],"), w.main().txt_VoteCounter[0]), "1|3");
 }
 
 TEST(VoteIntake, HighestKeypadOfTheBaseIsTheLimit) {
@@ -51,8 +50,7 @@ TEST(VoteIntake, HighestKeypadOfTheBaseIsTheLimit) {
     // An offset base's limit moves with it.
     w.votes(1, {{40, "1"}, {41, "1"}});
     w.flush();
-    EXPECT_EQ(w.sent.back(), "[140;1],");
-    EXPECT_TRUE(w.logged("NOT SENT: [141;1],") && w.logged("MAX KPAD NUM: 140"));
+    EXPECT_EQ(fields(w.sent.back(), w.logged("NOT SENT: [141;1],") && w.logged("MAX KPAD NUM: 140")), "[140;1],|1");
 }
 
 TEST(VoteIntake, ActiveKeypadListIsMatchedWholeNumbersOnly) {
@@ -103,8 +101,7 @@ TEST(VoteIntake, AFullBufferIsHandedOnInTheSameCall) {
     w.votes(0, many);
     // Handed to the transmit queue at once, not after the buffer timer's tick.
     EXPECT_TRUE(w.c().intake->buffer().empty());
-    EXPECT_EQ(w.main().txt_data.size(), 720u);
-    EXPECT_FALSE(w.main().tmr_VotesRxBuffer.enabled());
+    EXPECT_EQ(fields(w.main().txt_data.size(), w.main().tmr_VotesRxBuffer.enabled()), "720|0");
     // A small batch waits for the tick.
     w.flush();
     w.votes(0, {{1, "1"}});
@@ -133,8 +130,7 @@ TEST(VoteIntake, CountersAreGroupedByThousands) {
     for (int i = 0; i < 1234; ++i) many.push_back({static_cast<float>(1 + i % 4000), "1"});
     w.votes(0, many);
     w.flush();
-    EXPECT_EQ(w.main().txt_VoteCounter[0], "1,234");
-    EXPECT_EQ(w.main().txt_VoteCounter[2], "1,234");
+    EXPECT_EQ(fields(w.main().txt_VoteCounter[0], w.main().txt_VoteCounter[2]), "1,234|1,234");
 }
 
 TEST(VoteSimulator, BatchesOfRandomVotesWithinTheLimits) {

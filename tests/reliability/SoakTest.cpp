@@ -78,12 +78,9 @@ TEST(Soak, AnEightHourEventStaysFlatAndDeliversEveryVoteOnce) {
     const auto began = std::chrono::steady_clock::now();
     EventWorld w(kBases, kPerBase);
     pptx::DeckPlan plan;
-    pptx::SlidePlan title, vote;
-    title.title = "Between the questions";
-    vote.title = "Question";
-    vote.question = "Which one?";
-    vote.tags = {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>"}};
-    plan.slides = {title, vote};
+    plan.slides = {{"Between the questions", "", {}, {}, {}},
+                   {"Question", "Which one?", {}, {},
+                    {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>"}}}};
     w.openDeck(plan);
     w.wireAddIn();
     ASSERT_EQ(w.presentation.Begin(), "");
