@@ -99,8 +99,7 @@ TEST_F(DisplayProgram, TheQuickVoteStartsItAndItRunsTheVoteToItsResult) {
     EXPECT_TRUE(printed("      1  Red          0     0.0%\n"
                           "      2  Green        2    66.7%  ")) << out;
     EXPECT_TRUE(printed("      3  Blue         1    33.3%  ")) << out;
-    EXPECT_TRUE(printed("votes received: 4 (1 changed answer)\n")) << out;
-    EXPECT_TRUE(printed(" on 1 base station\n")) << out;
+    EXPECT_EQ(fields(printed("votes received: 4 (1 changed answer)\n"), printed(" on 1 base station\n")), "1|1") << out;
 }
 
 TEST_F(DisplayProgram, EndsWithTheControllerAndSaysWhenThereIsNone) {

@@ -44,18 +44,12 @@ TEST(AudioSettingsDialog, OkWritesTheBoxesToTheStoreAndTheNextTurnCancelWritesNo
     EXPECT_EQ(w.c().forms.get<frmAudioSettings>(frmAudioSettings::kName), nullptr);
     EXPECT_EQ(opt(w, audiokey::kImage), "");  // "[DEFAULT]" is no image
     const std::string ini = w.ini();
-    EXPECT_TRUE(contains(ini, "[KELVARIN AUDIO OPTIONS]"));
-    EXPECT_TRUE(contains(ini, "MAX TALK TIME=90"));
-    EXPECT_TRUE(contains(ini, "KEYPAD PROMPT 02=Go ahead"));
+    for (const char* line : {"[KELVARIN AUDIO OPTIONS]", "MAX TALK TIME=90", "KEYPAD PROMPT 02=Go ahead"})
+        EXPECT_TRUE(contains(ini, line)) << line;
     // The next turn carries them, in their order.
     const KelvarinAudioOptions r = audioOptionsRecord(w.glo().options);
-    EXPECT_EQ(r.MicVolume, 55);
-    EXPECT_EQ(r.MaxTalkTime, 90);
-    EXPECT_EQ(r.MicSwitchLogic, 2);
-    EXPECT_EQ(r.MuteKey, 9);
-    EXPECT_EQ(r.RadioSpeed, 1);
-    EXPECT_TRUE(r.UseOwnRadioChannel);
-    EXPECT_EQ(r.RadioChannel, 12);
+    EXPECT_EQ(fields(r.MicVolume, r.MaxTalkTime, r.MicSwitchLogic, r.MuteKey, r.RadioSpeed, r.UseOwnRadioChannel, r.RadioChannel),
+              "55|90|2|9|1|1|12");
 }
 
 TEST(AudioSettingsDialog, EveryEntryBoxRejectsBadTextAndChangesNothing) {
@@ -91,8 +85,7 @@ TEST(AudioSettingsDialog, EveryEntryBoxRejectsBadTextAndChangesNothing) {
         EXPECT_EQ(w.dialogs.shown.size(), shown + 1) << name;
         EXPECT_EQ(w.dialogs.shown.back().title, "Audio Settings") << name;
         EXPECT_TRUE(f.Visible()) << name;  // still open, to be corrected
-        EXPECT_EQ(opt(w, audiokey::kBoostVolume), "0") << name;
-        EXPECT_EQ(opt(w, audiokey::kImage), "") << name;
+        EXPECT_EQ(fields(opt(w, audiokey::kBoostVolume), opt(w, audiokey::kImage)), "0|") << name;
         f.cmdCancel_Click();
     }
     EXPECT_EQ(w.ini(), before);

@@ -102,18 +102,13 @@ struct AudioWorld : TestWorld {
         st.setup.keypads.push_back(shortHid);
         writePortFile({{kBase, "KELVARIN COREHUB G2", 1, 40}});
         pptx::DeckPlan plan;
-        pptx::SlidePlan welcome, vote, floor, panel;
-        welcome.title = "Welcome";
-        vote.title = "Colours";
-        vote.tags = {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>"}};
-        floor.title = "Open floor";
-        floor.question = "Questions?";
-        floor.answers = {"Keypad 1", "Keypad 2", "Keypad 3", "Keypad 20", "Keypad 30"};
-        floor.tags = {{"MURMELO", "True"}};
-        panel.title = "Panel";
-        panel.answers = {"Keypad 4"};
-        panel.tags = {{"MURMELO", "True"}, {"TLXVOTE", "<MurmeloControlPanel>True</MurmeloControlPanel>"}};
-        plan.slides = {welcome, vote, floor, panel};
+        plan.slides = {
+            {"Welcome", "", {}, {}, {}},
+            {"Colours", "", {}, {}, {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>"}}},
+            {"Open floor", "Questions?", {"Keypad 1", "Keypad 2", "Keypad 3", "Keypad 20", "Keypad 30"}, {},
+             {{"MURMELO", "True"}}},
+            {"Panel", "", {"Keypad 4"}, {},
+             {{"MURMELO", "True"}, {"TLXVOTE", "<MurmeloControlPanel>True</MurmeloControlPanel>"}}}};
         openDeck(plan);
         start();
         wireAddIn();
@@ -154,6 +149,10 @@ struct AudioWorld : TestWorld {
         return v;
     }
     void select(int k) { audio().lvw_keypadRequests_Click(audio().lvw_keypadRequests.indexOf("K:" + numText(k))); }
+    void giveFloor(int k) {
+        select(k);
+        audio().cmd_startAudio_Click();
+    }
     void command(const std::string& line) {
         display->SendCommand(line);
         settle();

@@ -4,6 +4,7 @@
 
 #include "audio/AudioOptions.h"
 #include "audio/AudioText.h"
+#include "support/Fields.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -17,17 +18,15 @@ TEST(Playthrough, StartsInOrderAndLogsTheDevices) {
     EXPECT_EQ(w.engine->calls, (std::vector<std::string>{"init 0 44100", "recordInit 1", "streamCreate 44100 2",
                                                           "recordStart 44100 2", "channelPlay"}));
     EXPECT_TRUE(w.debugLogged("PlayThroughStart - Success: input_device = 1, input_ = -1, output_ = 0"));
-    EXPECT_EQ(a.sld_inputLevel, 80);  // the master input's level, the chosen input having none
-    EXPECT_EQ(a.sld_outputLevel, 50);
-    EXPECT_FALSE(a.cmd_startPlaythrough.enabled);
-    EXPECT_TRUE(a.tmr_bassCPU.enabled());
+    // The input level is the master input's, the chosen input having none.
+    EXPECT_EQ(fields(a.sld_inputLevel, a.sld_outputLevel, a.cmd_startPlaythrough.enabled, a.tmr_bassCPU.enabled()),
+              "80|50|0|1");
     // The default-devices option overrides the chosen ones.
     a.PlayThroughStop();
     a.chk_Click(AudioCheck::DefaultDeviceOnly, true);
     w.engine->calls.clear();
     a.PlayThroughStart();
-    EXPECT_EQ(w.engine->calls.at(0), "init -1 44100");
-    EXPECT_EQ(w.engine->calls.at(1), "recordInit -1");
+    EXPECT_EQ(fields(w.engine->calls.at(0), w.engine->calls.at(1)), "init -1 44100|recordInit -1");
 }
 
 TEST(Playthrough, FailureIsReportedWithItsTextAndLeavesNothingOpen) {
@@ -35,14 +34,13 @@ TEST(Playthrough, FailureIsReportedWithItsTextAndLeavesNothingOpen) {
     frmAudio& a = w.audio();
     w.engine->failOn("streamCreate", 6);
     EXPECT_FALSE(a.PlayThroughStart());
-    EXPECT_FALSE(a.playthroughRunning());
     EXPECT_TRUE(w.debugLogged("PlayThroughStart - Failed: input_device = -1, input_ = -1, output_ = -1"));
-    EXPECT_EQ(w.engine->count("recordFree"), 1);
-    EXPECT_EQ(w.engine->count("free"), 1);
+    EXPECT_EQ(fields(a.playthroughRunning(), w.engine->count("recordFree"), w.engine->count("free"),
+                     a.cmd_startPlaythrough.enabled),
+              "0|1|1|1");
     EXPECT_TRUE(w.dialogs.any("Error 6: unsupported sample format"));
     EXPECT_EQ(w.dialogs.shown.back().title, "Audio Error");
     EXPECT_TRUE(contains(w.errLog(), "Description: Error 6: unsupported sample format"));
-    EXPECT_TRUE(a.cmd_startPlaythrough.enabled);
     // Codes the table lacks, and -1, read as unknown rather than past its end.
     for (int code : {-1, 10, 46, 1000}) EXPECT_EQ(bassErrorText(code), "Unkown BASS error") << code;
 }
@@ -55,16 +53,12 @@ TEST(Playthrough, MonitorShowsLoadLevelAndLatencyAndRestartsAbove150ms) {
     w.engine->level = 0.42;
     w.engine->buffered = 44100 * 4 * 150 / 1000;  // exactly 150 ms: still fine
     w.scheduler.advance(250);
-    EXPECT_EQ(a.lblCPU, "CPU: 1.23%");
-    EXPECT_EQ(a.pbar_channelLevel.value, 42);
-    EXPECT_EQ(a.lblLatency, "Latency: 150 ms");
-    EXPECT_EQ(w.engine->count("channelPlay"), 1);
+    EXPECT_EQ(fields(a.lblCPU, a.pbar_channelLevel.value, a.lblLatency, w.engine->count("channelPlay")),
+              "CPU: 1.23%|42|Latency: 150 ms|1");
     w.engine->buffered = 44100 * 4 * 151 / 1000;
     w.scheduler.advance(250);
     EXPECT_TRUE(w.debugLogged("Latency too high - playthrough restarting"));
-    EXPECT_EQ(w.engine->count("recordFree"), 1);
-    EXPECT_EQ(w.engine->count("channelPlay"), 2);
-    EXPECT_TRUE(a.playthroughRunning());
+    EXPECT_EQ(fields(w.engine->count("recordFree"), w.engine->count("channelPlay"), a.playthroughRunning()), "1|2|1");
 }
 
 TEST(Playthrough, VanishingDeviceStopsPlaythroughButNotTheTurn) {
@@ -72,14 +66,12 @@ TEST(Playthrough, VanishingDeviceStopsPlaythroughButNotTheTurn) {
     frmAudio& a = w.audio();
     a.chk_Click(AudioCheck::PlaythroughEnabled, true);
     a.MicRequest(w.keypadObject(1), "0", false);
-    w.select(1);
-    a.cmd_startAudio_Click();
+    w.giveFloor(1);
     ASSERT_TRUE(a.playthroughRunning());
     w.engine->onFailure(AudioErrorCode::Device);
     EXPECT_FALSE(a.playthroughRunning());
     EXPECT_TRUE(w.dialogs.any("Error 23: illegal device number"));
-    EXPECT_EQ(a.status, "Streaming Audio");
-    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(1));
+    EXPECT_EQ(fields(a.status, w.station().audioHid), "Streaming Audio|" + AudioWorld::hid(1));
     w.scheduler.advance(1000);
     EXPECT_EQ(a.status, "Streaming Audio - 59");
 }
@@ -89,22 +81,19 @@ TEST(Playthrough, FollowsTheTurnUnlessKeptRunning) {
     frmAudio& a = w.audio();
     a.chk_Click(AudioCheck::PlaythroughEnabled, true);
     for (int k : {1, 2}) a.MicRequest(w.keypadObject(k), "0", false);
-    w.select(1);
-    a.cmd_startAudio_Click();
+    w.giveFloor(1);
     EXPECT_TRUE(a.playthroughRunning());
     a.cmd_stopAudio_Click();
     EXPECT_FALSE(a.playthroughRunning());
     a.chk_Click(AudioCheck::RunPlaythroughConstantly, true);
-    w.select(2);
-    a.cmd_startAudio_Click();
+    w.giveFloor(2);
     a.cmd_stopAudio_Click();
     EXPECT_TRUE(a.playthroughRunning());
     EXPECT_EQ(w.engine->count("init"), 2);
     // A failed start leaves playthrough as it found it.
     a.PlayThroughStop();
     w.baseLibrary.fail(kBase, "StartAudio", 9);
-    w.select(1);
-    a.cmd_startAudio_Click();
+    w.giveFloor(1);
     EXPECT_FALSE(a.playthroughRunning());
 }
 
@@ -119,8 +108,7 @@ TEST(Playthrough, CallbackDiagnosticsAndTheirEntryBoxInTheDebugLog) {
     a.PlayThroughStart();
     EXPECT_FALSE(a.txt_audioMinCallbackDataLen_Change("12x"));
     EXPECT_FALSE(a.txt_audioMinCallbackDataLen_Change("-4"));
-    EXPECT_EQ(w.dialogs.shown.size(), 2u);
-    EXPECT_EQ(a.txt_audioMinCallbackDataLen, "0");
+    EXPECT_EQ(fields(w.dialogs.shown.size(), a.txt_audioMinCallbackDataLen), "2|0");
     ASSERT_TRUE(a.txt_audioMinCallbackDataLen_Change(" 1024 "));
     a.chk_Click(AudioCheck::CallBackLogNextEvent, true);
     char block[2048] = {};

@@ -13,10 +13,7 @@ TEST(RequestQueue, RequestsJoinTheEndWithTheirReadingsAndARepeatedOneKeepsItsPla
     a.MicRequest(w.keypadObject(2, "0", 390, -52), "0", false);
     ASSERT_EQ(w.rowTexts(), (std::vector<std::string>{"3 QUEUED", "2 QUEUED", "1 QUEUED"}));
     const AudioRequestRow& r = a.lvw_keypadRequests.rows[0];
-    EXPECT_EQ(r.text, "100 300 100 003");
-    EXPECT_EQ(r.tag, AudioWorld::hid(3));
-    EXPECT_EQ(r.battery.text, "100%");
-    EXPECT_EQ(r.signal.text, "-45dB");
+    EXPECT_EQ(fields(r.text, r.tag, r.battery.text, r.signal.text), "100 300 100 003|" + AudioWorld::hid(3) + "|100%|-45dB");
     // No signal reading: a dash; an empty battery: 0%.
     EXPECT_EQ(a.lvw_keypadRequests.rows[2].signal.text, "-");
     EXPECT_EQ(a.lvw_keypadRequests.rows[2].battery.text, "0%");
@@ -24,8 +21,7 @@ TEST(RequestQueue, RequestsJoinTheEndWithTheirReadingsAndARepeatedOneKeepsItsPla
     EXPECT_EQ(a.lvw_keypadRequests.rows[1].battery.text, "75%");
     EXPECT_EQ(a.lvw_keypadRequests.rows[1].signal.text, "-52dB");
     // A keypad that has spoken asks again: it stays where it was, its turn marked done.
-    w.select(2);
-    a.cmd_startAudio_Click();
+    w.giveFloor(2);
     a.cmd_stopAudio_Click();
     a.MicRequest(w.keypadObject(2), "0", false);
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"3 QUEUED", "2 DONE", "1 QUEUED"}));
@@ -58,10 +54,8 @@ TEST(RequestQueue, RequestsThroughTheBaseReachTheWindowAndEndVoteLeavesThemOn) {
     AudioWorld w;
     frmAudio& a = w.audio();
     a.cmd_audioRequest_Click();
-    EXPECT_EQ(a.cmd_audioRequest.caption, "Disable Requests");
-    EXPECT_EQ(a.status, "Requests Enabled");
+    EXPECT_EQ(fields(a.cmd_audioRequest.caption, a.status, w.g2().audioRequestsOn()), "Disable Requests|Requests Enabled|1");
     EXPECT_EQ(a.imgMicIcon, MicIcon::Active);
-    EXPECT_TRUE(w.g2().audioRequestsOn());
     ASSERT_TRUE(w.station().voteOpen);  // requests run as the bases' open vote
     w.request(4);
     w.request(6);

@@ -21,10 +21,8 @@ TEST(SlideTurn, DigitGivesTheFloorToTheKeypadOnThatLineAndMarksIt) {
     w.c().hotKeys->CtrlKeyPressed("2");
     frmAudio* a = w.c().forms.get<frmAudio>(frmAudio::kName);
     ASSERT_NE(a, nullptr);
-    EXPECT_TRUE(a->Visible());
-    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(2));
-    EXPECT_EQ(w.paragraph(3, 2), "Keypad 2 - Active");
-    EXPECT_EQ(a->slideKeypad(), 2);
+    EXPECT_EQ(fields(a->Visible(), w.station().audioHid, w.paragraph(3, 2), a->slideKeypad()),
+              "1|" + AudioWorld::hid(2) + "|Keypad 2 - Active|2");
     // The keypad had not asked: it joins the queue to be given the floor.
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"2 SPEAKING"}));
     // Another line ends the running turn first.
@@ -41,16 +39,13 @@ TEST(SlideTurn, TheCurrentSpeakersLineAndLinesWithoutAFullHidOrOutOfRangeChangeN
     a.RunFromSlide(5);  // keypad 30: not registered
     a.RunFromSlide(0);
     a.RunFromSlide(6);
-    EXPECT_TRUE(a.lvw_keypadRequests.rows.empty());
-    EXPECT_TRUE(w.station().audioHid.empty());
-    EXPECT_EQ(w.paragraph(3, 4), "Keypad 20");
-    EXPECT_EQ(w.paragraph(3, 5), "Keypad 30");
+    EXPECT_EQ(fields(a.lvw_keypadRequests.rows.size(), w.station().audioHid, w.paragraph(3, 4), w.paragraph(3, 5)),
+              "0||Keypad 20|Keypad 30");
     a.RunFromSlide(3);
     const double started = a.startTime();
     w.settle(2000);
     a.RunFromSlide(3);
-    EXPECT_EQ(a.startTime(), started);
-    EXPECT_FALSE(w.debugLogged("StopAudio"));
+    EXPECT_EQ(fields(a.startTime() == started, w.debugLogged("StopAudio")), "1|0");
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"3 SPEAKING"}));
     EXPECT_EQ(w.paragraph(3, 3), "Keypad 3 - Active");  // marked once
 }
@@ -82,11 +77,9 @@ TEST(Opening, PresenterToggleShowsAndHidesTheWindow) {
     w.g2().ToggleAudioDialog();
     frmAudio* a = w.c().forms.get<frmAudio>(frmAudio::kName);
     ASSERT_NE(a, nullptr);
-    EXPECT_TRUE(a->Visible());
-    EXPECT_TRUE(w.logged("Show Audio"));
+    EXPECT_EQ(fields(a->Visible(), w.logged("Show Audio")), "1|1");
     w.g2().ToggleAudioDialog();
-    EXPECT_FALSE(a->Visible());
-    EXPECT_TRUE(w.logged("Hide Audio"));
+    EXPECT_EQ(fields(a->Visible(), w.logged("Hide Audio")), "0|1");
 }
 
 TEST(Opening, ControlPanelSlideBringsUpTheFullWindow) {
@@ -98,8 +91,7 @@ TEST(Opening, ControlPanelSlideBringsUpTheFullWindow) {
     w.settle();
     frmAudio* a = w.c().forms.get<frmAudio>(frmAudio::kName);
     ASSERT_NE(a, nullptr);
-    EXPECT_TRUE(a->Visible());
-    EXPECT_TRUE(a->controlPanelVisible);
+    EXPECT_EQ(fields(a->Visible(), a->controlPanelVisible), "1|1");
     EXPECT_EQ(a->Mode(), AudioWindowMode::Full);
     // The full window lists the sound card's devices.
     EXPECT_EQ(a->lvw_inputDevices, (std::vector<std::string>{"Microphone", "Line In"}));

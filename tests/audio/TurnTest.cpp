@@ -3,6 +3,7 @@
 #include "AudioWorld.h"
 
 #include "audio/AudioOptions.h"
+#include "support/Fields.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -10,6 +11,11 @@ using namespace tlx::test;
 namespace {
 void queue(AudioWorld& w, std::initializer_list<int> keypads) {
     for (int k : keypads) w.audio().MicRequest(w.keypadObject(k), "0", false);
+}
+// Status; start, stop, hide and list enabled; the speaker; the countdown running.
+std::string window(frmAudio& a) {
+    return fields(a.status, a.cmd_startAudio.enabled, a.cmd_stopAudio.enabled, a.cmd_hide.enabled,
+                  a.lvw_keypadRequests.enabled, a.currentSpeaker(), a.tmrTimeRemaining.enabled());
 }
 }  // namespace
 
@@ -19,21 +25,14 @@ TEST(Turn, GivingTheFloorStreamsTheRowLocksTheWindowAndADoubleClickMovesIt) {
     w.glo().options.set(section::kAudioOptions, audiokey::kMicVolume, "70");
     queue(w, {1, 2});
     frmAudio& a = w.audio();
-    w.select(2);
-    a.cmd_startAudio_Click();
-    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(2));
-    EXPECT_EQ(w.station().audioOptions.MaxTalkTime, 45);
-    EXPECT_EQ(w.station().audioOptions.MicVolume, 70);
+    w.giveFloor(2);
+    const auto& st = w.station();
+    EXPECT_EQ(fields(st.audioHid, st.audioOptions.MaxTalkTime, st.audioOptions.MicVolume), AudioWorld::hid(2) + "|45|70");
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 QUEUED", "2 SPEAKING"}));
-    EXPECT_EQ(a.status, "Streaming Audio");
     EXPECT_EQ(a.imgMicIcon, MicIcon::Streaming);
-    EXPECT_FALSE(a.cmd_startAudio.enabled);
-    EXPECT_TRUE(a.cmd_stopAudio.enabled);
-    for (const AudioButton* b : {&a.cmd_audioRequest, &a.cmd_clearList, &a.cmd_settings, &a.cmd_hide})
+    EXPECT_EQ(window(a), "Streaming Audio|0|1|0|0|" + AudioWorld::hid(2) + "|1");
+    for (const AudioButton* b : {&a.cmd_audioRequest, &a.cmd_clearList, &a.cmd_settings})
         EXPECT_FALSE(b->enabled) << b->caption;
-    EXPECT_FALSE(a.lvw_keypadRequests.enabled);
-    EXPECT_EQ(a.currentSpeaker(), AudioWorld::hid(2));
-    EXPECT_TRUE(a.tmrTimeRemaining.enabled());
     // A double click ends the running turn and gives the floor to the row.
     a.lvw_keypadRequests_DblClick(0);
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 SPEAKING", "2 DONE"}));
@@ -46,8 +45,7 @@ TEST(Turn, StartingWithRequestsOffTurnsThemOnWhenAskedTo) {
     frmAudio& a = w.audio();
     a.chk_Click(AudioCheck::AudioRequestsOn, true);
     ASSERT_EQ(a.cmd_audioRequest.caption, "Enable Requests");
-    w.select(1);
-    a.cmd_startAudio_Click();
+    w.giveFloor(1);
     EXPECT_EQ(a.cmd_audioRequest.caption, "Disable Requests");
     EXPECT_TRUE(w.g2().audioRequestsOn());
     EXPECT_EQ(a.status, "Streaming Audio");
@@ -65,20 +63,13 @@ TEST(Turn, AStartThatCannotGoAheadLeavesTheWindowAsItWas) {
     frmAudio& a = w.audio();
     a.cmd_startAudio_Click();  // nothing selected
     ASSERT_EQ(w.dialogs.shown.size(), 1u);
-    EXPECT_EQ(w.dialogs.shown[0].title, "Murmelo");
-    EXPECT_EQ(w.dialogs.shown[0].text, "Nothing selected");
+    EXPECT_EQ(fields(w.dialogs.shown[0].title, w.dialogs.shown[0].text), "Murmelo|Nothing selected");
     // The base refuses: the buttons stay as they were and the reason is logged.
     w.select(1);
     w.baseLibrary.fail(kBase, "StartAudio", 9);
     a.cmd_startAudio_Click();
-    EXPECT_TRUE(a.cmd_startAudio.enabled);
-    EXPECT_FALSE(a.cmd_stopAudio.enabled);
-    EXPECT_TRUE(a.cmd_hide.enabled);
-    EXPECT_TRUE(a.lvw_keypadRequests.enabled);
-    EXPECT_EQ(a.status, "Requests Disabled");
+    EXPECT_EQ(window(a), "Requests Disabled|1|0|1|1||0");
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 QUEUED"}));
-    EXPECT_TRUE(a.currentSpeaker().empty());
-    EXPECT_FALSE(a.tmrTimeRemaining.enabled());
     EXPECT_TRUE(contains(w.errLog(), "Description: Unable to initialize audio, ensure base is connected"));
     // A vote that will not end keeps the floor closed: the command channel is stuck, so the
     // queued ENDVOTE never runs.
@@ -87,8 +78,7 @@ TEST(Turn, AStartThatCannotGoAheadLeavesTheWindowAsItWas) {
     w.glo().ShuttingDown = true;
     a.cmd_startAudio_Click();
     w.glo().ShuttingDown = false;
-    EXPECT_EQ(a.status, "Unable to stop vote, please try again");
-    EXPECT_TRUE(w.station().audioHid.empty());
+    EXPECT_EQ(fields(a.status, w.station().audioHid.empty()), "Unable to stop vote, please try again|1");
     EXPECT_TRUE(a.cmd_startAudio.enabled);
 }
 
@@ -96,17 +86,11 @@ TEST(Turn, LinkReadingsIgnoreValuesBeyondAByte) {
     AudioWorld w;
     frmAudio& a = w.audio();
     a.oKVv5_AudioStatus(KelvarinAudioStatus{true, -61, 1234}, "0");
-    EXPECT_TRUE(a.cmd_stopAudio.enabled);
-    EXPECT_EQ(a.lblRSSI, "-61 dB");
-    EXPECT_EQ(a.pbarRSSI.value, -61);
-    EXPECT_EQ(a.lblLQI, "");
+    EXPECT_EQ(fields(a.cmd_stopAudio.enabled, a.lblRSSI, a.pbarRSSI.value, a.lblLQI), "1|-61 dB|-61|");
     a.oKVv5_AudioStatus(KelvarinAudioStatus{false, 300, 0}, "0");
-    EXPECT_EQ(a.lblRSSI, "-61 dB");  // 300 is no reading
-    EXPECT_EQ(a.lblLQI, "0");
+    EXPECT_EQ(fields(a.lblRSSI, a.lblLQI), "-61 dB|0");  // 300 is no reading
     a.oKVv5_AudioStatus(KelvarinAudioStatus{true, 0, 255}, "0");
-    EXPECT_EQ(a.lblRSSI, "- ");
-    EXPECT_EQ(a.lblLQI, "255");
-    EXPECT_EQ(a.pbarLQI.value, 255);
+    EXPECT_EQ(fields(a.lblRSSI, a.lblLQI, a.pbarLQI.value), "- |255|255");
     a.oKVv5_AudioStatus(KelvarinAudioStatus{true, -150, 0}, "0");
     EXPECT_EQ(a.pbarRSSI.value, a.pbarRSSI.min);  // clamped to the bar
 }
@@ -118,28 +102,22 @@ TEST(Turn, EndingRestoresTheWindowKeepsAQuestionSlideAndMarksOrRemovesTheRow) {
     w.settle();
     queue(w, {1, 2});
     frmAudio& a = w.audio();
-    w.select(1);
-    a.cmd_startAudio_Click();
+    w.giveFloor(1);
     w.settle(1500);
     EXPECT_FALSE(a.lblRSSI.empty());  // the base reported the link
     auto* deck = dynamic_cast<SimDocument*>(w.presentation.getActiveObject()->activePresentation());
     ASSERT_NE(deck, nullptr);
     const int before = deck->showWithAnimationSets;
     a.cmd_stopAudio_Click();
-    EXPECT_EQ(deck->showWithAnimationSets, before + 1);
-    EXPECT_EQ(w.presentation.CurrentSlide().value, 3);
-    EXPECT_TRUE(w.station().audioHid.empty());
+    EXPECT_EQ(fields(deck->showWithAnimationSets - before, w.presentation.CurrentSlide().value, w.station().audioHid),
+              "1|3|");
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 DONE", "2 QUEUED"}));
     for (const AudioButton* b : {&a.cmd_startAudio, &a.cmd_audioRequest, &a.cmd_clearList, &a.cmd_settings, &a.cmd_hide})
         EXPECT_TRUE(b->enabled) << b->caption;
-    EXPECT_FALSE(a.cmd_stopAudio.enabled);
-    EXPECT_EQ(a.lblRSSI, "");
-    EXPECT_EQ(a.lblLQI, "");
-    EXPECT_EQ(a.pbarLQI.value, a.pbarLQI.min);
+    EXPECT_EQ(fields(a.cmd_stopAudio.enabled, a.lblRSSI, a.lblLQI, a.pbarLQI.value == a.pbarLQI.min), "0|||1");
     // Managed automatically, a finished speaker leaves the queue.
     a.chk_Click(AudioCheck::AutoManageRequests, true);
-    w.select(2);
-    a.cmd_startAudio_Click();
+    w.giveFloor(2);
     w.presentation.GoTo(1);  // no question here: the show's setting is left alone
     w.settle();
     a.cmd_stopAudio_Click();
@@ -152,16 +130,12 @@ TEST(Turn, HidingWithTheClearOptionLeavesAnEmptyQueueAndRequestsOff) {
     frmAudio& a = showAudioWindow(w.c());
     a.cmd_audioRequest_Click();
     queue(w, {1, 2});
-    w.select(1);
-    a.cmd_startAudio_Click();
+    w.giveFloor(1);
     a.chk_Click(AudioCheck::ClearRequestsOnHide, true);
     a.cmd_hide_Click();
-    EXPECT_FALSE(a.Visible());
-    EXPECT_TRUE(a.lvw_keypadRequests.rows.empty());
-    EXPECT_EQ(a.cmd_audioRequest.caption, "Enable Requests");
-    EXPECT_FALSE(w.g2().audioRequestsOn());
-    EXPECT_TRUE(w.station().audioHid.empty());
-    EXPECT_TRUE(a.currentSpeaker().empty());
+    EXPECT_EQ(fields(a.Visible(), a.lvw_keypadRequests.rows.size(), a.cmd_audioRequest.caption,
+                     w.g2().audioRequestsOn(), w.station().audioHid, a.currentSpeaker()),
+              "0|0|Enable Requests|0||");
     // Without the option the queue stays for the next time.
     showAudioWindow(w.c());
     a.chk_Click(AudioCheck::ClearRequestsOnHide, false);
@@ -186,18 +160,14 @@ TEST(WholeTurn, RequestShowAudioFloorDuringAVoteCountdownPastZeroAndEnd) {
 
     // A vote opens on the display program's word; the presenter gives keypad 2 the floor.
     w.openVote();
-    w.select(2);
-    a.cmd_startAudio_Click();
-    EXPECT_FALSE(w.glo().voteRunning);
-    EXPECT_FALSE(w.station().voteOpen);
-    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(2));
-    EXPECT_EQ(a.status, "Streaming Audio");
+    w.giveFloor(2);
+    EXPECT_EQ(fields(w.glo().voteRunning, w.station().voteOpen, w.station().audioHid, a.status),
+              "0|0|" + AudioWorld::hid(2) + "|Streaming Audio");
 
     // The base reports the link every second; the countdown runs on past zero.
     w.scheduler.advance(2000);
     EXPECT_EQ(a.lblRSSI, numText(w.keypad(2).signal) + " dB");
-    EXPECT_FALSE(a.lblLQI.empty());
-    EXPECT_EQ(a.status, "Streaming Audio - 3");
+    EXPECT_EQ(fields(a.lblLQI.empty(), a.status), "0|Streaming Audio - 3");
     w.scheduler.advance(5000);
     EXPECT_EQ(a.lblTimeRemaining, "-2");
     EXPECT_TRUE(w.station().audioHid.empty());  // the base ended the stream at the talk time
@@ -205,8 +175,7 @@ TEST(WholeTurn, RequestShowAudioFloorDuringAVoteCountdownPastZeroAndEnd) {
     // The presenter ends the turn.
     EXPECT_EQ(a.status, "Streaming Audio - -2");
     a.cmd_stopAudio_Click();
-    EXPECT_EQ(a.status, "Ready");
-    EXPECT_EQ(a.lblTimeRemaining, "");
+    EXPECT_EQ(fields(a.status, a.lblTimeRemaining), "Ready|");
     w.scheduler.advance(1000);
     EXPECT_EQ(a.status, "Ready");  // the countdown stopped with the turn
     EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"7 QUEUED", "2 DONE"}));

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "load/LoadTally.h"
+#include "support/Fields.h"
 
 using namespace tlx::load;
+using tlx::test::fields;
 
 namespace {
 
@@ -24,14 +26,11 @@ BurstPlan plan(int bases, int keypads, int perSecond) {
 TEST(LoadPlan, PressTimesFollowEachBasesKeypadsInRegistryOrder) {
     const BurstPlan p = plan(2, 4095, 4095);
     EXPECT_EQ(p.total(), 8190);
-    EXPECT_EQ(p.pressNs(1), 1000 * kMs);
-    EXPECT_EQ(p.pressNs(2), 1000 * kMs);  // 0.24 ms rounds to the same millisecond
-    EXPECT_EQ(p.pressNs(4), 1001 * kMs);  // 0.73 ms
-    EXPECT_EQ(p.pressNs(4095), 2000 * kMs);
-    EXPECT_EQ(p.pressNs(4096), 2000 * kMs);  // the second base's first keypad, at its own origin
-    EXPECT_EQ(p.pressNs(8190), 3000 * kMs);
-    EXPECT_EQ(p.pressNs(0), -1);
-    EXPECT_EQ(p.pressNs(8191), -1);
+    // In milliseconds: keypad 2 at 0.24 ms rounds to the same as keypad 1, keypad 4 at 0.73 ms to the
+    // next; keypad 4096 is the second base's first, at its own origin; 0 and 8191 are no keypads.
+    const auto ms = [&](int keypad) { return p.pressNs(keypad) < 0 ? -1 : p.pressNs(keypad) / kMs; };
+    EXPECT_EQ(fields(ms(1), ms(2), ms(4), ms(4095), ms(4096), ms(8190), ms(0), ms(8191)),
+              "1000|1000|1001|2000|2000|3000|-1|-1");
     const BurstPlan slow = plan(1, 1000, 1000);
     EXPECT_EQ(slow.pressNs(1000), (1000 + 999) * kMs);
 }
@@ -39,16 +38,14 @@ TEST(LoadPlan, PressTimesFollowEachBasesKeypadsInRegistryOrder) {
 TEST(LoadRecords, EventsSplitIntoRecordsAndRepliesAreSkipped) {
     const ParsedEvent e = parseVoteEvent("[12;3],[7;1],\r\n[45;-2],\r\nVOTES=1\r\n[3;1;2],");
     ASSERT_EQ(e.records.size(), 4u);
-    EXPECT_EQ(e.records[0], (std::pair<int, std::string>{12, "3"}));
-    EXPECT_EQ(e.records[2], (std::pair<int, std::string>{45, "-2"}));
-    EXPECT_EQ(e.records[3], (std::pair<int, std::string>{3, "1;2"}));
-    EXPECT_EQ(e.malformed, 0);
+    EXPECT_EQ(fields(e.records[0].first, e.records[0].second, e.records[2].first, e.records[2].second, e.records[3].first,
+                     e.records[3].second, e.malformed),
+              "12|3|45|-2|3|1;2|0");
     EXPECT_TRUE(parseVoteEvent("").records.empty());
     // Broken batches are counted, and none of their records is taken as heard.
     for (const char* bad : {"[12;3],[7", "[1;2]", "[x;1],", "[1;2],junk", "[5],", "[;3],"}) {
         const ParsedEvent b = parseVoteEvent(bad);
-        EXPECT_EQ(b.malformed, 1) << bad;
-        EXPECT_TRUE(b.records.empty()) << bad;
+        EXPECT_EQ(fields(b.malformed, b.records.empty()), "1|1") << bad;
     }
 }
 
@@ -59,12 +56,7 @@ TEST(LoadTally, MissingRepeatedStrangeAndWrongVotesAreEachCounted) {
         {4, "7", 1063 * kMs}, {9, "1", 1070 * kMs},
     };
     const ClientTally t = tally(p, heard, "1234");
-    EXPECT_EQ(t.delivered, 3);
-    EXPECT_EQ(t.missing, 2);
-    EXPECT_EQ(t.duplicates, 1);
-    EXPECT_EQ(t.unknown, 1);
-    EXPECT_EQ(t.badVotes, 1);
-    EXPECT_FALSE(t.exactlyOnce());
+    EXPECT_EQ(fields(t.delivered, t.missing, t.duplicates, t.unknown, t.badVotes, t.exactlyOnce()), "3|2|1|1|1|0");
     // Latency from each keypad's first receipt: the repeat does not count.
     EXPECT_EQ(t.latencyMs, (std::vector<double>{30.0, 40.0, 60.0}));
     // Four events heard (the stranger's is not the burst's): each one's youngest vote.
@@ -81,13 +73,7 @@ TEST(LoadTally, PercentilesAreNearestRankAndMediansAverageTheMiddle) {
     std::vector<double> v;
     for (int i = 100; i >= 1; --i) v.push_back(i);
     const LatencySummary s = summarise(v);
-    EXPECT_EQ(s.p50, 50);
-    EXPECT_EQ(s.p99, 99);
-    EXPECT_EQ(s.max, 100);
-    EXPECT_EQ(percentile({7}, 99), 7);
-    EXPECT_EQ(percentile({}, 50), 0);
-    EXPECT_EQ(percentile({1, 2, 3}, 0), 1);
-    EXPECT_EQ(median({5, 1, 3}), 3);
-    EXPECT_EQ(median({4, 1, 3, 2}), 2.5);
-    EXPECT_EQ(summarise({}).max, 0);
+    EXPECT_EQ(fields(s.p50, s.p99, s.max), "50|99|100");
+    EXPECT_EQ(fields(percentile({7}, 99), percentile({}, 50), percentile({1, 2, 3}, 0)), "7|0|1");
+    EXPECT_EQ(fields(median({5, 1, 3}), median({4, 1, 3, 2}), summarise({}).max), "3|2.5|0");
 }

@@ -14,6 +14,7 @@
 #include "core/MainForm.h"
 #include "core/Text.h"
 #include "support/FakePresentation.h"
+#include "support/Fields.h"
 #include "support/RecordingDrivers.h"
 #include "support/TestWorld.h"
 
@@ -80,12 +81,19 @@ protected:
         w.main().AddDataToCommandQueue(text);
         w.scheduler.advance(200);
     }
+    // The calls of these lines alone.
+    void sendAfresh(const std::string& text) {
+        calls.clear();
+        send(text);
+    }
     bool called(const std::string& call) const {
         return std::find(calls.begin(), calls.end(), call) != calls.end();
     }
     int count(const std::string& call) const {
         return static_cast<int>(std::count(calls.begin(), calls.end(), call));
     }
+    // The queued text, the vote name, the run timer on.
+    std::string queue() { return fields(w.main().txt_command, w.glo().voteName, w.main().tmr_executeCommand.enabled()); }
 
     FakePresentationApp ppt;  // outlives the world's controller
     TestWorld w;

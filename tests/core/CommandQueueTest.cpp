@@ -14,17 +14,13 @@ TEST_F(CommandChannel, QueueJoinsLinesAndRunsOnlyFromItsTimer) {
     MainForm& m = w.main();
     m.AddDataToCommandQueue("votename=A");
     m.AddDataToCommandQueue("options=4");
-    EXPECT_EQ(m.txt_command, "votename=A\r\noptions=4");
-    EXPECT_EQ(w.glo().voteName, "");  // nothing runs inside the call
-    EXPECT_TRUE(m.tmr_executeCommand.enabled());
+    EXPECT_EQ(queue(), "votename=A\r\noptions=4||1");  // nothing runs inside the call
 
     w.scheduler.advance(49);
     EXPECT_EQ(w.glo().voteName, "");
     w.scheduler.advance(1);
-    EXPECT_EQ(w.glo().voteName, "A");
+    EXPECT_EQ(queue(), "|A|0");  // one run per enabling
     EXPECT_EQ(w.glo().optionCount, 4);
-    EXPECT_EQ(m.txt_command, "");
-    EXPECT_FALSE(m.tmr_executeCommand.enabled());  // one run per enabling
     // The whole queue is logged as one received line.
     EXPECT_TRUE(w.logged(" - RX - votename=A \\n options=4"));
 }
@@ -55,15 +51,11 @@ TEST_F(CommandChannel, DoubledStartOrEndRunsOnceButThreeRunThrice) {
     int events = 0, reported = -1;
     w.main().FromCtrlFormBaseStationStartVoteCount.connect([&](int n) { ++events; reported = n; });
     send("startvote\r\nStartVote");  // in any case
-    EXPECT_EQ(count("voteStart"), 1);
-    EXPECT_TRUE(w.glo().voteRunning && w.glo().voteStartedByCommand);
-    EXPECT_EQ(events, 1);
-    EXPECT_EQ(reported, 2);  // as the vote run reports the bases taking part
-    calls.clear();
-    send("STARTVOTE\r\nSTARTVOTE\r\nSTARTVOTE");
+    // Two bases reported, as the vote run reports the bases taking part.
+    EXPECT_EQ(fields(count("voteStart"), w.glo().voteRunning && w.glo().voteStartedByCommand, events, reported), "1|1|1|2");
+    sendAfresh("STARTVOTE\r\nSTARTVOTE\r\nSTARTVOTE");
     EXPECT_EQ(count("voteStart"), 3);
-    calls.clear();
-    send("ENDVOTE\r\nENDVOTE");
+    sendAfresh("ENDVOTE\r\nENDVOTE");
     EXPECT_EQ(count("voteEnd"), 1);
     calls.clear();
     // Only a queue that is exactly the doubled command is folded.
@@ -97,9 +89,8 @@ TEST(CommandQueueStartUp, ACommandQueuedDuringStartUpRunsOnceInitialisationCompl
 TEST_F(CommandChannel, WithoutThePresentationProgramTheLinesAreDropped) {
     w.desktop.removeProcess("POWERPNT.EXE");
     send("votename=dropped\r\nSTARTVOTE");
-    EXPECT_EQ(w.glo().voteName, "");
+    EXPECT_EQ(queue(), "||0");  // dropped, not kept for later
     EXPECT_FALSE(called("voteStart"));
-    EXPECT_EQ(w.main().txt_command, "");  // dropped, not kept for later
     EXPECT_TRUE(w.logged(" - RX - votename=dropped \\n STARTVOTE"));
     w.desktop.addProcess("POWERPNT.EXE");
     send("votename=kept");
@@ -111,9 +102,9 @@ TEST_F(CommandChannel, AnErrorIsReportedAndDropsTheRestOfThatRunOnly) {
     send("votename=before\r\nENDCONVERT\r\nvotename=after");
     EXPECT_EQ(w.glo().voteName, "before");
     const std::string errLog = readFile(w.c().logs.errLogPath());
-    EXPECT_NE(errLog.find("Module: tallix_controller"), std::string::npos);
-    EXPECT_NE(errLog.find("Procedure: tmr_executeCommand_Timer"), std::string::npos);
-    EXPECT_NE(errLog.find("Macro 'EndShowEdit' cannot be found."), std::string::npos);
+    for (const char* part : {"Module: tallix_controller", "Procedure: tmr_executeCommand_Timer",
+                             "Macro 'EndShowEdit' cannot be found."})
+        EXPECT_NE(errLog.find(part), std::string::npos) << part;
     send("votename=next run");
     EXPECT_EQ(w.glo().voteName, "next run");
 
@@ -127,43 +118,34 @@ TEST_F(CommandChannel, LinesQueuedDuringARunGetARunOfTheirOwn) {
     targets->onVoteStart = [this] { w.main().AddDataToCommandQueue("votename=queued inside"); };
     w.main().AddDataToCommandQueue("STARTVOTE\r\nvotename=same run");
     w.scheduler.advance(50);
-    EXPECT_EQ(w.glo().voteName, "same run");
-    EXPECT_EQ(w.main().txt_command, "votename=queued inside");
-    EXPECT_TRUE(w.main().tmr_executeCommand.enabled());
+    EXPECT_EQ(queue(), "votename=queued inside|same run|1");
     w.scheduler.advance(50);
     EXPECT_EQ(w.glo().voteName, "queued inside");
 }
 
 TEST_F(CommandChannel, PowerPointClosedShutsDownAndStopsTheRun) {
     send("votename=first\r\nPOWERPOINTCLOSED\r\nvotename=never");
-    EXPECT_TRUE(w.glo().ShuttingDown);
-    EXPECT_EQ(w.glo().voteName, "first");
-    EXPECT_EQ(w.c().mainForm(), nullptr);
+    EXPECT_EQ(fields(w.glo().ShuttingDown, w.glo().voteName, w.c().mainForm() == nullptr), "1|first|1");
 }
 
 TEST_F(CommandChannel, ExitAsksWhileThePresentationRunsAndNoKeepsEverything) {
     w.dialogs.answers = {false};
     send("EXIT\r\nvotename=still here");
     ASSERT_EQ(w.dialogs.shown.size(), 1u);
-    EXPECT_EQ(w.dialogs.shown[0].title, "tallix controller");
-    EXPECT_EQ(w.dialogs.shown[0].text, "Closing the controller will disable voting - are you sure?");
-    EXPECT_FALSE(w.glo().ShuttingDown);
-    EXPECT_EQ(w.glo().voteName, "still here");
-
+    EXPECT_EQ(w.dialogs.shown[0].title + ": " + w.dialogs.shown[0].text,
+              "tallix controller: Closing the controller will disable voting - are you sure?");
+    const auto state = [&] { return fields(w.glo().ShuttingDown, w.glo().FullShutDownInitiated, w.glo().voteName); };
+    EXPECT_EQ(state(), "0|0|still here");
     w.dialogs.answers = {true};
     send("end\r\nvotename=gone");
-    EXPECT_TRUE(w.glo().ShuttingDown);
-    EXPECT_TRUE(w.glo().FullShutDownInitiated);
-    EXPECT_EQ(w.glo().voteName, "still here");
+    EXPECT_EQ(state(), "1|1|still here");
 }
 
 TEST_F(CommandChannel, StartVoteWithAnArgumentStoresTheModeAndRunsAgain) {
     w.main().AddDataToCommandQueue("STARTVOTE,3");
     w.scheduler.advance(50);
-    EXPECT_EQ(w.glo().voteMode, 3);
-    EXPECT_TRUE(w.glo().voteStartedByCommand);
-    EXPECT_FALSE(w.glo().voteRunning);  // only marks; the vote itself starts with STARTVOTE
-    EXPECT_FALSE(called("voteStart"));
+    // Only marks; the vote itself starts with STARTVOTE.
+    EXPECT_EQ(fields(w.glo().voteMode, w.glo().voteStartedByCommand, w.glo().voteRunning, called("voteStart")), "3|1|0|0");
     EXPECT_TRUE(w.main().tmr_executeCommand.enabled());
     w.scheduler.advance(50);
     EXPECT_FALSE(w.main().tmr_executeCommand.enabled());
@@ -176,9 +158,7 @@ TEST_F(CommandChannel, SendTimerRaisesTheWholeTextAndLogsEachLine) {
     m.AddDataToTxQueue("");
     EXPECT_EQ(m.txt_data, "[1;2],\r\n  [3;4],  \r\n");
     w.scheduler.advance(50);
-    ASSERT_EQ(sent.size(), 1u);
-    EXPECT_EQ(sent[0], "[1;2],\r\n  [3;4],  \r\n");
-    EXPECT_EQ(m.txt_data, "");
+    EXPECT_EQ(fields(sent.size(), sent.empty() ? "" : sent[0], m.txt_data), "1|[1;2],\r\n  [3;4],  \r\n|");
     const auto lines = w.logLines();
     ASSERT_GE(lines.size(), 2u);
     EXPECT_NE(lines[0].find(" - TX - [3;4],"), std::string::npos);
@@ -204,9 +184,7 @@ TEST_F(CommandChannel, NothingLeavesBeforeInitialisationAndNothingRunsWhileShutt
     w.main().AddDataToCommandQueue("votename=late");
     w.glo().ShuttingDown = true;
     w.scheduler.advance(500);
-    EXPECT_EQ(sent.size(), 1u);
-    EXPECT_EQ(w.glo().voteName, "");
-    EXPECT_EQ(w.main().txt_command, "votename=late");
+    EXPECT_EQ(fields(sent.size(), w.glo().voteName, w.main().txt_command), "1||votename=late");
 }
 
 TEST_F(CommandChannel, TheKeypadTestWindowAlsoGetsTheOutgoingDataWhileLoaded) {

@@ -29,8 +29,7 @@ TEST_F(CommandChannel, WholeLineCommandsReachTheirOperationsInAnyCase) {
         {"RESUMEVOTE", "g2.ResumeVote"},
     };
     for (const auto& [line, call] : cases) {
-        calls.clear();
-        send(line);
+        sendAfresh(line);
         EXPECT_TRUE(called(call)) << line;
     }
 }
@@ -39,8 +38,7 @@ TEST_F(CommandChannel, DefaultOperationsDoWhatTheCoreCan) {
     w.c().targets = std::make_unique<DefaultCommandTargets>(w.c());
     w.desktop.clipCursor(true);
     send("keypadsactive=,3,7,\r\nFC\r\nAK\r\nSBML");
-    EXPECT_FALSE(w.desktop.cursorClipped());
-    EXPECT_TRUE(w.logged(" - XX - ,3,7,"));
+    EXPECT_EQ(fields(w.desktop.cursorClipped(), w.logged(" - XX - ,3,7,")), "0|1");
     auto* log = w.c().forms.get<BubbleMessageLogForm>(BubbleMessageLogForm::kName);
     ASSERT_NE(log, nullptr);
     EXPECT_TRUE(log->Visible());
@@ -75,17 +73,13 @@ TEST_F(CommandChannel, StartAndEndVote) {
     EXPECT_TRUE(w.glo().voteRunning);
     EXPECT_NEAR(w.glo().voteStartTime, 10 * 3600, 1.0);
     // Indexed by keypad number: the highest is the second base's 40 + 30.
-    ASSERT_EQ(w.glo().keypadVotes.size(), 71u);
-    EXPECT_EQ(w.glo().keypadVotes[70], -1);
-    ASSERT_EQ(w.glo().keypadVoteTimes.size(), 71u);
-    EXPECT_EQ(w.glo().keypadVoteTimes[0], -1.0);
+    ASSERT_EQ(fields(w.glo().keypadVotes.size(), w.glo().keypadVoteTimes.size()), "71|71");
+    EXPECT_EQ(fields(w.glo().keypadVotes[70], w.glo().keypadVoteTimes[0]), "-1|-1");
 
     w.glo().votesReceived = 12;
     send("PCAOPTIONS=1,2\r\nENDVOTE");
-    EXPECT_EQ(w.glo().votesReceived, 0);
-    EXPECT_EQ(w.glo().textVoteOptions, "");
-    EXPECT_FALSE(w.glo().voteStartedByCommand);
-    EXPECT_FALSE(w.glo().voteRunning);
+    EXPECT_EQ(fields(w.glo().votesReceived, w.glo().textVoteOptions, w.glo().voteStartedByCommand, w.glo().voteRunning),
+              "0||0|0");
     // The vote run's end step first, then every loaded Corehub driver.
     const std::vector<std::string> expected = {"voteStart", "voteEnd", "g1.EndVote(False,False)",
                                                "g2.EndVote(False,False)"};
@@ -100,20 +94,16 @@ TEST_F(CommandChannel, StartAndEndVote) {
 TEST_F(CommandChannel, KeyboardVotingSwitchSavesAndRestoresTheFirstBaseType) {
     w.glo().bases = {base("100100100100", "KELVARIN COREHUB G2"), base("7", "KELVARIN BASE V3")};
     send("KBOARD");
-    EXPECT_EQ(w.glo().bases[0].baseType, "KBOARD");
-    EXPECT_EQ(w.glo().bases[1].baseType, "KELVARIN BASE V3");
-    EXPECT_EQ(w.glo().savedBaseType, "KELVARIN COREHUB G2");
-    EXPECT_EQ(count("reReadConfiguration"), 1);
+    EXPECT_EQ(fields(w.glo().bases[0].baseType, w.glo().bases[1].baseType, w.glo().savedBaseType, count("reReadConfiguration")),
+              "KBOARD|KELVARIN BASE V3|KELVARIN COREHUB G2|1");
     send("kboard");  // already on: the saved type stays
     EXPECT_EQ(w.glo().savedBaseType, "KELVARIN COREHUB G2");
 
-    calls.clear();
-    send("KBOARD-OFF");
+    sendAfresh("KBOARD-OFF");
     EXPECT_EQ(w.glo().bases[0].baseType, "KELVARIN COREHUB G2");
     EXPECT_EQ(w.glo().savedBaseType, "");
     EXPECT_EQ(count("reReadConfiguration"), 1);
-    calls.clear();
-    send("KBOARD-OFF");  // nothing saved: nothing to do
+    sendAfresh("KBOARD-OFF");  // nothing saved: nothing to do
     EXPECT_TRUE(calls.empty());
 
     send("KBOARD\r\nINIT");
@@ -133,8 +123,7 @@ TEST_F(CommandChannel, ShowEditTimerAndDebugView) {
     w.scheduler.advance(1);  // every half second
     EXPECT_EQ(ticks, 1);
     send("ppa_endshowedit");
-    EXPECT_FALSE(w.main().tmr_Check4TLXEdit.enabled());
-    EXPECT_FALSE(w.main().debugView);
+    EXPECT_EQ(fields(w.main().tmr_Check4TLXEdit.enabled(), w.main().debugView), "0|0");
     send("SwitchToDebugView");
     EXPECT_TRUE(w.main().debugView);
 }
@@ -173,8 +162,7 @@ TEST_F(CommandChannel, NextSlideWithANumberMovesOnlyFromThatSlide) {
         EXPECT_TRUE(w.logged(std::string(" - XX - ") + line)) << line;
     // Without a show a numbered move does nothing; a bare one still asks to move.
     deck->endShow();
-    calls.clear();
-    send("NEXTSLIDE,4\r\nNEXTSLIDE");
+    sendAfresh("NEXTSLIDE,4\r\nNEXTSLIDE");
     EXPECT_EQ(calls, (std::vector<std::string>{"goToNextSlide"}));
 }
 
@@ -187,8 +175,7 @@ TEST_F(CommandChannel, SilentLoadGoesToTheFirstGenerationDriverForCorehubBases) 
     w.glo().bases = {base("1", "KELVARIN COREHUB G2"), base("2", "Kelvarin Corehub"), base("3", "KELVARIN COREHUB")};
     send("silentloadvoteconfig,3.6");
     EXPECT_EQ(calls, (std::vector<std::string>{"g1.SilentLoadVoteConfig(4)"}));
-    calls.clear();
-    send("SILENTLOADVOTECONFIG,abc");
+    sendAfresh("SILENTLOADVOTECONFIG,abc");
     EXPECT_EQ(calls, (std::vector<std::string>{"g1.SilentLoadVoteConfig(0)"}));
 }
 
@@ -199,8 +186,7 @@ TEST_F(CommandChannel, WinningKeypadVoteStatusAndAbstain) {
     send("Vote-Status:12 of 30 Voted");
     EXPECT_EQ(w.main().lblVotesCast, "12 of 30 Voted");
     send("abstain=5");
-    EXPECT_TRUE(w.main().Opt_Abstain);
-    EXPECT_EQ(w.main().key_Abstain, 5);
+    EXPECT_EQ(fields(w.main().Opt_Abstain, w.main().key_Abstain), "1|5");
     send("ABSTAIN=0");
     EXPECT_FALSE(w.main().Opt_Abstain);
 }
@@ -224,8 +210,7 @@ TEST_F(CommandChannel, KeysInAnyCaseAndValuesKeepTheirCase) {
     send("votetype=9.0");
     EXPECT_EQ(w.glo().voteType, "9");
     // A name in parts goes to the vote run as its parts.
-    calls.clear();
-    send("votename=Quiz@@Round 2@@Q7");
+    sendAfresh("votename=Quiz@@Round 2@@Q7");
     EXPECT_EQ(w.glo().voteName, "Quiz@@Round 2@@Q7");
     EXPECT_EQ(calls, (std::vector<std::string>{"voteNameParts(Quiz|Round 2|Q7)"}));
 }
@@ -274,15 +259,13 @@ TEST_F(CommandChannel, HotKeyDetectModeAndBalloonLines) {
     send("Detect Mode=2");
     EXPECT_TRUE(w.logged(" - XX - Detect Mode Not Update"));  // no oldest-generation driver
     drivers->withBlack3 = true;
-    calls.clear();
-    send("Detect Mode=-1");
+    sendAfresh("Detect Mode=-1");
     EXPECT_EQ(calls, (std::vector<std::string>{"black3.SetDetectMode(-1)"}));
     EXPECT_TRUE(w.logged(" - XX - Detect Mode Updated"));
 
     send("BalloonHelp=Press V to vote");
     ASSERT_FALSE(w.tray.balloons.empty());
-    EXPECT_EQ(w.tray.balloons.back().text, "Press V to vote");
-    EXPECT_EQ(w.tray.balloons.back().iconKind, 1);
+    EXPECT_EQ(fields(w.tray.balloons.back().text, w.tray.balloons.back().iconKind), "Press V to vote|1");
 }
 
 TEST_F(CommandChannel, UnknownLinesAndKeysAreIgnored) {
@@ -316,18 +299,15 @@ TEST_F(CommandChannel, TaskLinesMaintainTheTrayTaskList) {
 TEST_F(CommandChannel, SimulationButtonsStartAndEndATestVote) {
     MainForm& m = w.main();
     m.cmd_start_Click();
-    EXPECT_EQ(m.txt_command, "PCAOPTIONS=\r\nOPTIONS=11\r\nSTARTVOTE");
-    EXPECT_TRUE(m.tmr_simulateVotes.enabled());
-    EXPECT_TRUE(w.logged("Simulating Votes"));
+    EXPECT_EQ(fields(m.txt_command, m.tmr_simulateVotes.enabled(), w.logged("Simulating Votes")),
+              "PCAOPTIONS=\r\nOPTIONS=11\r\nSTARTVOTE|1|1");
     w.glo().textVoteOptions = "9,";
     w.scheduler.advance(50);
-    EXPECT_EQ(w.glo().optionCount, 11);
-    EXPECT_EQ(w.glo().textVoteOptions, "");
+    EXPECT_EQ(fields(w.glo().optionCount, w.glo().textVoteOptions), "11|");
     EXPECT_EQ(count("voteStart"), 1);
 
     m.cmd_Stop_Click();
-    EXPECT_EQ(m.txt_command, "ENDVOTE");
-    EXPECT_FALSE(m.tmr_simulateVotes.enabled());
+    EXPECT_EQ(fields(m.txt_command, m.tmr_simulateVotes.enabled()), "ENDVOTE|0");
     w.scheduler.advance(50);
     EXPECT_EQ(count("voteEnd"), 1);
 }

@@ -98,13 +98,10 @@ TEST(KeypadSetup, AcceptedEntriesAreWrittenToThePortFileAndSettings) {
     const auto r = readPortFile(w.appData() / "tallix" / "port.tlc");
     ASSERT_EQ(r.status, PortFileStatus::Ok);
     ASSERT_EQ(r.data.bases.size(), 2u);
-    EXPECT_EQ(r.data.bases[1].baseType, "KELVARIN COREHUB G2");
-    EXPECT_EQ(r.data.bases[1].gridLo, 41);
-    EXPECT_EQ(r.data.bases[1].offset, 40);
-    EXPECT_TRUE(r.data.popUp.close);
-    EXPECT_EQ(r.data.popUp.closePercent, 90);
-    EXPECT_EQ(w.glo().bases.size(), 2u);
-    EXPECT_EQ(up->opened, 2);  // the new bases are connected at once
+    const auto& b = r.data.bases[1];
+    EXPECT_EQ(fields(b.baseType, b.gridLo, b.offset, r.data.popUp.close, r.data.popUp.closePercent),
+              "KELVARIN COREHUB G2|41|40|1|90");
+    EXPECT_EQ(fields(w.glo().bases.size(), up->opened), "2|2");  // the new bases are connected at once
     EXPECT_TRUE(std::filesystem::exists(w.appData() / "tallix" / "tlx.ini"));
     EXPECT_EQ(GetProfileString(w.appData() / "tallix" / "tlx.ini", "KELVARIN CORE HUB OPTIONS", "VOTED TEXT", ""),
               "Sending Vote...");
@@ -134,8 +131,6 @@ TEST(KeypadSetup, ScanKeepsTheRangesOfBasesSeenBefore) {
     w.form->ScanSystem();
     EXPECT_NE(std::find(captions.begin(), captions.end(), "Scanning System"), captions.end());
     ASSERT_EQ(w.form->rows.size(), 2u);
-    EXPECT_EQ(w.form->rows[0].lowest, "5");
-    EXPECT_EQ(w.form->rows[0].highest, "60");
-    EXPECT_EQ(w.form->rows[1].serialNumber, "300300300300");
+    EXPECT_EQ(fields(w.form->rows[0].lowest, w.form->rows[0].highest, w.form->rows[1].serialNumber), "5|60|300300300300");
     EXPECT_TRUE(w.dialogs.shown.empty());
 }

@@ -49,8 +49,7 @@ TEST(TraceFile, LineFormatsAndDailyNamesOfTheTraceVoteTraceAndDebugFiles) {
     w.c().logs.debugFile("second");
     const auto debug = split(readFile(w.appData() / "tallix" / "debug.log"), "\r\n");
     ASSERT_GE(debug.size(), 2u);
-    EXPECT_TRUE(endsWith(debug[0], "] - first"));
-    EXPECT_TRUE(endsWith(debug[1], "] - second"));
+    EXPECT_EQ(fields(endsWith(debug[0], "] - first"), endsWith(debug[1], "] - second")), "1|1");
 }
 
 // Main forces the switch on before anything can read the setting, so the lines before
@@ -83,8 +82,7 @@ TEST(Balloons, KeypadSetupTitleTheMessageLogAndItsWindowRefreshedWhenItGrows) {
     w.c().logs.balloon("Base gone\r\nIt may be necessary to remove and plug", 3);
     w.c().logs.balloon("Hello", 1);
     ASSERT_EQ(w.tray.balloons.size(), 2u);
-    EXPECT_EQ(w.tray.balloons[0].title, "KEYPAD SETUP");
-    EXPECT_EQ(w.tray.balloons[0].iconKind, 3);
+    EXPECT_EQ(fields(w.tray.balloons[0].title, w.tray.balloons[0].iconKind), "KEYPAD SETUP|3");
     EXPECT_NE(w.tray.balloons[1].title, "KEYPAD SETUP");
     const std::string rule(67, '-');
     EXPECT_EQ(w.glo().bubbleMessageLog, "Base gone\r\nIt may be necessary to remove and plug\r\n" + rule +
@@ -97,8 +95,7 @@ TEST(Balloons, KeypadSetupTitleTheMessageLogAndItsWindowRefreshedWhenItGrows) {
     EXPECT_EQ(refreshes, 0);  // nothing new, nothing redrawn
     w.c().logs.balloon("second", 2);
     w.scheduler.advance(500);
-    EXPECT_EQ(refreshes, 1);
-    EXPECT_TRUE(contains(form.txtLog, "second\r\n" + rule));
+    EXPECT_EQ(fields(refreshes, contains(form.txtLog, "second\r\n" + rule)), "1|1");
 }
 
 TEST(TextLog, CutToItsFirstFiftyThousandCharacters) {
@@ -111,8 +108,7 @@ TEST(TextLog, CutToItsFirstFiftyThousandCharacters) {
     // from its end, and the text begins with the newest line.
     log.prepend("newest");
     const std::string t = log.text();
-    EXPECT_EQ(t.size(), 50000u);
-    EXPECT_EQ(t.substr(0, 8), "newest\r\n");
+    EXPECT_EQ(fields(t.size(), t.substr(0, 8)), "50000|newest\r\n");
     EXPECT_EQ(t.substr(8, 100), line + "\r\n");
     // Lines that lie wholly beyond the cap are not kept at all.
     EXPECT_LE(log.lineCount(), 502u);

@@ -46,12 +46,8 @@ TEST(PortFile, ReaderTakesKeysInAnyCase) {
     const auto d = parsePortFilePlainText("port=5\r\nBASETYPE=KELVARIN BASE V3\r\ngridhi=1,200\r\nOffset=3\r\n"
                                           "how MANY=4\r\npopupon=-1\r\nclose=True\r\nunknown=1\r\n");
     ASSERT_EQ(d.bases.size(), 1u);
-    EXPECT_EQ(d.bases[0].baseType, "KELVARIN BASE V3");
-    EXPECT_EQ(d.bases[0].gridHi, 1200);
-    EXPECT_EQ(d.bases[0].offset, 3);
-    EXPECT_EQ(d.popUp.howMany, "4");
-    EXPECT_TRUE(d.popUp.popUpOn);
-    EXPECT_TRUE(d.popUp.close);
+    EXPECT_EQ(fields(d.bases[0].baseType, d.bases[0].gridHi, d.bases[0].offset, d.popUp.howMany, d.popUp.popUpOn, d.popUp.close),
+              "KELVARIN BASE V3|1200|3|4|1|1");
 }
 
 // Damaged files: tests/reliability/FileFaultTest.cpp.

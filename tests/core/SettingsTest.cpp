@@ -80,11 +80,11 @@ TEST(Settings, TheOlderCommaFormIsReadAndBothFormsReadInFull) {
     EXPECT_EQ(pairs[2], (std::pair<std::string, std::string>{"VOTE END TEXT", "Over and out"}));
     Options o;
     w.c().settings.loadOptions(o);
-    EXPECT_EQ(o.text(section::kKelvarinOptions, "DETECTOR STATUS"), "1");
-    EXPECT_FALSE(o.flag(section::kKelvarinOptions, "KEYPAD BEEP"));
-    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTE END TEXT"), "Over and out");
-    EXPECT_EQ(o.integer(section::kAudioOptions, "MAX TALK TIME"), 45);
-    EXPECT_EQ(o.text(section::kCoreHubOptions, "VOTED TEXT"), "Sending Vote...");  // default kept
+    // The voted text keeps its default.
+    EXPECT_EQ(fields(o.text(section::kKelvarinOptions, "DETECTOR STATUS"), o.flag(section::kKelvarinOptions, "KEYPAD BEEP"),
+                     o.text(section::kCoreHubOptions, "VOTE END TEXT"), o.integer(section::kAudioOptions, "MAX TALK TIME"),
+                     o.text(section::kCoreHubOptions, "VOTED TEXT")),
+              "1|0|Over and out|45|Sending Vote...");
     // Read in full, the equals form skips its section lines.
     writeFile(w.userIni(), "[KELVARIN OPTIONS]\r\nDETECTOR STATUS=1\r\n[X]\r\nA=b=c\r\nnoseparator\r\n");
     EXPECT_EQ(readSettingsFileInFull(w.userIni()),
@@ -98,8 +98,7 @@ TEST(Settings, AFolderWhereTheFileShouldBeGivesTheDefaults) {
     Options o;
     w.c().settings.loadOptions(o);
     EXPECT_EQ(o.values(), Options{}.values());
-    EXPECT_FALSE(w.c().settings.LogEventsToFile());
-    EXPECT_TRUE(w.c().settings.DisableDisablingPptWindows());  // the switches that default to on stay on
-    EXPECT_TRUE(w.c().settings.DisablePptSaveAfterVoteClose());
-    EXPECT_EQ(w.c().settings.ChartExportFormat(), "EMF");
+    auto& s = w.c().settings;  // the switches that default to on stay on
+    EXPECT_EQ(fields(s.LogEventsToFile(), s.DisableDisablingPptWindows(), s.DisablePptSaveAfterVoteClose(), s.ChartExportFormat()),
+              "0|1|1|EMF");
 }

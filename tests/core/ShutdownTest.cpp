@@ -25,9 +25,7 @@ TEST(Quit, WithThePresentationProgramClosedNothingIsAsked) {
     TestWorld w(false);
     w.start();
     w.main().TaskQuit();
-    EXPECT_TRUE(w.dialogs.shown.empty());
-    EXPECT_TRUE(w.glo().FullShutDownInitiated);
-    EXPECT_TRUE(w.glo().ShuttingDown);
+    EXPECT_EQ(fields(w.dialogs.shown.empty(), w.glo().FullShutDownInitiated, w.glo().ShuttingDown), "1|1|1");
 }
 
 TEST(Quit, AnsweringNoLeavesTheControllerWorking) {
@@ -35,11 +33,9 @@ TEST(Quit, AnsweringNoLeavesTheControllerWorking) {
     w.start();
     w.dialogs.answers = {false};
     w.main().TaskQuit();
-    EXPECT_EQ(w.dialogs.shown.size(), 1u);
-    EXPECT_FALSE(w.glo().ShuttingDown);
-    EXPECT_FALSE(w.glo().FullShutDownInitiated);
-    EXPECT_TRUE(w.main().tmrCheck4PPT.enabled());
-    EXPECT_TRUE(w.tray.icon);
+    EXPECT_EQ(fields(w.dialogs.shown.size(), w.glo().ShuttingDown, w.glo().FullShutDownInitiated,
+                     w.main().tmrCheck4PPT.enabled(), w.tray.icon),
+              "1|0|0|1|1");
     w.scheduler.advance(10000);
     EXPECT_FALSE(w.desktop.ended());
     // Still serving: outgoing data goes out.
@@ -59,11 +55,9 @@ TEST(Quit, YesShutsDownInOrderAndEndsTheProcessFromATimer) {
     auto& main = w.main();
     w.dialogs.answers = {true};
     main.TaskQuit();
-    EXPECT_TRUE(w.glo().ShuttingDown);
-    EXPECT_FALSE(w.tray.icon);
-    EXPECT_EQ(w.c().mainForm(), nullptr);
-    EXPECT_EQ(w.c().forms.all().size(), 1u);  // only frm_CloseController is left
-    EXPECT_FALSE(w.desktop.ended());           // the caller returns first
+    // Only frm_CloseController is left; the caller returns before the process ends.
+    EXPECT_EQ(fields(w.glo().ShuttingDown, w.tray.icon, w.c().mainForm() == nullptr, w.c().forms.all().size(), w.desktop.ended()),
+              "1|0|1|1|0");
     w.scheduler.advance(99);
     EXPECT_FALSE(w.desktop.ended());
     w.scheduler.advance(1);
@@ -118,8 +112,7 @@ TEST(Shutdown, EveryStepRunsUnderItsOwnTrapSoAFailureSkipsNothing) {
     w.c().forms.load<FailingForm>();
     w.c().FullShutdown(false);
     w.c().FullShutdown(false);  // a second request while shutting down is ignored
-    EXPECT_EQ(w.c().forms.count(), 1u);
-    EXPECT_FALSE(w.tray.icon);
+    EXPECT_EQ(fields(w.c().forms.count(), w.tray.icon), "1|0");
     EXPECT_EQ(w.c().mainForm(), nullptr);
     w.scheduler.advance(100);
     EXPECT_TRUE(w.desktop.ended());

@@ -4,6 +4,7 @@
 #include "core/MainForm.h"
 #include "core/Text.h"
 #include "support/FakePresentation.h"
+#include "support/Fields.h"
 #include "support/TestWorld.h"
 
 using namespace tlx;
@@ -46,27 +47,24 @@ TEST(Startup, StateMovesOnlyForwardAndASecondCallChangesNothing) {
     const auto forms = w.c().forms.count();
     const auto lines = w.logLines().size();
     w.c().GlobalInitSub();
-    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
-    EXPECT_EQ(w.c().forms.count(), forms);
-    EXPECT_EQ(w.logLines().size(), lines);
-    EXPECT_TRUE(w.logged("INITIAL LOAD TIME TAKEN = "));
-    EXPECT_TRUE(endsWith(w.logLines().front(), " secs"));
+    EXPECT_EQ(fields(w.glo().InitialisedState == INIT_STATE_INITIALISED, w.c().forms.count() - forms,
+                     w.logLines().size() - lines),
+              "1|0|0");
+    EXPECT_EQ(fields(w.logged("INITIAL LOAD TIME TAKEN = "), endsWith(w.logLines().front(), " secs")), "1|1");
 }
 
 TEST(Startup, TheMainFormAttachesThePresentationProgramOnlyWhenItRuns) {
     for (const bool running : {true, false}) {
         TestWorld w(running);
         w.start();
-        EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
-        EXPECT_TRUE(w.main().tmrCheck4PPT.enabled());
-        EXPECT_TRUE(w.tray.icon);
+        EXPECT_EQ(fields(w.glo().InitialisedState == INIT_STATE_INITIALISED, w.main().tmrCheck4PPT.enabled(), w.tray.icon,
+                         w.tray.balloons.size(), w.logged("glo.ppApp GetObject Done")),
+                  fields(1, 1, 1, 0, running));
         EXPECT_EQ(w.glo().ppApp, running ? w.presentation.getActiveObject() : nullptr);
-        EXPECT_EQ(w.logged("glo.ppApp GetObject Done"), running);
         // The data folders are made and the probe file is cleared away again.
-        EXPECT_EQ(w.glo().localDataFolder, w.appData() / "tallix");
-        EXPECT_EQ(w.glo().sharedDataFolder, w.programData() / "tallix");
+        EXPECT_EQ(fields(w.glo().localDataFolder, w.glo().sharedDataFolder),
+                  fields(w.appData() / "tallix", w.programData() / "tallix"));
         EXPECT_FALSE(fs::exists(w.glo().localDataFolder / "PermissionCheck"));
-        EXPECT_TRUE(w.tray.balloons.empty());
     }
 }
 
@@ -112,9 +110,8 @@ TEST(AutoUpdate, RunsTheUpdaterWhenDueAndSchedulesTheNextButNotBeforeOrWhenSwitc
             continue;
         }
         ASSERT_EQ(w.desktop.started().size(), 1u);
-        EXPECT_EQ(w.desktop.started()[0].program, w.install() / "AutoUpdate" / "Update.exe");
-        EXPECT_EQ(w.desktop.started()[0].arguments, " AUTO");
-        EXPECT_EQ(readFile(dte), "20261129");
+        EXPECT_EQ(fields(w.desktop.started()[0].program, w.desktop.started()[0].arguments, readFile(dte)),
+                  fields(w.install() / "AutoUpdate" / "Update.exe", " AUTO", "20261129"));
         EXPECT_TRUE(w.logged("Next Update Check Scheduled For 29/11/2026"));
     }
 }

@@ -1,18 +1,16 @@
 #include <gtest/gtest.h>
 
 #include "core/Text.h"
+#include "support/Fields.h"
 
 using namespace tlx;
+using tlx::test::fields;
 
 TEST(ParseNumber, ReadsTheLeadingNumberAfterRemovingSeparatorsAndMarks) {
-    EXPECT_DOUBLE_EQ(ParseNumber("42"), 42);
-    EXPECT_DOUBLE_EQ(ParseNumber("1,000"), 1000);
-    EXPECT_DOUBLE_EQ(ParseNumber(" 12 345 "), 12345);
-    EXPECT_DOUBLE_EQ(ParseNumber("#5%"), 5);
-    EXPECT_DOUBLE_EQ(ParseNumber("1_000_000"), 1000000);
-    EXPECT_DOUBLE_EQ(ParseNumber("-3.25abc"), -3.25);
-    EXPECT_DOUBLE_EQ(ParseNumber("2.5E3"), 2500);
-    EXPECT_DOUBLE_EQ(ParseNumber("&HFF"), 255);
+    for (const auto& [text, number] : std::initializer_list<std::pair<const char*, double>>{
+             {"42", 42}, {"1,000", 1000}, {" 12 345 ", 12345}, {"#5%", 5}, {"1_000_000", 1000000},
+             {"-3.25abc", -3.25}, {"2.5E3", 2500}, {"&HFF", 255}})
+        EXPECT_DOUBLE_EQ(ParseNumber(text), number) << text;
 }
 
 TEST(ParseNumber, MalformedTextGivesZero) {
@@ -29,13 +27,11 @@ TEST(ParseNumber, HonoursACommaDecimalSeparator) {
 }
 
 TEST(Formats, NumberPatterns) {
-    EXPECT_EQ(formatNumber(1.5, "000.000"), "001.500");
-    EXPECT_EQ(formatNumber(1234.5678, "000.000"), "1234.568");
-    EXPECT_EQ(formatNumber(0.25, "##0.000"), "0.250");
-    EXPECT_EQ(formatNumber(0, "###,##0"), "0");
-    EXPECT_EQ(formatNumber(1234567, "###,##0"), "1,234,567");
-    EXPECT_EQ(formatNumber(999, "###,##0"), "999");
-    EXPECT_EQ(formatNumber(-1500, "###,##0"), "-1,500");
+    EXPECT_EQ(fields(formatNumber(1.5, "000.000"), formatNumber(1234.5678, "000.000"), formatNumber(0.25, "##0.000")),
+              "001.500|1234.568|0.250");
+    EXPECT_EQ(fields(formatNumber(0, "###,##0"), formatNumber(1234567, "###,##0"), formatNumber(999, "###,##0"),
+                     formatNumber(-1500, "###,##0")),
+              "0|1,234,567|999|-1,500");
 }
 
 TEST(Formats, DigitGroupsOfIdentifiers) {
@@ -47,16 +43,11 @@ TEST(Formats, DigitGroupsOfIdentifiers) {
 }
 
 TEST(Formats, TimeStampsAndDates) {
-    EXPECT_EQ(timeStamp(3723.4567), "[01:02:03.457]");
-    EXPECT_EQ(timeStamp(0), "[00:00:00.000]");
-    EXPECT_EQ(timeStamp(59.9996), "[00:01:00.000]");
+    EXPECT_EQ(fields(timeStamp(3723.4567), timeStamp(0), timeStamp(59.9996)), "[01:02:03.457]|[00:00:00.000]|[00:01:00.000]");
     const DateTime t{2026, 3, 7, 14, 5, 9, 12};
-    EXPECT_EQ(formatDate(t, "dd-mmm-yyyy"), "07-Mar-2026");
-    EXPECT_EQ(formatDate(t, "hh:nn:ss"), "14:05:09");
-    EXPECT_EQ(formatDate(t, "YYYY_MM_DD"), "2026_03_07");
-    EXPECT_EQ(formatDate(t, "DD/MM/YY"), "07/03/26");
-    EXPECT_EQ(formatDate(t, "YYYYMMDD"), "20260307");
-    EXPECT_EQ(formatDate(t.addDays(30), "YYYYMMDD"), "20260406");
+    EXPECT_EQ(fields(formatDate(t, "dd-mmm-yyyy"), formatDate(t, "hh:nn:ss"), formatDate(t, "YYYY_MM_DD"),
+                     formatDate(t, "DD/MM/YY"), formatDate(t, "YYYYMMDD"), formatDate(t.addDays(30), "YYYYMMDD")),
+              "07-Mar-2026|14:05:09|2026_03_07|07/03/26|20260307|20260406");
 }
 
 TEST(Formats, NumberTexts) {
@@ -65,12 +56,9 @@ TEST(Formats, NumberTexts) {
 }
 
 TEST(Formats, LeftCharsNeverCutsACharacterInTwo) {
-    EXPECT_EQ(leftChars("Grüße", 3), "Grü");
-    EXPECT_EQ(leftChars("Grüße", 5), "Grüße");
-    EXPECT_EQ(leftChars("Grüße", 50), "Grüße");
-    EXPECT_EQ(leftChars("€uro", 1), "€");
-    EXPECT_EQ(leftChars("ab", 0), "");
-    EXPECT_EQ(leftChars("", 3), "");
+    EXPECT_EQ(fields(leftChars("Grüße", 3), leftChars("Grüße", 5), leftChars("Grüße", 50), leftChars("€uro", 1),
+                     leftChars("ab", 0), leftChars("", 3)),
+              "Grü|Grüße|Grüße|€||");
     // A stray continuation byte counts with the character before it; a cut lead byte stays whole.
     EXPECT_EQ(leftChars("a\x80" "b", 1), "a\x80");
     EXPECT_EQ(leftChars("\xE2\x82", 1), "\xE2\x82");

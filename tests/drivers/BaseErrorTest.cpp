@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "DriverWorld.h"
 #include "core/Text.h"
 
@@ -26,14 +28,11 @@ TEST(BaseError, MessageNamesTheBaseForPeopleAndItsIdentityForPrograms) {
     d.w.main().FromCtrlFormBaseStationFeedback.connect(
         [&](int base, const std::string& text) { feedback.emplace_back(base, text); });
     const auto before = d.w.tray.balloons.size();
-    d.drivers.BaseError("0", 1, "");
-    d.drivers.BaseError("0", 5, "");
-    d.drivers.BaseError("1", 4, "");
-    d.drivers.BaseError("1", 22, "USB");
-    d.drivers.BaseError("2", 8, "");
-    d.drivers.BaseError("2", 25, "");
-    d.drivers.BaseError("2", 24, "");
-    d.drivers.BaseError("-1", 6, "");  // a base the port file does not list
+    // The last names a base the port file does not list.
+    for (const auto& [base, code, extra] : std::initializer_list<std::tuple<const char*, int, const char*>>{
+             {"0", 1, ""}, {"0", 5, ""}, {"1", 4, ""}, {"1", 22, "USB"}, {"2", 8, ""}, {"2", 25, ""}, {"2", 24, ""},
+             {"-1", 6, ""}})
+        d.drivers.BaseError(base, code, extra);
     const auto b = balloons(d.w);
     const std::vector<std::pair<std::string, int>> added(b.begin() + static_cast<std::ptrdiff_t>(before), b.end());
     EXPECT_EQ(added, (std::vector<std::pair<std::string, int>>{

@@ -62,9 +62,8 @@ TEST(BaseIdentity, TheFirstConfiguredBaseAbsentMovesNobodyElse) {
     EXPECT_EQ(m.drivers.oKVv4()->baseText(1), "-1");
     m.drivers.oKVv4()->StartVote();
     m.press(kG1, 3, "1");
-    EXPECT_EQ(m.sent, "[107;2],[207;3],");
-    EXPECT_TRUE(m.w.logged(" - TX - NOT SENT: [3;1],"));
-    EXPECT_TRUE(m.w.logged(" - XX - MAX KPAD NUM: 0"));
+    EXPECT_EQ(fields(m.sent, m.w.logged(" - TX - NOT SENT: [3;1],"), m.w.logged(" - XX - MAX KPAD NUM: 0")),
+              "[107;2],[207;3],|1|1");
 }
 
 TEST(BaseIdentity, MembersTakeTheIdentityOrTheSerialNumberNeverTheSlot) {
@@ -84,19 +83,13 @@ TEST(BaseIdentity, MembersTakeTheIdentityOrTheSerialNumberNeverTheSlot) {
 }
 
 TEST(BaseIdentity, SerialNumbersCompareAsNumbers) {
-    EXPECT_TRUE(sameSerialNumber("100 100 100 100", "100100100100"));
-    EXPECT_TRUE(sameSerialNumber("000 000 000 123", "123"));
-    EXPECT_FALSE(sameSerialNumber("1001001001000", "100100100100"));
-    EXPECT_FALSE(sameSerialNumber("", ""));
-    EXPECT_FALSE(sameSerialNumber("000", "0"));
-    EXPECT_FALSE(sameSerialNumber("abc", "abc"));
+    EXPECT_EQ(fields(sameSerialNumber("100 100 100 100", "100100100100"), sameSerialNumber("000 000 000 123", "123"),
+                     sameSerialNumber("1001001001000", "100100100100"), sameSerialNumber("", ""),
+                     sameSerialNumber("000", "0"), sameSerialNumber("abc", "abc")),
+              "1|1|0|0|0|0");
     GlobalState g;
     g.bases = {{"3", "KELVARIN BASE V3"}, {"000 000 000 300", "KELVARIN COREHUB G2"}, {"3", "KELVARIN COREHUB"}};
-    EXPECT_EQ(corehubBaseIndex(g, "300"), 1);
-    EXPECT_EQ(corehubBaseIndex(g, "3"), 2);
-    EXPECT_EQ(serialPortBaseIndex(g, 3), 0);
+    EXPECT_EQ(fields(corehubBaseIndex(g, "300"), corehubBaseIndex(g, "3"), serialPortBaseIndex(g, 3)), "1|2|0");
     EXPECT_EQ(serialPortBaseIndex(g, 4), kUnlistedBase);
-    EXPECT_EQ(baseName(g, 0), "3");
-    EXPECT_EQ(baseName(g, 1), "000 000 300");
-    EXPECT_EQ(baseName(g, 7), "7");
+    EXPECT_EQ(fields(baseName(g, 0), baseName(g, 1), baseName(g, 7)), "3|000 000 300|7");
 }

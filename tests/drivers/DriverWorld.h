@@ -9,6 +9,7 @@
 #include "drivers/KelvarinDrivers.h"
 #include "drivers/PrioritizerDriver.h"
 #include "support/DriverTestWorld.h"
+#include "support/Fields.h"
 #include "support/TestWorld.h"
 
 namespace tlx::test {
@@ -68,6 +69,16 @@ public:
     SimBaseStation& station(std::size_t i = 0) { return w.baseLibrary.station(i); }
     kpdriver_KELVARIN_Prioritizer_g2& g2() { return *drivers.oKVv5(); }
     GlobalState& glo() { return w.glo(); }
+    // How often each station was asked for `operation`, "n0|n1|...".
+    std::string calls(const std::string& operation) {
+        std::string s;
+        for (std::size_t i = 0; i < sim().baseCount(); ++i) s += (i ? "|" : "") + std::to_string(station(i).callCount(operation));
+        return s;
+    }
+    // The last message box as "title: text".
+    std::string lastDialog() const {
+        return w.dialogs.shown.empty() ? "" : w.dialogs.shown.back().title + ": " + w.dialogs.shown.back().text;
+    }
     // A single-digit vote with answers 1..n.
     void singleDigit(int options = 4) {
         glo().voteType = "SINGLEDIGIT";

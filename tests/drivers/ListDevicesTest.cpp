@@ -21,10 +21,7 @@ TEST(ListDevices, EachDriverListsOnceHoweverManyOfItsBasesAreConfigured) {
     EXPECT_EQ(countLogged(d.g2(), "ListDevices: OverallTime"), 1);
     ASSERT_EQ(d.g2().connectedCount(), 3);
     const auto& r = d.g2().baseTable()[2];
-    EXPECT_TRUE(r.connected);
-    EXPECT_EQ(r.identifier, "100100100300");
-    EXPECT_EQ(r.typeName, "Kelvarin Corehub g2");
-    EXPECT_EQ(r.highestKeypad, 40);
+    EXPECT_EQ(fields(r.connected, r.identifier, r.typeName, r.highestKeypad), "1|100100100300|Kelvarin Corehub g2|40");
     for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(d.station(i).callCount("RadioEnable"), 1);
     EXPECT_TRUE(d.station(2).radioOn);
     EXPECT_TRUE(d.g2().logged("2 - Corehub g2: ListDevices: GetSessionConfig - 0"));
@@ -46,16 +43,13 @@ TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSettingAndMalformedEnt
     d.g2().ListDevices();
     ASSERT_EQ(d.g2().baseTable().size(), 2u);
     const auto& r = d.g2().baseTable()[1];
-    EXPECT_EQ(r.isEthernet, 1);
-    EXPECT_EQ(r.identifier, "100100100500");
-    EXPECT_EQ(r.address, "127.0.0.1");
+    EXPECT_EQ(fields(r.isEthernet, r.identifier, r.address), "1|100100100500|127.0.0.1");
     EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: GetEthernetDevices - 0"));
 
     d.sim().addListEntries("| |abc|;|100100100999", "100100100700|;|100100100800;|x;10.9.9.9;extra");
     EXPECT_EQ(d.g2().ListDevices(), 0);
     ASSERT_EQ(d.g2().baseTable().size(), 2u);
-    EXPECT_EQ(d.g2().baseTable()[0].identifier, "100100100100");
-    EXPECT_EQ(d.g2().baseTable()[1].identifier, "100100100500");
+    EXPECT_EQ(fields(d.g2().baseTable()[0].identifier, d.g2().baseTable()[1].identifier), "100100100100|100100100500");
 }
 
 TEST(ListDevices, FirmwareDecidesWhichDriverTakesABase) {
@@ -79,8 +73,7 @@ TEST(ListDevices, FirmwareDecidesWhichDriverTakesABase) {
     EXPECT_EQ(w.tray.balloons.back().text,
               "Kelvarin Corehub Error\r\nBase station 100 100 100 300 is incompatible with this version of tallix and must be "
               "upgraded\r\nYour Version: 1.00.05.0101.0001\r\nMinimum Allowed Version: 1.01.00");
-    EXPECT_EQ(w.tray.balloons.back().iconKind, 3);
-    EXPECT_FALSE(w.dialogs.any("Unable to initialise"));
+    EXPECT_EQ(fields(w.tray.balloons.back().iconKind, w.dialogs.any("Unable to initialise")), "3|0");
 }
 
 TEST(ListDevices, KeypadLimitsCarryOverByIdentifier) {
@@ -92,16 +85,17 @@ TEST(ListDevices, KeypadLimitsCarryOverByIdentifier) {
     w.start();
     auto* g1 = drivers.oKVv4();
     ASSERT_EQ(g1->baseTable().size(), 1u);
-    EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);
+    const auto limits = [&] {
+        return fields(g1->baseTable()[0].lowestKeypad, g1->baseTable()[0].highestKeypad, g1->localRegistry(0).size());
+    };
+    EXPECT_EQ(limits(), "1|40|40");
     g1->PauseAutoUpdateOfSessionConfig(true);
     w.baseLibrary.station(0).setup.keypads.resize(3);
     g1->ListDevices();  // a re-scan keeps the registry copy it has read
-    EXPECT_EQ(g1->localRegistry(0).size(), 40u);
+    EXPECT_EQ(limits(), "1|40|40");
     g1->ResetBaseGetRegistryLog();
     g1->ListDevices();
-    EXPECT_EQ(g1->baseTable()[0].lowestKeypad, 1);
-    EXPECT_EQ(g1->baseTable()[0].highestKeypad, 40);
-    EXPECT_EQ(g1->localRegistry(0).size(), 3u);
+    EXPECT_EQ(limits(), "1|40|3");
 }
 
 TEST(ListDevices, SkipsWhatCannotBeConnectedAndStopsWhenShuttingDown) {
@@ -113,8 +107,7 @@ TEST(ListDevices, SkipsWhatCannotBeConnectedAndStopsWhenShuttingDown) {
 
     for (int i = 3; i <= 11; ++i) d.sim().addBase(usbBase("1001001003" + std::to_string(10 + i), "2.00.01.1801.1545"));
     d.g2().ListDevices();
-    EXPECT_EQ(d.g2().baseTable().size(), 10u);
-    EXPECT_TRUE(d.g2().logged("more than 10 bases"));
+    EXPECT_EQ(fields(d.g2().baseTable().size(), d.g2().logged("more than 10 bases")), "10|1");
 
     const int radio = d.station(1).callCount("RadioEnable");
     d.glo().ShuttingDown = true;
@@ -127,17 +120,14 @@ TEST(KelvarinDrivers, SetUpScanClosePortsAndReopen) {
     d.sim().addBase(serialBase(3, 0));
     const auto found = d.drivers.scanForBases();
     ASSERT_EQ(found.size(), 3u);
-    EXPECT_EQ(found[0].baseType, "KELVARIN COREHUB G2");
-    EXPECT_EQ(found[1].port, "100100100200");
-    EXPECT_EQ(found[2].baseType, "KELVARIN BASE V3");
-    EXPECT_EQ(found[2].port, "3");
+    EXPECT_EQ(fields(found[0].baseType, found[1].port, found[2].baseType, found[2].port),
+              "KELVARIN COREHUB G2|100100100200|KELVARIN BASE V3|3");
     EXPECT_EQ(d.sim().bases(), (std::vector<std::string>{"KELVARIN COREHUB G2;100100100100",
                                                          "KELVARIN COREHUB G2;100100100200",
                                                          "KELVARIN BASE V3;3"}));
 
     d.drivers.closePorts();
-    EXPECT_EQ(d.g2().connectedCount(), 0);
-    EXPECT_EQ(d.station(0).attachedObjects(), 0u);
+    EXPECT_EQ(fields(d.g2().connectedCount(), d.station(0).attachedObjects()), "0|0");
     EXPECT_TRUE(d.drivers.openBase({"100100100200", "KELVARIN COREHUB G2", 1, 40}));
     EXPECT_EQ(d.g2().connectedCount(), 2);
     EXPECT_TRUE(d.drivers.openBase({"3", "KELVARIN BASE V3", 1, 40}));
@@ -177,29 +167,24 @@ TEST(ListDevices, ARescanKeepsTheRegistryReadLogAndReadsOnlyNewBases) {
     DriverWorld d({"100100100100"});
     EXPECT_EQ(d.g2().registryReadLog(), "|100100100100");
     const int reads = d.station(0).callCount("GetRegistry");
+    // Connected bases, reads on each station since start-up, the read log, the copies' sizes.
+    const auto state = [&] {
+        const auto& g2 = d.g2();
+        return fields(g2.connectedCount(), d.station(0).callCount("GetRegistry") - reads,
+                      d.station(1).callCount("GetRegistry"), g2.registryReadLog(), g2.localRegistry(0).size(),
+                      g2.connectedCount() > 1 ? g2.localRegistry(1).size() : 0u);
+    };
     d.sim().addBase(usbBase("100100100200", "2.00.01.1801.1545"));
     d.g2().ListDevices();
-    ASSERT_EQ(d.g2().connectedCount(), 2);
-    EXPECT_EQ(d.station(0).callCount("GetRegistry"), reads);  // read before: not again
-    EXPECT_EQ(d.station(1).callCount("GetRegistry"), 1);
-    EXPECT_EQ(d.g2().registryReadLog(), "|100100100100|100100100200");
-    EXPECT_EQ(d.g2().localRegistry(0).size(), 40u);
+    EXPECT_EQ(state(), "2|0|1||100100100100|100100100200|40|5");  // read before: not again
     EXPECT_EQ(d.g2().GetHIDFromSID(7), "300100007");
     // A base found in another slot keeps its copy; one not found is read again when it is back.
     d.sim().fail("100100100100", "Connect", 3);
     d.g2().ListDevices();
-    ASSERT_EQ(d.g2().connectedCount(), 1);
+    ASSERT_EQ(state(), "1|0|1||100100100200|5|0");
     EXPECT_EQ(d.g2().baseTable()[0].identifier, "100100100200");
-    EXPECT_EQ(d.g2().localRegistry(0).size(), 5u);
-    EXPECT_EQ(d.station(1).callCount("GetRegistry"), 1);
-    EXPECT_EQ(d.g2().registryReadLog(), "|100100100200");
     d.g2().ListDevices();
-    ASSERT_EQ(d.g2().connectedCount(), 2);
-    EXPECT_EQ(d.station(0).callCount("GetRegistry"), reads + 1);
-    EXPECT_EQ(d.station(1).callCount("GetRegistry"), 1);
-    EXPECT_EQ(d.g2().localRegistry(0).size(), 40u);
-    EXPECT_EQ(d.g2().localRegistry(1).size(), 5u);
-    EXPECT_EQ(d.g2().registryReadLog(), "|100100100200|100100100100");
+    EXPECT_EQ(state(), "2|1|1||100100100200|100100100100|40|5");
 }
 
 TEST(ListDevices, BasesNotFoundAreNamedByPortOrSerialNumberAndLeaveAnEmptyTable) {

@@ -37,22 +37,17 @@ TEST(DisplayTexts, SettingsOverrideTheDefaultsInEitherFileForm) {
               "[KELVARIN CORE HUB PRESENTER TEXT]\r\nNEXT SLIDE=Forward\r\nEND=Last\r\n");
     KeypadDisplayTexts t;
     t.load(dir / "new.ini");
-    EXPECT_EQ(t.VoteSuccessText, "Thanks!");
-    EXPECT_EQ(t.VoteEndTextTime, 15);
-    EXPECT_TRUE(t.TextVotePauseEnabled);
-    EXPECT_EQ(t.KeypadPrompt01, "Mic?");
-    EXPECT_EQ(t.PrevoteText, "UNUSED");  // what the file does not set keeps its default
+    // What the file does not set keeps its default (the prevote text).
+    EXPECT_EQ(fields(t.VoteSuccessText, t.VoteEndTextTime, t.TextVotePauseEnabled, t.KeypadPrompt01, t.PrevoteText),
+              "Thanks!|15|1|Mic?|UNUSED");
     PresenterMenu m;
     m.load(dir / "new.ini");
-    EXPECT_EQ(m.labels[0], "Forward");
-    EXPECT_EQ(m.labels[5], "Last");
-    EXPECT_EQ(m.labels[10], "  Resume");  // a label without a setting key
+    EXPECT_EQ(fields(m.labels[0], m.labels[5], m.labels[10]), "Forward|Last|  Resume");  // the last has no setting key
 
     writeFile(dir / "old.ini", "DETECTOR STATUS,0\r\nVOTE END TEXT,Done\r\nVOTE FAILED TEXT TIME,x\r\n");
     KeypadDisplayTexts o;
     o.load(dir / "old.ini");
-    EXPECT_EQ(o.VoteEndText, "Done");
-    EXPECT_EQ(o.VoteFailedTextTime, 0);  // unreadable numbers read as 0
+    EXPECT_EQ(fields(o.VoteEndText, o.VoteFailedTextTime), "Done|0");  // unreadable numbers read as 0
     KeypadDisplayTexts missing;
     missing.load(dir / "none.ini");
     EXPECT_EQ(missing.VoteEndText, "   Vote Ended");
@@ -72,13 +67,9 @@ TEST(DisplayTexts, EachKeyComesFromItsSectionOfThePerUserFileThenTheSharedOne) {
     d.singleDigit();
     d.g2().StartVote();  // texts are read afresh when a vote goes out
     const KeypadDisplayTexts& t = d.g2().displayTexts();
-    EXPECT_EQ(t.VoteEndText, "User end");
-    EXPECT_EQ(t.VotedText, "Shared sending");
-    EXPECT_EQ(t.VoteFailedTextTime, 44);
-    EXPECT_EQ(t.KeypadPrompt02, "Shared prompt");
-    EXPECT_EQ(d.g2().presenterMenu().labels[4], "Start");
-    EXPECT_EQ(d.station().vote.VoteEndedText, "User end");
-    EXPECT_EQ(d.station().vote.VotedText, "Shared sending");
+    EXPECT_EQ(fields(t.VoteEndText, t.VotedText, t.VoteFailedTextTime, t.KeypadPrompt02, d.g2().presenterMenu().labels[4]),
+              "User end|Shared sending|44|Shared prompt|Start");
+    EXPECT_EQ(fields(d.station().vote.VoteEndedText, d.station().vote.VotedText), "User end|Shared sending");
 }
 
 TEST(DisplayTexts, ReadAtLoadAndAgainSoAChangeReachesTheNextVoteAndTheWinner) {

@@ -1,14 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "drivers/BaseStatus.h"
 #include "drivers/CorehubConstants.h"
+#include "support/Fields.h"
 
 using namespace tlx;
 namespace kc = tlx::KelvarinCorehubConstants;
+using tlx::test::fields;
 
 TEST(StatusText, TheGapsInTheCodeTableAreUnknownNotTheirNeighbours) {
     // The wording of the known codes is checked where the messages are shown.
@@ -19,32 +22,24 @@ TEST(StatusText, TheGapsInTheCodeTableAreUnknownNotTheirNeighbours) {
 }
 
 TEST(VersionCompare, FieldsAsNumbersTheDateCodeByYearFirstAndTextsAsDates) {
-    EXPECT_EQ(VersionCompare("2.00.01.1801.1545", "2.00.01.1801.1545"), 0);
-    EXPECT_EQ(VersionCompare("1.10.00.0101.0001", "1.9.00.0101.0001"), 1);
-    EXPECT_EQ(VersionCompare("1.01.00.0101.0001", "1.1.0.101.1"), 0);
-    EXPECT_EQ(VersionCompare("2.00.01.1801.1545", version::kG2Family), 1);
-    EXPECT_EQ(VersionCompare("1.01.00.1607.1819", version::kG2Family), -1);
-    EXPECT_EQ(VersionCompare("1.0.1.0108.0000", version::kRegistry), -1);
-    EXPECT_EQ(VersionCompare("1.2", "1.2.0.0.0"), 0);
-    // 0109 ends in 09, 1208 in 08: the last two digits decide before the first two.
-    EXPECT_EQ(VersionCompare("1.01.00.0109.0000", "1.01.00.1208.0000"), 1);
-    EXPECT_EQ(VersionCompare("1.01.00.0309.0000", "1.01.00.0209.0000"), 1);
-    // Only when the date codes agree does the fifth field count.
-    EXPECT_EQ(VersionCompare("1.01.00.1607.1818", "1.01.00.1607.1819"), -1);
-    // Texts without dots compare as dates.
-    EXPECT_EQ(VersionCompare("01/02/2020", "31/12/2019"), 1);
-    EXPECT_EQ(VersionCompare("15/06/2019", "16/06/2019"), -1);
-    EXPECT_EQ(VersionCompare("15/06/2019", "1.0.0"), 1);  // "1.0.0" reads as an empty date
-    EXPECT_EQ(VersionCompare("", ""), 0);
-    EXPECT_EQ(VersionCompare("abc", "x/y/z"), 0);
+    const std::vector<std::tuple<std::string, std::string, int>> cases = {
+        {"2.00.01.1801.1545", "2.00.01.1801.1545", 0}, {"1.10.00.0101.0001", "1.9.00.0101.0001", 1},
+        {"1.01.00.0101.0001", "1.1.0.101.1", 0},       {"2.00.01.1801.1545", version::kG2Family, 1},
+        {"1.01.00.1607.1819", version::kG2Family, -1}, {"1.0.1.0108.0000", version::kRegistry, -1},
+        {"1.2", "1.2.0.0.0", 0},
+        // 0109 ends in 09, 1208 in 08: the last two digits decide before the first two.
+        {"1.01.00.0109.0000", "1.01.00.1208.0000", 1}, {"1.01.00.0309.0000", "1.01.00.0209.0000", 1},
+        // Only when the date codes agree does the fifth field count.
+        {"1.01.00.1607.1818", "1.01.00.1607.1819", -1},
+        // Texts without dots compare as dates; "1.0.0" reads as an empty date.
+        {"01/02/2020", "31/12/2019", 1}, {"15/06/2019", "16/06/2019", -1}, {"15/06/2019", "1.0.0", 1},
+        {"", "", 0},                     {"abc", "x/y/z", 0}};
+    for (const auto& [a, b, order] : cases) EXPECT_EQ(VersionCompare(a, b), order) << a << " against " << b;
 }
 
 TEST(VersionCompare, SimpleVersionAndIdentifiers) {
-    EXPECT_EQ(simpleFirmwareVersion("2.00.01.1801.1545"), "2.00.01");
-    EXPECT_EQ(simpleFirmwareVersion("garbage"), "garbage");
-    EXPECT_EQ(idText("300 100 001"), "300100001");
-    EXPECT_EQ(idText("000123"), "123");
-    EXPECT_EQ(idText("none"), "0");
+    EXPECT_EQ(fields(simpleFirmwareVersion("2.00.01.1801.1545"), simpleFirmwareVersion("garbage")), "2.00.01|garbage");
+    EXPECT_EQ(fields(idText("300 100 001"), idText("000123"), idText("none")), "300100001|123|0");
 }
 
 TEST(KeypadScales, BatteryAndSignalBands) {

@@ -4,8 +4,10 @@
 #include "drivers/DisplayTexts.h"
 #include "drivers/VoteConfig.h"
 #include "core/Text.h"
+#include "support/Fields.h"
 
 using namespace tlx;
+using tlx::test::fields;
 
 namespace {
 struct Built {
@@ -52,8 +54,7 @@ TEST(VoteTypes, UnknownTypesLeaveTheVoteUnconfigured) {
     for (const char* t : {"", "POLL", "10", "9x", "999"}) {
         g.voteType = t;
         const auto b = build(g);
-        EXPECT_FALSE(b.ok) << t;
-        EXPECT_EQ(b.vote.VoteType, 0) << t;
+        EXPECT_EQ(fields(b.ok, b.vote.VoteType), "0|0") << t;
     }
 }
 
@@ -100,8 +101,7 @@ TEST(VoteObject, TextsFlagsAndNumbersComeFromTheSettings) {
     g.points = 3;
     g.allocation = 4;
     auto b = build(g);
-    EXPECT_FALSE(b.vote.DisplayLetters);
-    EXPECT_TRUE(b.vote.DisplayAnswerNumbers);
+    EXPECT_EQ(fields(b.vote.DisplayLetters, b.vote.DisplayAnswerNumbers), "0|1");
     EXPECT_EQ(describeVote(b.vote),
               "ovote.VoteType:9, oVote.VoteQuestionText:Q1, oVote.VoteText:Vote Submitted|||   Press 10|  to  "
               "revote, oVote.VoteEndedText:   Vote Ended, oVote.Limits:2, oVote.Points:3, oVote.Allocation:4");
@@ -111,12 +111,10 @@ TEST(VoteObject, TextsFlagsAndNumbersComeFromTheSettings) {
     g.kelvarinDisplay = 1;
     b = build(g);
     EXPECT_EQ(b.vote.VoteText, "Text Submitted|| Thanks for|     voting");
-    EXPECT_EQ(b.vote.VoteEndedText, "Texting finished");
-    EXPECT_TRUE(b.vote.DisplayLetters);
+    EXPECT_EQ(fields(b.vote.VoteEndedText, b.vote.DisplayLetters), "Texting finished|1");
     g.kelvarinDisplay = 2;
     b = build(g);
-    EXPECT_FALSE(b.vote.DisplayLetters);
-    EXPECT_FALSE(b.vote.DisplayAnswerNumbers);
+    EXPECT_EQ(fields(b.vote.DisplayLetters, b.vote.DisplayAnswerNumbers), "0|0");
 }
 
 TEST(VoteObject, CarriesEveryKeypadTextWithItsTimeAndTheFonts) {
@@ -152,8 +150,7 @@ TEST(VoteObject, CarriesEveryKeypadTextWithItsTimeAndTheFonts) {
     g.prevoteText = "Question 3 coming";
     g.answerText = "A-D";
     ASSERT_TRUE(UpdateVoteObjectFromGlobalVariables(g, t, v));
-    EXPECT_EQ(v.PrevoteText, "Question 3 coming");
-    EXPECT_EQ(v.AnswerText, "A-D");
+    EXPECT_EQ(fields(v.PrevoteText, v.AnswerText), "Question 3 coming|A-D");
     // With the defaults, "UNUSED" goes as it stands.
     g.prevoteText.clear();
     ASSERT_TRUE(UpdateVoteObjectFromGlobalVariables(g, KeypadDisplayTexts{}, v));

@@ -59,8 +59,7 @@ TEST(VoteDelivery, EventsComeInOrderAndCarryTheBaseAndRegistryNumber) {
     EXPECT_TRUE(d.g2().logged("1 - VoteReceived Event - HID:300110005, VoteData:3"));
     const auto entry = d.g2().GetKeypadConfigFromLocalRegCollection("1", "300110005");
     ASSERT_TRUE(entry.has_value());
-    EXPECT_EQ(entry->battery, 385);
-    EXPECT_EQ(entry->signal, -45);
+    EXPECT_EQ(fields(entry->battery, entry->signal), "385|-45");
 }
 
 TEST(VoteDelivery, KeypadsVoteOnlyWhileAVoteIsOpenAndAsItsTypeAllows) {

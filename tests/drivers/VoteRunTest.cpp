@@ -16,10 +16,8 @@ TEST(StartVote, AFailingBaseIsLoggedAndTheNextStillStarts) {
     d.singleDigit();
     d.sim().fail(kBase1, "StartVote", 8);
     EXPECT_EQ(d.g2().StartVote(), 8);
-    EXPECT_FALSE(d.station(0).voteOpen);
-    EXPECT_TRUE(d.station(1).voteOpen);
-    EXPECT_EQ(d.station(1).vote.KeyMask, 15);
-    EXPECT_TRUE(d.g2().voteRunning());
+    EXPECT_EQ(fields(d.station(0).voteOpen, d.station(1).voteOpen, d.station(1).vote.KeyMask, d.g2().voteRunning()),
+              "0|1|15|1");
     EXPECT_TRUE(d.g2().logged("1 - Start Live Vote - ovote.VoteType:9, oVote.VoteQuestionText:"));
     EXPECT_TRUE(d.g2().logged("0 - Start Vote FAILED - 8: TX Comms time out"));
     EXPECT_TRUE(d.w.logged(" - XX - 0 - Start Vote FAILED - 8: TX Comms time out"));
@@ -30,9 +28,7 @@ TEST(StartVote, AnUnknownVoteTypeTouchesNoBase) {
     d.glo().voteType = "POLL";
     d.g2().SilentLoadVoteConfig(3);
     d.g2().StartVote();
-    EXPECT_EQ(d.station().callCount("PrepareVote"), 0);
-    EXPECT_EQ(d.station().callCount("StartVote"), 0);
-    EXPECT_EQ(d.station().callCount("BeginLiveVote"), 0);
+    EXPECT_EQ(d.calls("PrepareVote") + d.calls("StartVote") + d.calls("BeginLiveVote"), "000");
     EXPECT_TRUE(d.g2().logged("Silent Loading Vote Quit: UpdateVoteObjectFromGlobalVariables(oVote) = False"));
     EXPECT_FALSE(d.g2().voteRunning());
 }
@@ -42,17 +38,13 @@ TEST(SilentLoad, ARepeatedLoadConfiguresOnceAndOnlyTheFirstBaseBeginsIt) {
     d.singleDigit();
     d.g2().SilentLoadVoteConfig(3);
     d.g2().SilentLoadVoteConfig(3);
-    EXPECT_EQ(d.station(0).callCount("PrepareVote"), 1);
-    EXPECT_EQ(d.station(1).callCount("PrepareVote"), 1);
+    EXPECT_EQ(d.calls("PrepareVote"), "1|1");
     EXPECT_TRUE(d.g2().logged("Silent Loading Vote Commpleted: slideNum = 3"));
     EXPECT_TRUE(d.g2().logged("Silent Loading Vote Quit: m_SilentVoteLoadedSlideNumber = 3"));
     EXPECT_TRUE(d.g2().logged("0 - Prepare Vote - ovote.VoteType:9"));
 
     d.g2().StartVote();
-    EXPECT_EQ(d.station(0).callCount("BeginLiveVote"), 1);
-    EXPECT_EQ(d.station(0).callCount("StartVote"), 0);
-    EXPECT_EQ(d.station(1).callCount("BeginLiveVote"), 0);
-    EXPECT_EQ(d.station(1).callCount("StartVote"), 1);
+    EXPECT_EQ(fields(d.calls("BeginLiveVote"), d.calls("StartVote")), "1|0|0|1");
     EXPECT_TRUE(d.g2().logged("0 - Begin Live Vote - m_SilentVoteLoadedSlideNumber:3"));
     EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);
     EXPECT_TRUE(d.station(0).voteOpen && d.station(1).voteOpen);
@@ -97,21 +89,20 @@ TEST(EndVote, EndedTextIsEmptyForARunningVoteAndRequestsRestartUnlessToldOtherwi
     EXPECT_EQ(d.station().lastEndedText, " ");  // no vote running: a blank
     d.g2().StartVote();
     d.g2().EndVote(true, false);  // noAudio
-    EXPECT_EQ(d.station().lastEndedText, "");
-    EXPECT_FALSE(d.g2().voteRunning());
-    EXPECT_FALSE(d.station().voteOpen);
+    // Ended text, vote running, vote open on the base, microphone requests, the base's key mask.
+    const auto state = [&] {
+        return fields(d.station().lastEndedText, d.g2().voteRunning(), d.station().voteOpen,
+                      d.g2().audioRequestsOn(), d.station().vote.KeyMask);
+    };
+    EXPECT_EQ(state(), "|0|0|0|15");
     EXPECT_TRUE(d.g2().logged("0 - End Vote"));
-    EXPECT_FALSE(d.g2().audioRequestsOn());
     d.g2().EndVote(false, false);
-    EXPECT_TRUE(d.g2().audioRequestsOn());
-    EXPECT_TRUE(d.station().voteOpen);
-    EXPECT_EQ(d.station().vote.KeyMask, 1024 + 512);  // keys 0 and 11
+    EXPECT_EQ(state(), " |0|1|1|1536");  // nothing was running: a blank; keys 0 and 11
     EXPECT_EQ(d.station().vote.VoteQuestionText, "  Press 0 to||  request mic");
 
     // A vote ends the requests first.
     d.g2().StartVote();
-    EXPECT_FALSE(d.g2().audioRequestsOn());
-    EXPECT_EQ(d.station().vote.KeyMask, 15);
+    EXPECT_EQ(state(), " |1|1|0|15");
     // Not while the keypad set-up is open.
     d.w.c().forms.load<FrmInit>(d.w.c());
     d.g2().EndVote(false, false);
@@ -150,8 +141,7 @@ TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingAndDropsAPreload) {
     for (std::int32_t* n : longs) *n = 5;
     d.g2().StartVote();
     d.g2().EndVote(true, false);
-    EXPECT_EQ(g.voteType, "SINGLEDIGIT");  // kept unless asked
-    EXPECT_EQ(g.optionCount, 4);
+    EXPECT_EQ(fields(g.voteType, g.optionCount), "SINGLEDIGIT|4");  // kept unless asked
     d.g2().SilentLoadVoteConfig(4);
     d.g2().EndVote(true, true);
     EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);  // the preload goes too

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "platform/net/BaseCalls.h"
 #include "platform/net/BaseProtocol.h"
@@ -12,6 +13,7 @@
 
 using namespace tlx;
 using namespace tlx::wire;
+using tlx::test::fields;
 
 namespace {
 
@@ -39,13 +41,9 @@ TEST(BaseFrames, FramesComeOutWholeHoweverTheBytesArriveAndInOrder) {
         }
         ASSERT_EQ(got.size(), 3u) << "pieces of " << piece;
         EXPECT_EQ(got[0].kind, Kind::Request);
-        EXPECT_EQ(got[0].id, 7u);
-        EXPECT_EQ(got[0].handle, 3u);
+        EXPECT_EQ(fields(got[0].id, got[0].handle, got[1].handle, got[2].fields.size(), d.buffered()), "7|3|4294967295|0|0");
         EXPECT_EQ(got[0].fields, a.fields);
-        EXPECT_EQ(got[1].handle, 0xFFFFFFFFu);
         EXPECT_EQ(got[1].fields, b.fields);
-        EXPECT_TRUE(got[2].fields.empty());
-        EXPECT_EQ(d.buffered(), 0u);
     }
 }
 
@@ -80,8 +78,7 @@ TEST(BaseFrames, AnotherVersionIsRefusedAsSoonAsItsByteArrivesNamingBothVersions
     d.feed(bytesOf({0, 0, 0, 12, 2}));  // the rest has not come yet
     Frame f;
     EXPECT_EQ(d.next(f), FrameDecoder::Status::WrongVersion);
-    EXPECT_EQ(d.theirVersion(), 2);
-    EXPECT_EQ(d.error(), "protocol version 2 refused: this end speaks version 1");
+    EXPECT_EQ(fields(int{d.theirVersion()}, d.error()), "2|protocol version 2 refused: this end speaks version 1");
 }
 
 TEST(BaseValues, RecordsAndValuesReadBackExactly) {
@@ -96,14 +93,11 @@ TEST(BaseValues, RecordsAndValuesReadBackExactly) {
     v.SignalStrength = -45;
     KelvarinVote back;
     ASSERT_TRUE(decodeValue(encodeValue(v), back));
-    EXPECT_EQ(back.VoteType, 9);
-    EXPECT_EQ(back.KeyMask, 1026);
-    EXPECT_TRUE(back.AllowFraction);
-    EXPECT_EQ(back.VoteQuestionText, v.VoteQuestionText);
-    EXPECT_EQ(back.PrevoteText, v.PrevoteText);
-    EXPECT_EQ(back.KeyPressTimeStamp, v.KeyPressTimeStamp);
-    EXPECT_EQ(back.KeyPressTime, v.KeyPressTime);  // exactly, not nearly
-    EXPECT_EQ(back.SignalStrength, -45);
+    // The time exactly, not nearly.
+    EXPECT_EQ(std::tie(back.VoteType, back.KeyMask, back.AllowFraction, back.VoteQuestionText, back.PrevoteText,
+                       back.KeyPressTimeStamp, back.KeyPressTime, back.SignalStrength),
+              std::tie(v.VoteType, v.KeyMask, v.AllowFraction, v.VoteQuestionText, v.PrevoteText, v.KeyPressTimeStamp,
+                       v.KeyPressTime, v.SignalStrength));
 
     KelvarinPresenterMenu m;
     for (std::size_t i = 0; i < m.Labels.size(); ++i) m.Labels[i] = "label " + std::to_string(i);
@@ -126,8 +120,7 @@ TEST(BaseValues, AReaderSkipsUnknownMembersButRefusesBadValuesLeavingTheRecordAs
     KelvarinChannelScanReply r{5, 60};
     // A newer peer's extra member, and a member not sent at all.
     ASSERT_TRUE(decodeValue(encodeList({"Quality", "80", "NoiseFloor", "-90"}), r));
-    EXPECT_EQ(r.Channel, 5);
-    EXPECT_EQ(r.Quality, 80);
+    EXPECT_EQ(fields(r.Channel, r.Quality), "5|80");
     for (const Fields& bad : std::vector<Fields>{{"Quality", "8O"},
                                                  {"Quality", ""},
                                                  {"Quality", "99999999999"},
@@ -135,8 +128,7 @@ TEST(BaseValues, AReaderSkipsUnknownMembersButRefusesBadValuesLeavingTheRecordAs
                                                  {"Quality", " 8"}}) {
         KelvarinChannelScanReply keep{5, 60};
         EXPECT_FALSE(decodeValue(encodeList(bad), keep));
-        EXPECT_EQ(keep.Channel, 5);
-        EXPECT_EQ(keep.Quality, 60);
+        EXPECT_EQ(fields(keep.Channel, keep.Quality), "5|60");
     }
     bool flag = false;
     EXPECT_FALSE(decodeValue("true", flag));
@@ -161,16 +153,14 @@ TEST(BaseCalls, ARequestCarriesTheInputsAndItsReplyTheResultsOfTheSameMember) {
     EXPECT_EQ(request, (Fields{"GetKeypadConfig", "300300042"}));  // the result does not travel
     ASSERT_TRUE(serveRequest(*served, request, reply));
     ASSERT_TRUE(readResults(reply, &KelvarinBase::GetKeypadConfig, hid, config));
-    EXPECT_EQ(config.SID, 42);
-    EXPECT_EQ(config.HID, "300300042");
+    EXPECT_EQ(fields(config.SID, config.HID), "42|300300042");
 
     // Unknown operations and wrong arguments call nothing.
     EXPECT_FALSE(serveRequest(*served, {"FormatDisk"}, reply));
     EXPECT_FALSE(serveRequest(*served, {"AddKeypadToRegistry", "300300099"}, reply));
     EXPECT_FALSE(serveRequest(*served, {"AddKeypadToRegistry", "300300099", "x"}, reply));
     EXPECT_FALSE(serveRequest(*served, {"ResetBase", "extra"}, reply));
-    EXPECT_EQ(lib.station(0).callCount("AddKeypadToRegistry"), 0);
-    EXPECT_EQ(lib.station(0).callCount("ResetBase"), 0);
+    EXPECT_EQ(lib.station(0).callCount("AddKeypadToRegistry") + lib.station(0).callCount("ResetBase"), 0);
     // A reply without the result it should carry does not read.
     EXPECT_FALSE(readResults(Fields{"0"}, &KelvarinBase::GetKeypadConfig, hid, config));
 }

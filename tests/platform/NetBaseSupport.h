@@ -3,17 +3,12 @@
 #include <string>
 
 #include "platform/sim/basesim/SimBaseLibrary.h"
+#include "support/DriverTestWorld.h"
+#include "support/Fields.h"
 
 namespace tlx::test {
 
 inline const std::string kNetBase = "100100100300";
-
-inline SimKeypad keypad(const std::string& hid, int sid) {
-    SimKeypad k;
-    k.hid = hid;
-    k.sid = sid;
-    return k;
-}
 
 // At 127.0.0.1, keypads first..last with HIDs 300300000 + their number.
 inline SimBaseSpec netBase(int first, int last) {
@@ -21,7 +16,7 @@ inline SimBaseSpec netBase(int first, int last) {
     base.id = kNetBase;
     base.connection = SimConnection::Ethernet;
     base.address = "127.0.0.1";
-    for (int k = first; k <= last; ++k) base.keypads.push_back(keypad(std::to_string(300300000 + k), k));
+    for (int k = first; k <= last; ++k) base.keypads.push_back(simDevice(std::to_string(300300000 + k), k));
     return base;
 }
 

@@ -130,8 +130,7 @@ TEST(NetBases, CallsReachTheEmulatedBaseAndItsVotesComeBackOnceEach) {
     n.run(200);
     EXPECT_EQ(n.votes, (std::vector<std::string>{"48;3", "41;2", "42;2", "43;2", "44;2", "45;2"}));
     EXPECT_EQ(b->EndVote("Thank you"), 0);
-    EXPECT_FALSE(n.emulated->station(0).voteOpen);
-    EXPECT_EQ(n.emulated->station(0).lastEndedText, "Thank you");
+    EXPECT_EQ(fields(n.emulated->station(0).voteOpen, n.emulated->station(0).lastEndedText), "0|Thank you");
 }
 
 TEST(NetBases, ALostEmulatorIsCode5ThenRetriedWithGrowingPausesThenCode1WithTheVoteOpenAgain) {
@@ -157,18 +156,15 @@ TEST(NetBases, ALostEmulatorIsCode5ThenRetriedWithGrowingPausesThenCode1WithTheV
     n.run(100 + 200 + 400 + 800 + 10);
     EXPECT_EQ(n.transport->opens - before, 4);
     n.run(1600 + 2000);
-    EXPECT_EQ(n.transport->opens - before, 6);
-    EXPECT_EQ(n.errors.size(), 1u);  // reported once, not per attempt
+    EXPECT_EQ(fields(n.transport->opens - before, n.errors.size()), "6|1");  // reported once, not per attempt
 
     n.startEmulator();  // a fresh emulator: no vote open, nothing bound
     n.run(2100);
     EXPECT_EQ(n.errors, (std::vector<int>{5, 1}));
     EXPECT_EQ(n.net->reconnects(), 1);
     const SimBaseStation& st = n.emulated->station(0);
-    EXPECT_TRUE(st.voteOpen);
-    EXPECT_TRUE(st.setup.session.VoteAccepting);
-    EXPECT_EQ(st.setup.session.PrimaryChannel, 24);
-    EXPECT_EQ(st.vote.VoteQuestionText, "Colours?");
+    EXPECT_EQ(fields(st.voteOpen, st.setup.session.VoteAccepting, st.setup.session.PrimaryChannel, st.vote.VoteQuestionText),
+              "1|1|24|Colours?");
     EXPECT_EQ(n.hub->execute("press " + kNetBase + " 42 4").error, "");
     n.run(50);
     EXPECT_EQ(n.votes, (std::vector<std::string>{"41;1", "42;4"}));
@@ -187,14 +183,12 @@ TEST(NetBases, AVotePausedWhenTheLinkWentIsPausedAgainAndAnEndedOneStaysEnded) {
     n.transport->serverDies();
     n.startEmulator();
     n.run(500);
-    EXPECT_TRUE(n.emulated->station(0).voteOpen);
-    EXPECT_FALSE(n.emulated->station(0).setup.session.VoteAccepting);
+    EXPECT_EQ(fields(n.emulated->station(0).voteOpen, n.emulated->station(0).setup.session.VoteAccepting), "1|0");
     ASSERT_EQ(paused->EndVote(""), 0);
     n.transport->serverDies();
     n.startEmulator();
     n.run(500);
-    EXPECT_FALSE(n.emulated->station(0).voteOpen);
-    EXPECT_EQ(n.emulated->station(0).callCount("StartVote"), 0);
+    EXPECT_EQ(fields(n.emulated->station(0).voteOpen, n.emulated->station(0).callCount("StartVote")), "0|0");
 }
 
 TEST(NetBases, FaultsOfTheEmulatorReachTheCallerAsStatusCodes) {
@@ -268,15 +262,14 @@ TEST(NetBases, TheCompositeBindsUsbLocallyAndNetworkEntriesRemotelyAndDrivesBoth
     SimBaseLibrary local(n.clock);
     SimBaseSpec usb;
     usb.id = "100100100100";
-    usb.keypads = {keypad("300100001", 1)};
+    usb.keypads = {simDevice("300100001", 1)};
     local.addBase(usb);
     CompositeBaseLibrary composite(local, *n.net);
     auto lister = composite.createBase(LibraryGeneration::Prioritizer2);
     std::string usbList, netList;
     EXPECT_EQ(lister->GetUSBDevices(usbList), 0);
     EXPECT_EQ(lister->GetEthernetDevices(netList), 0);
-    EXPECT_EQ(usbList, "100100100100");
-    EXPECT_EQ(netList, kNetBase + ";127.0.0.1");
+    EXPECT_EQ(fields(usbList, netList), "100100100100|" + kNetBase + ";127.0.0.1");
     auto a = composite.createBase(LibraryGeneration::Prioritizer2);
     auto b = composite.createBase(LibraryGeneration::Prioritizer2);
     ASSERT_EQ(a->Connect("100 100 100 100"), 0);
@@ -286,8 +279,7 @@ TEST(NetBases, TheCompositeBindsUsbLocallyAndNetworkEntriesRemotelyAndDrivesBoth
         base->VoteReceived.connect([&](const KelvarinVote& v) { got.push_back(v.HID + ";" + v.VoteReplyData); });
     ASSERT_EQ(a->StartVote(singleDigit()), 0);
     ASSERT_EQ(b->StartVote(singleDigit()), 0);
-    EXPECT_TRUE(local.station(0).voteOpen);
-    EXPECT_TRUE(n.emulated->station(0).voteOpen);
+    EXPECT_TRUE(local.station(0).voteOpen && n.emulated->station(0).voteOpen);
 
     SimBasesAdapter localControl(local);
     RoutedBasesControl control(local, localControl, *n.net);
@@ -323,7 +315,6 @@ TEST(BasesimScenario, LinesRunOnTimeAndAwaitMovesTheLaterOnesByTheTimeItWaited) 
     n.run(300);
     EXPECT_EQ(n.votes.size(), 3u);
     n.run(600);
-    EXPECT_EQ(n.votes.back(), "50;4");
-    EXPECT_TRUE(n.hub->scenarioFinished());
-    EXPECT_EQ(notes.back(), "scenario press 100100100300 50 4");
+    EXPECT_EQ(fields(n.votes.back(), n.hub->scenarioFinished(), notes.back()),
+              "50;4|1|scenario press 100100100300 50 4");
 }

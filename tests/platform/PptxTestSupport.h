@@ -13,12 +13,14 @@
 #include "platform/files/pptx/Package.h"
 #include "platform/files/pptx/Zip.h"
 #include "support/TestPaths.h"
+#include "support/Fields.h"
 #include "support/TestWorld.h"
 
 namespace tlx::test::pptx {
 
 using namespace tlx::pptx;
 
+using tlx::test::fields;
 using tlx::test::sourceDir;
 
 inline std::filesystem::path deckFile(const std::string& name) { return sourceDir() / "tests/data/decks" / name; }

@@ -19,14 +19,10 @@ constexpr int kCtrl = 162, kPageDown = 34, kEscape = 27;
 
 pptx::DeckPlan showDeck() {
     pptx::DeckPlan plan;
-    pptx::SlidePlan welcome, vote, thanks;
-    welcome.title = "Welcome";
-    vote.title = "Colours";
-    vote.question = "Which colour do you like best?";
-    vote.answers = {"1. Red", "2. Green", "3. Blue", "4. Yellow"};
-    vote.tags = {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>"}};
-    thanks.title = "Thank you";
-    plan.slides = {welcome, vote, thanks};
+    plan.slides = {{"Welcome", "", {}, {}, {}},
+                   {"Colours", "Which colour do you like best?", {"1. Red", "2. Green", "3. Blue", "4. Yellow"}, {},
+                    {{"TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>"}}},
+                   {"Thank you", "", {}, {}, {}}};
     return plan;
 }
 
@@ -50,6 +46,15 @@ struct ScreenWorld : TestWorld {
             if (r.answer == answer) return r.count;
         return -1;
     }
+    std::string counts(std::initializer_list<const char*> answers) {
+        std::string s;
+        for (const char* a : answers) s += (s.empty() ? "" : "|") + std::to_string(count(a));
+        return s;
+    }
+    // Open, the show running, full screen, the slide shown.
+    std::string state() {
+        return fields(screen.open(), screen.showRunning(), screen.fullScreen(), screen.slide().number);
+    }
     SimShowScreen screen{presentation};
 };
 
@@ -61,9 +66,7 @@ TEST(ShowScreen, ShowsTheProgramsWindowThenTheShowSlideBySlide) {
     w.screen.changed.connect([&] { ++changes; });
     // No show yet: the program's own window on its first slide. (The view test reads the
     // captions and the slide's texts off the window.)
-    EXPECT_TRUE(w.screen.open());
-    EXPECT_FALSE(w.screen.showRunning());
-    EXPECT_EQ(w.screen.position(), "Slide 1 of 3");
+    EXPECT_EQ(fields(w.state(), w.screen.position()), "1|0|0|1|Slide 1 of 3");
     ASSERT_EQ(w.presentation.Begin(), "");
     EXPECT_TRUE(w.screen.fullScreen());
     w.presentation.Next();
@@ -78,15 +81,11 @@ TEST(ShowScreen, ShowsTheProgramsWindowThenTheShowSlideBySlide) {
 
     // The show ends where it was; the program's window shows that slide.
     w.presentation.End();
-    EXPECT_FALSE(w.screen.showRunning());
-    EXPECT_FALSE(w.screen.fullScreen());
-    EXPECT_EQ(w.screen.slide().number, 2);
+    EXPECT_EQ(w.state(), "1|0|0|2");
 
     // The program quits: nothing left to show.
     w.presentation.quit();
-    EXPECT_FALSE(w.screen.open());
-    EXPECT_EQ(w.screen.slide().number, 0);
-    EXPECT_EQ(w.screen.caption(), "");
+    EXPECT_EQ(fields(w.state(), w.screen.caption()), "0|0|0|0|");
 }
 
 // The window's keys as the view hands them over: the view test types them through Qt; here,
@@ -115,8 +114,7 @@ TEST(ShowScreen, TheFocusMakesItTheForegroundInTheRoleItPlays) {
     w.screen.activated();
     EXPECT_EQ(w.desktop.foregroundWindowClass(), "PP14FrameClass");
     w.type(kVkF5);
-    EXPECT_TRUE(w.glo().slideShowActive);
-    EXPECT_EQ(w.screen.slide().number, 1);
+    EXPECT_EQ(fields(w.glo().slideShowActive, w.screen.slide().number), "1|1");
 }
 
 TEST(ShowScreen, KeysHeldWhenTheFocusLeavesAreReleased) {
@@ -155,8 +153,7 @@ TEST(ShowScreen, TheMenuRunsTheShowAndEndsIt) {
     EXPECT_FALSE(w.screen.fullScreen());
     // Closing the program closes the controller after it, as the real program's closing does.
     w.screen.closeProgram();
-    EXPECT_FALSE(w.screen.open());
-    EXPECT_TRUE(w.glo().ShuttingDown);
+    EXPECT_EQ(fields(w.screen.open(), w.glo().ShuttingDown), "0|1");
 }
 
 // The chart belongs to the slide the vote opened on: the show moving on hides it, coming
@@ -167,37 +164,30 @@ TEST(ShowScreen, ChartBelongsToTheSlideTheVoteOpenedOn) {
     w.presentation.Next();
     EXPECT_FALSE(w.screen.chartShown());
     w.screen.voteStarted();
-    EXPECT_TRUE(w.screen.chartShown());
-    EXPECT_EQ(w.screen.vote().options, 4);
-    EXPECT_EQ(w.screen.vote().question, "Which colour do you like best?");
+    EXPECT_EQ(fields(w.screen.chartShown(), w.screen.vote().options, w.screen.vote().question),
+              "1|4|Which colour do you like best?");
     // One row per option, named from the answers box, before anyone voted.
     const auto rows = w.screen.chartRows();
     ASSERT_EQ(rows.size(), 4u);
-    EXPECT_EQ(rows[0].label, "Red");
-    EXPECT_EQ(rows[3].label, "Yellow");
+    EXPECT_EQ(fields(rows[0].label, rows[3].label), "Red|Yellow");
 
     w.screen.forwarded("[3;2],[5;1],[7;2],\r\n");
     w.screen.forwarded("[5;4],\r\nnumKeypads=80\r\n");  // keypad 5 changes its mind
-    EXPECT_EQ(w.count("1"), 0);
-    EXPECT_EQ(w.count("2"), 2);
-    EXPECT_EQ(w.count("4"), 1);
+    EXPECT_EQ(w.counts({"1", "2", "4"}), "0|2|1");
     EXPECT_EQ(w.screen.chartSummary(), "3 voters of 80, 4 votes, 1 changed");
     // A record that is not one is counted as skipped, not as a vote.
     w.screen.forwarded("[x;1],[9;-2],\r\n");
-    EXPECT_EQ(w.count("-2"), 1);
-    EXPECT_EQ(w.screen.vote().tally.skipped(), 1);
+    EXPECT_EQ(fields(w.count("-2"), w.screen.vote().tally.skipped()), "1|1");
 
     w.presentation.Next();
     EXPECT_FALSE(w.screen.chartShown());
     w.presentation.Previous();
-    EXPECT_TRUE(w.screen.chartShown());
-    EXPECT_EQ(w.count("2"), 2);
+    EXPECT_EQ(fields(w.screen.chartShown(), w.count("2")), "1|2");
 
     // A vote opened on the first slide (no tag, no answers) starts empty with no options.
     w.presentation.GoTo(1);
     w.screen.voteStarted();
-    EXPECT_EQ(w.screen.voteSlide(), 1);
-    EXPECT_TRUE(w.screen.chartRows().empty());
+    EXPECT_EQ(fields(w.screen.voteSlide(), w.screen.chartRows().empty()), "1|1");
     w.screen.forwarded("[4;7],\r\n");
     ASSERT_EQ(w.screen.chartRows().size(), 1u);
     EXPECT_EQ(w.count("7"), 1);
@@ -219,13 +209,10 @@ TEST(ShowScreen, ChartFollowsARealVoteThroughTheController) {
     for (auto [keypad, key] : {std::pair{1, "2"}, {2, "3"}, {3, "2"}, {1, "3"}})
         ASSERT_TRUE(w.baseLibrary.press("100100100100", keypad, key));
     w.scheduler.advance(500);
-    EXPECT_EQ(w.count("2"), 1);
-    EXPECT_EQ(w.count("3"), 2);
-    EXPECT_EQ(w.screen.chartSummary(), "3 voters, 4 votes, 1 changed");
+    EXPECT_EQ(fields(w.counts({"2", "3"}), w.screen.chartSummary()), "1|2|3 voters, 4 votes, 1 changed");
     // The next vote starts from nothing.
     ASSERT_TRUE(feed.SendCommand("ENDVOTE"));
     ASSERT_TRUE(feed.SendCommand("STARTVOTE"));
     w.scheduler.advance(200);
-    EXPECT_EQ(w.count("3"), 0);
-    EXPECT_EQ(w.screen.chartSummary(), "0 voters, 0 votes");
+    EXPECT_EQ(fields(w.count("3"), w.screen.chartSummary()), "0|0 voters, 0 votes");
 }

@@ -130,6 +130,5 @@ TEST(SpreadsheetFiles, XlsxSheetThatWouldFillMemoryIsRefused) {
     // The same last column in a few rows is a sheet like any other.
     const Sheet three = sheets.readFirstSheet(lastColumnRows(3));
     ASSERT_EQ(three.size(), 3u);
-    EXPECT_EQ(three[2].size(), 16384u);
-    EXPECT_EQ(three[2].back(), "1");
+    EXPECT_EQ(fields(three[2].size(), three[2].back()), "16384|1");
 }

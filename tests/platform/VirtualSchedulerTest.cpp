@@ -30,26 +30,24 @@ TEST(Timer, TicksOncePerIntervalWhileEnabledAndReEnablingOrANewIntervalStartAfre
     Timer t(s, "t", 100);
     int ticks = 0;
     t.onTick = [&] { ++ticks; };
-    s.advance(1000);
-    EXPECT_EQ(ticks, 0);
+    // The ticks counted once the time has gone by.
+    const auto after = [&](int ms) {
+        s.advance(ms);
+        return ticks;
+    };
+    EXPECT_EQ(after(1000), 0);
     t.setEnabled(true);
-    s.advance(390);
-    EXPECT_EQ(ticks, 3);
+    EXPECT_EQ(after(390), 3);
     t.setEnabled(false);
     t.setEnabled(true);
-    s.advance(90);
-    EXPECT_EQ(ticks, 3);
-    s.advance(10);
-    EXPECT_EQ(ticks, 4);
+    EXPECT_EQ(after(90), 3);
+    EXPECT_EQ(after(10), 4);
     s.advance(60);
     t.setInterval(100);
-    s.advance(90);
-    EXPECT_EQ(ticks, 4);
-    s.advance(10);
-    EXPECT_EQ(ticks, 5);
+    EXPECT_EQ(after(90), 4);
+    EXPECT_EQ(after(10), 5);
     t.setEnabled(false);
-    s.advance(1000);
-    EXPECT_EQ(ticks, 5);
+    EXPECT_EQ(after(1000), 5);
 }
 
 TEST(Scheduler, WaitUntilTakesExactlyTheTimeItWaitedAndTheWallClockFollows) {

@@ -10,9 +10,11 @@
 #include "platform/sim/VirtualScheduler.h"
 #include "presentation/display/DisplayRun.h"
 #include "support/FakeDisplayLink.h"
+#include "support/Fields.h"
 
 using namespace tlx;
 using tlx::test::FakeLink;
+using tlx::test::fields;
 
 namespace {
 
@@ -84,15 +86,9 @@ TEST_F(Display, ConfiguresOpensTalliesAndEndsTheVoteAfterItsTime) {
     scheduler.advance(290);
     EXPECT_FALSE(exitCode);
     scheduler.advance(20);
-    ASSERT_EQ(exitCode, 0);
-    ASSERT_EQ(results.size(), 1u);
+    ASSERT_EQ(fields(exitCode, results.size()), "0|1");
     const DisplayModel& m = results[0];
-    EXPECT_EQ(m.tally.voters(), 4);
-    EXPECT_EQ(m.tally.changes(), 1);
-    EXPECT_EQ(m.tally.count("2"), 2);
-    EXPECT_EQ(m.bases, 2);
-    EXPECT_DOUBLE_EQ(m.seconds, 5.0);
-    EXPECT_TRUE(m.ended);
+    EXPECT_EQ(fields(m.tally.voters(), m.tally.changes(), m.tally.count("2"), m.bases, m.seconds, m.ended), "4|1|2|2|5|1");
     // Once over, nothing more happens.
     r.onData("[9;1],");
     r.requestEnd("again");
@@ -106,8 +102,7 @@ TEST_F(Display, WaitsForTheControllerAndItsInitialisationWithinItsLimit) {
     link.refuse = 3;      // and initialised 0.6 s later
     DisplayRun& r = started();
     scheduler.advance(1000);
-    EXPECT_EQ(link.inits, 5);
-    EXPECT_TRUE(link.sent.empty());
+    EXPECT_EQ(fields(link.inits, link.sent.empty()), "5|1");
     scheduler.advance(600);
     EXPECT_EQ(r.phase(), DisplayRun::Phase::Running);
     EXPECT_EQ(link.sent.size(), 6u);
@@ -133,9 +128,7 @@ TEST_F(Display, AReshowRunsNoVoteAndAnOptionCountFallsBackToTheAnswers) {
     link.tags[{2, "TLXVOTE"}] = "";
     link.tags[{2, "TLXRESHOW"}] = "1";
     started();
-    EXPECT_EQ(exitCode, 0);
-    EXPECT_TRUE(link.sent.empty());
-    EXPECT_TRUE(noted("slide 2 shows again the results of slide 1"));
+    EXPECT_EQ(fields(exitCode, link.sent.empty(), noted("slide 2 shows again the results of slide 1")), "0|1|1");
 
     // No <Options>: as many as the slide has answers; no answers either: the controller's default.
     link.tags[{2, "TLXRESHOW"}] = "";
@@ -147,8 +140,7 @@ TEST_F(Display, AReshowRunsNoVoteAndAnOptionCountFallsBackToTheAnswers) {
     link.texts.clear();
     link.sent.clear();
     started();
-    EXPECT_EQ(link.sent[2], "options=10");
-    EXPECT_EQ(link.sent[4], "votename=Slide 2");
+    EXPECT_EQ(fields(link.sent[2], link.sent[4]), "options=10|votename=Slide 2");
 }
 
 TEST_F(Display, EndingWaitsForTheLastBatchesAtMostItsLimitAndASecondRequestNotAtAll) {
@@ -164,15 +156,13 @@ TEST_F(Display, EndingWaitsForTheLastBatchesAtMostItsLimitAndASecondRequestNotAt
     scheduler.advance(1990);
     EXPECT_FALSE(exitCode);
     scheduler.advance(10);
-    EXPECT_EQ(exitCode, 0);
-    EXPECT_EQ(results.at(0).tally.voters(), 1);
+    EXPECT_EQ(fields(exitCode, results.at(0).tally.voters()), "0|1");
 
     exitCode.reset();
     DisplayRun& again = started();
     again.requestEnd("interrupted");
     again.requestEnd("interrupted");
-    EXPECT_EQ(exitCode, 0);
-    EXPECT_EQ(results.size(), 2u);
+    EXPECT_EQ(fields(exitCode, results.size()), "0|2");
 }
 
 TEST_F(Display, TheControllerLeavingEndsTheRunWithWhatCame) {
@@ -199,8 +189,7 @@ TEST_F(Display, TheControllerLeavingEndsTheRunWithWhatCame) {
     exitCode.reset();
     DisplayRun& stopped = started();
     stopped.requestEnd("interrupted");
-    EXPECT_EQ(exitCode, 0);
-    EXPECT_TRUE(link.sent.empty());
+    EXPECT_EQ(fields(exitCode, link.sent.empty()), "0|1");
     EXPECT_TRUE(noted("stopped before the vote opened (interrupted)"));
 }
 
@@ -212,8 +201,7 @@ TEST_F(Display, BatchesBeforeTheVoteDoNotCountAndRedrawsComeAtMostOncePerPeriod)
     options.refreshSeconds = 0.5;
     DisplayRun& r = make();
     r.start();
-    EXPECT_EQ(r.model().tally.voters(), 0);
-    EXPECT_EQ(r.model().tally.ignored(), 2);
+    EXPECT_EQ(fields(r.model().tally.voters(), r.model().tally.ignored()), "0|2");
     scheduler.advance(500);
     EXPECT_EQ(lives, (std::vector<long long>{0}));  // the empty chart, once
     for (int i = 1; i <= 40; ++i) {
@@ -223,8 +211,7 @@ TEST_F(Display, BatchesBeforeTheVoteDoNotCountAndRedrawsComeAtMostOncePerPeriod)
     // 800 ms of batches: one redraw per half second.
     EXPECT_EQ(lives.size(), 2u);
     scheduler.advance(500);
-    EXPECT_EQ(lives.size(), 3u);
-    EXPECT_EQ(lives.back(), 40);
+    EXPECT_EQ(fields(lives.size(), lives.back()), "3|40");
     scheduler.advance(5000);
     EXPECT_EQ(lives.size(), 3u) << "no redraw without a change";
     r.onData("[2;x\x01],");

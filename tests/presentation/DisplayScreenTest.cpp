@@ -7,9 +7,11 @@
 #include "platform/sim/VirtualScheduler.h"
 #include "presentation/display/DisplayScreen.h"
 #include "support/FakeDisplayLink.h"
+#include "support/Fields.h"
 
 using namespace tlx;
 using tlx::test::FakeLink;
+using tlx::test::fields;
 
 TEST(DisplayScale, LeavesRoomForTheLongestBarsCountAndStepsInWholeNumbers) {
     const std::pair<long long, long long> tops[] = {{0, 5},     {3, 5},      {4, 5},      {5, 10},    {8, 10},
@@ -49,8 +51,7 @@ TEST(DisplayScreenModel, FollowsTheRunFromWaitingToTheFinalTableAndKeepsTheTermi
     QuizRun r("<Options>2</Options><CorrectAnswer>1</CorrectAnswer>");
     DisplayScreen screen(*r.run);
     screen.changed = [&] { ++r.changes; };
-    EXPECT_EQ(screen.title(), "tlx-display");
-    EXPECT_TRUE(screen.bars().empty());
+    EXPECT_EQ(fields(screen.title(), screen.bars().empty()), "tlx-display|1");
 
     r.run->start();
     EXPECT_EQ(screen.title(), "Slide 2");  // the vote's name, with no question on the slide
@@ -69,17 +70,14 @@ TEST(DisplayScreenModel, FollowsTheRunFromWaitingToTheFinalTableAndKeepsTheTermi
     EXPECT_EQ(captions, (std::vector<std::string>{"1 Paris (40.0%)", "2 Lyon (20.0%)", "-2 abstain (20.0%)",
                                                   "7 (20.0%)"}));
     EXPECT_EQ(counts, (std::vector<long long>{2, 1, 1, 1}));
-    EXPECT_EQ(screen.barsTop(), 5);
-    EXPECT_TRUE(screen.tableRows().empty());
+    EXPECT_EQ(fields(screen.barsTop(), screen.tableRows().empty()), "5|1");
 
     screen.pressButton();
-    EXPECT_EQ(screen.heading(), "Closing the vote");
-    EXPECT_FALSE(screen.buttonEnabled());
+    EXPECT_EQ(fields(screen.heading(), screen.buttonEnabled()), "Closing the vote|0");
     screen.pressButton();  // disabled: a second press does not cut the wait for the last batches short
     EXPECT_EQ(r.run->phase(), DisplayRun::Phase::Ending);
     r.scheduler.advance(2000);
     EXPECT_TRUE(screen.final());
     EXPECT_EQ(screen.tableRows().at(0).correct, true);
-    EXPECT_EQ(screen.summary().at(2), "correct answer 1: 2 of 5 voters");
-    EXPECT_EQ(r.terminal.back(), "result");
+    EXPECT_EQ(fields(screen.summary().at(2), r.terminal.back()), "correct answer 1: 2 of 5 voters|result");
 }

@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include "presentation/display/VoteTally.h"
+#include "support/Fields.h"
 
 using namespace tlx;
+using tlx::test::fields;
 
 namespace {
 
@@ -56,8 +58,7 @@ TEST(ControllerText, LinesAreBatchesOrMessages) {
               (std::vector<std::string_view>{"[1;2],", "[3;4],", "numKeypads=80"}));
     // Lone line feeds or carriage returns also part lines; empty lines are dropped.
     EXPECT_EQ(controllerLines("a\nb\r\rc\r\n\r\n"), (std::vector<std::string_view>{"a", "b", "c"}));
-    EXPECT_TRUE(isVoteBatch("  [1;2],"));
-    EXPECT_FALSE(isVoteBatch("offset=0,0,1,20,False"));
+    EXPECT_EQ(fields(isVoteBatch("  [1;2],"), isVoteBatch("offset=0,0,1,20,False")), "1|0");
 }
 
 TEST(VoteTally, ALaterVoteReplacesTheKeypadsEarlierOne) {
@@ -66,12 +67,7 @@ TEST(VoteTally, ALaterVoteReplacesTheKeypadsEarlierOne) {
     EXPECT_TRUE(t.add(8, "1"));
     EXPECT_TRUE(t.add(7, "3"));   // keypad 7 changes its mind
     EXPECT_FALSE(t.add(8, "1"));  // the same answer again changes nothing
-    EXPECT_EQ(t.count("1"), 1);
-    EXPECT_EQ(t.count("3"), 1);
-    EXPECT_EQ(t.voters(), 2);
-    EXPECT_EQ(t.received(), 4);
-    EXPECT_EQ(t.changes(), 1);
-    EXPECT_EQ(t.voteOf(7), "3");
+    EXPECT_EQ(fields(t.count("1"), t.count("3"), t.voters(), t.received(), t.changes(), t.voteOf(7)), "1|1|2|4|1|3");
     // An answer nobody holds any more leaves the list of answers.
     t.add(8, "-2");
     EXPECT_EQ(t.answers(), (std::map<std::string, long long>{{"-2", 1}, {"3", 1}}));
@@ -81,19 +77,14 @@ TEST(VoteTally, FeedTalliesBatchesWhileCountingAndKeepsTheOtherMessages) {
     VoteTally t;
     t.setCounting(false);
     VoteTally::Fed early = t.feed("[1;1],[2;2],");
-    EXPECT_EQ(early.ignored, 2);
-    EXPECT_EQ(t.voters(), 0);
+    EXPECT_EQ(fields(early.ignored, t.voters()), "2|0");
 
     t.setCounting(true);
     const VoteTally::Fed fed =
         t.feed("[1;1],[2;2],\r\n[1;4],[x;1],\r\nnumKeypads=80\r\nStartListOfNames\r\nmaxKeypads=80\r\n=odd");
-    EXPECT_EQ(fed.ballots, 3);
-    EXPECT_EQ(fed.skipped, 1);
     EXPECT_EQ(fed.messages, (std::vector<std::string>{"numKeypads=80", "StartListOfNames", "maxKeypads=80", "=odd"}));
-    EXPECT_EQ(t.voteOf(1), "4");
-    EXPECT_EQ(t.info("NUMKEYPADS"), "80");
-    EXPECT_FALSE(t.hasInfo("StartListOfNames"));
+    EXPECT_EQ(fields(fed.ballots, fed.skipped, t.voteOf(1), t.info("NUMKEYPADS"), t.hasInfo("StartListOfNames")),
+              "3|1|4|80|0");
     t.feed("maxKeypads=120");
-    EXPECT_EQ(t.info("maxKeypads"), "120");
-    EXPECT_EQ(t.infoCount("maxKeypads"), 2);
+    EXPECT_EQ(fields(t.info("maxKeypads"), t.infoCount("maxKeypads")), "120|2");
 }

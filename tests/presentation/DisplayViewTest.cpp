@@ -3,27 +3,22 @@
 #include <gtest/gtest.h>
 
 #include "presentation/display/ResultView.h"
+#include "support/Fields.h"
 
 using namespace tlx;
+using tlx::test::fields;
 
 TEST(VoteSetupText, TheDeckTagsReadAsTheyMean) {
     const VoteSetup s = readVoteSetup("TLXVOTE", "<VoteType>SINGLEDIGIT</VoteType><Options>4</Options>");
-    EXPECT_EQ(s.voteType, "SINGLEDIGIT");
-    EXPECT_EQ(s.options, 4);
-    EXPECT_EQ(s.startFrom, 1);
-    EXPECT_TRUE(s.problems.empty());
+    EXPECT_EQ(fields(s.voteType, s.options, s.startFrom, s.problems.size()), "SINGLEDIGIT|4|1|0");
     EXPECT_EQ(setupLines(s, 4), (std::vector<std::string>{"votetype=SINGLEDIGIT", "options=4", "startfrom=1"}));
 
     const VoteSetup quiz = readVoteSetup(
         "tlxquiz", "<votetype>singledigit</votetype> <OPTIONS>3</OPTIONS><CorrectAnswer>2</CorrectAnswer>"
                    "<StartFrom>0</StartFrom><VoteName>Keys &amp; more</VoteName><KeypadsActive>3, 7,12</KeypadsActive>"
                    "<Abstain>9</Abstain><Seconds>20</Seconds><Question>How many?</Question><Rows>3</Rows>");
-    EXPECT_EQ(quiz.tag, "TLXQUIZ");
-    EXPECT_EQ(quiz.voteType, "SINGLEDIGIT");
-    EXPECT_EQ(quiz.correctAnswer, 2);
-    EXPECT_EQ(quiz.startFrom, 0);
-    EXPECT_EQ(quiz.seconds, 20);
-    EXPECT_EQ(quiz.question, "How many?");
+    EXPECT_EQ(fields(quiz.tag, quiz.voteType, quiz.correctAnswer, quiz.startFrom, quiz.seconds, quiz.question),
+              "TLXQUIZ|SINGLEDIGIT|2|0|20|How many?");
     EXPECT_EQ(quiz.others, (std::vector<std::pair<std::string, std::string>>{{"Rows", "3"}}));
     EXPECT_EQ(setupLines(quiz, 3),
               (std::vector<std::string>{"votetype=SINGLEDIGIT", "options=3", "startfrom=0", "votename=Keys & more",
@@ -87,10 +82,9 @@ TEST(ResultRows, OptionsFirstThenAbstentionsThenOtherAnswersInNumericOrder) {
     EXPECT_DOUBLE_EQ(resultRows(m)[0].share, 25.0);
 
     // The leading number of an answer text goes; other texts stay as they are.
-    EXPECT_EQ(optionLabel("1", "1. Red"), "Red");
-    EXPECT_EQ(optionLabel("2", "2) Green"), "Green");
-    EXPECT_EQ(optionLabel("1", "10 green bottles"), "10 green bottles");
-    EXPECT_EQ(optionLabel("3", "Blue\tsky"), "Blue sky");
+    EXPECT_EQ(fields(optionLabel("1", "1. Red"), optionLabel("2", "2) Green"), optionLabel("1", "10 green bottles"),
+                     optionLabel("3", "Blue\tsky")),
+              "Red|Green|10 green bottles|Blue sky");
 }
 
 TEST(ResultTable, ShowsEveryOptionVotersAndChangesAndMarksAQuizsAnswer) {

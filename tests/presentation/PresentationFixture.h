@@ -11,11 +11,7 @@
 namespace tlx::test {
 
 inline pptx::SlidePlan slide(std::string title, pptx::TagPairs tags = {}, std::string question = {}) {
-    pptx::SlidePlan s;
-    s.title = std::move(title);
-    s.tags = std::move(tags);
-    s.question = std::move(question);
-    return s;
+    return {std::move(title), std::move(question), {}, {}, std::move(tags)};
 }
 
 struct ShowWorld : TestWorld {
@@ -46,6 +42,11 @@ struct ShowWorld : TestWorld {
         presentation.KeyDown(vk);
         scheduler.advance(5);
         presentation.KeyUp(vk);
+    }
+    // V typed on the show, and the vote check's tick after it.
+    void pressV() {
+        typeKey('V');
+        scheduler.advance(100);
     }
     std::filesystem::path deck;
     CallLog calls;

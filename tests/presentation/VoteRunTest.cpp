@@ -25,13 +25,10 @@ TEST(VKey, OnAVoteSlideTheQuickVoteRuns) {
     w.addIn->VKeyPressed.connect([&] { ++vKeys; });
     w.presentation.Begin();
     w.presentation.Next();
-    w.typeKey('V');
-    w.scheduler.advance(100);
+    w.pressV();
     EXPECT_TRUE(w.logged("tmrCheck4Vote_Timer: Vote Found"));
-    EXPECT_EQ(w.presentation.PresentationTag("tlxCurrentSlide").value, "2");
     EXPECT_EQ(w.presentation.macrosRun(), (std::vector<std::string>{"DoRapidpoll"}));
-    EXPECT_EQ(vKeys, 1);
-    EXPECT_EQ(w.addIn->CurrentSlide(), 2);
+    EXPECT_EQ(fields(w.presentation.PresentationTag("tlxCurrentSlide").value, vKeys, w.addIn->CurrentSlide()), "2|1|2");
     // One press, one check, one quick vote.
     w.scheduler.advance(1000);
     EXPECT_EQ(w.presentation.macrosRun().size(), 1u);
@@ -42,8 +39,7 @@ TEST(VKey, WithTheFocusElsewhereNoVoteStartsAndTheClassIsNamed) {
     w.presentation.Begin();
     w.presentation.Next();
     w.desktop.setForegroundWindowClass(kFrameWindowClass);
-    w.typeKey('V');
-    w.scheduler.advance(100);
+    w.pressV();
     EXPECT_TRUE(w.logged("V Down: tmrCheck4Vote_Timer: Slide Show NOT focus (PP14FrameClass)"));
     EXPECT_TRUE(w.presentation.macrosRun().empty());
     EXPECT_FALSE(w.main().tmrCheck4Vote.enabled());
@@ -51,8 +47,7 @@ TEST(VKey, WithTheFocusElsewhereNoVoteStartsAndTheClassIsNamed) {
 
 TEST(VKey, WithoutAShowOrAPresentationProgram) {
     ShowWorld w(voteDeck());
-    w.typeKey('V');
-    w.scheduler.advance(100);
+    w.pressV();
     EXPECT_TRUE(w.logged("V Down: tmrCheck4Vote_Timer: Slide Show NOT found"));
     w.presentation.quit();
     w.c().watcher->InitPPTObject(true);
@@ -73,14 +68,12 @@ TEST(VKey, AMicrophoneSlideAsksForTheAudioWindow) {
     w.presentation.GoTo(3);
     w.typeKey('V');
     w.scheduler.advance(25);
-    EXPECT_TRUE(w.traced("V Down: tmrCheck4Vote_Timer: Murmelo Found"));
-    EXPECT_EQ(w.main().txt_command, "SHOWAUDIO");
+    EXPECT_EQ(fields(w.traced("V Down: tmrCheck4Vote_Timer: Murmelo Found"), w.main().txt_command), "1|SHOWAUDIO");
     EXPECT_TRUE(w.presentation.macrosRun().empty());
     // A vote tag beside it makes it a vote slide.
     w.scheduler.advance(100);
     w.presentation.GoTo(4);
-    w.typeKey('V');
-    w.scheduler.advance(100);
+    w.pressV();
     EXPECT_EQ(w.presentation.macrosRun(), (std::vector<std::string>{"DoRapidpoll"}));
 }
 
@@ -89,13 +82,11 @@ TEST(VKey, ASlideWithoutTagsOrWithAnEmptyOneHasNothing) {
     w.glo().traceToFile = true;
     w.presentation.Begin();
     w.presentation.GoTo(5);
-    w.typeKey('V');
-    w.scheduler.advance(100);
+    w.pressV();
     EXPECT_TRUE(w.traced("V Down: tmrCheck4Vote_Timer: Nothing Found on current slide"));
     EXPECT_FALSE(w.logged("Nothing Found"));  // the trace file only
     w.presentation.active()->slide(5)->tags().add("TLXVOTE", "");
-    w.typeKey('V');
-    w.scheduler.advance(100);
+    w.pressV();
     EXPECT_TRUE(w.presentation.macrosRun().empty());
 }
 
@@ -103,8 +94,7 @@ TEST(ActiveKeypads, ReadWithCommasAroundAtEveryStartAndWrittenWithout) {
     ShowWorld w({slide("One")}, {{"ActiveKeypads", "3,7"}});
     w.c().voteRun->VoteStart();
     EXPECT_EQ(w.glo().ActiveKeypads.text(), ",3,7,");
-    EXPECT_TRUE(w.glo().ActiveKeypads.contains("7"));
-    EXPECT_FALSE(w.glo().ActiveKeypads.contains("37"));
+    EXPECT_EQ(fields(w.glo().ActiveKeypads.contains("7"), w.glo().ActiveKeypads.contains("37")), "1|0");
     w.c().voteRun->SetActiveKeypads(",3,7,12,");
     EXPECT_EQ(w.presentation.PresentationTag("ActiveKeypads").value, "3,7,12");
     w.presentation.active()->tags().add("ActiveKeypads", "5");
@@ -140,9 +130,7 @@ TEST(VoteStart, EveryBaseTypeOnItsDriverAndEachOldPortOnce) {
     w.calls.clear();
     const int taking = w.c().voteRun->VoteStart();
     EXPECT_EQ(w.calls, (CallLog{"black3.StartVote(3)", "black3.StartVote(4)", "g1.StartVote", "g2.StartVote"}));
-    EXPECT_EQ(w.c().voteRun->startedPorts(), ":3::4:");
-    EXPECT_EQ(taking, 5);
-    EXPECT_TRUE(w.glo().Voting);
+    EXPECT_EQ(fields(w.c().voteRun->startedPorts(), taking, w.glo().Voting), ":3::4:|5|1");
     w.calls.clear();
     w.c().voteRun->VoteEnd();
     EXPECT_EQ(w.calls, (CallLog{"black3.EndVote(3)", "black3.EndVote(4)"}));

@@ -25,16 +25,13 @@ TEST(SlideShow, BeginMakesTheShowTopMostAndHidesTheTaskBar) {
     w.glo().traceToFile = true;
     w.presentation.Begin();
     const auto hwnd = w.presentation.show()->hwnd();
-    EXPECT_TRUE(w.glo().slideShowActive);
-    EXPECT_TRUE(w.desktop.topMost(hwnd));
-    EXPECT_FALSE(w.desktop.taskBarVisible());
-    EXPECT_EQ(toUpper(w.desktop.foregroundWindowClass()), "SCREENCLASS");
-    EXPECT_TRUE(w.traced("SLIDE SHOW BEGIN"));
+    // Show active, the show on top, the task bar shown.
+    const auto state = [&] { return fields(w.glo().slideShowActive, w.desktop.topMost(hwnd), w.desktop.taskBarVisible()); };
+    EXPECT_EQ(state(), "1|1|0");
+    EXPECT_EQ(fields(toUpper(w.desktop.foregroundWindowClass()), w.traced("SLIDE SHOW BEGIN")), "SCREENCLASS|1");
     EXPECT_FALSE(w.desktop.othersMinimized());  // a setting, off by default
     w.presentation.End();
-    EXPECT_FALSE(w.glo().slideShowActive);
-    EXPECT_FALSE(w.desktop.topMost(hwnd));
-    EXPECT_TRUE(w.desktop.taskBarVisible());
+    EXPECT_EQ(state(), "0|0|1");
     EXPECT_TRUE(w.traced("SLIDE SHOW END"));
 }
 
@@ -128,10 +125,8 @@ TEST(Attach, ThePresentationProgramClosingTakesTheControllerWithIt) {
     ShowWorld w({slide("One")});
     w.presentation.Begin();
     w.presentation.Close();
-    EXPECT_TRUE(w.glo().ShuttingDown);
-    EXPECT_FALSE(w.desktop.ended());
+    EXPECT_EQ(fields(w.glo().ShuttingDown, w.desktop.ended()), "1|0");
     w.scheduler.advance(100);
-    EXPECT_TRUE(w.desktop.ended());
-    EXPECT_TRUE(w.desktop.taskBarVisible());
+    EXPECT_EQ(fields(w.desktop.ended(), w.desktop.taskBarVisible()), "1|1");
     w.addIn->PowerPointClosed();  // the main form is gone: nothing more happens
 }

@@ -74,8 +74,7 @@ TEST(WiredCommands, WindowsDesktopAndHook) {
     w.send("SHOWAUDIO");
     auto* audio = w.c().forms.get<frmAudio>(frmAudio::kName);
     ASSERT_NE(audio, nullptr);
-    EXPECT_TRUE(audio->Visible());
-    EXPECT_TRUE(audio->topMost);
+    EXPECT_EQ(fields(audio->Visible(), audio->topMost), "1|1");
 
     const auto hwnd = w.presentation.show()->hwnd();
     ASSERT_TRUE(w.desktop.topMost(hwnd));

@@ -74,12 +74,11 @@ TEST(BaseDropsMidVote, ABaseAwayWhenTheVoteOpensJoinsItWhenItComesBack) {
     ASSERT_TRUE(w.baseLibrary.disconnect(w.ids[0]).ok);
     w.scheduler.advance(100);
     w.openVote(d);
-    EXPECT_FALSE(w.baseLibrary.station(0).voteOpen);
-    EXPECT_TRUE(w.baseLibrary.station(1).voteOpen);
+    EXPECT_EQ(w.open(), "0|1");
     ASSERT_TRUE(w.press(1, 2, "3"));
     ASSERT_TRUE(w.baseLibrary.reconnect(w.ids[0]).ok);
     w.scheduler.advance(100);
-    EXPECT_TRUE(w.baseLibrary.station(0).voteOpen);
+    EXPECT_EQ(w.open(), "1|1");
     EXPECT_EQ(w.baseLibrary.station(0).vote.KeyMask, w.baseLibrary.station(1).vote.KeyMask);
     ASSERT_TRUE(w.press(0, 2, "4"));
     w.scheduler.advance(200);
@@ -100,8 +99,7 @@ TEST(BaseDropsMidVote, ABaseThatComesBackAfterTheVoteEndedIsClosedThen) {
     w.scheduler.advance(100);
     w.closeVote(d);
     w.scheduler.advance(4000);  // the library reconnects it
-    EXPECT_TRUE(w.baseLibrary.station(0).linkUp);
-    EXPECT_FALSE(w.baseLibrary.station(0).voteOpen);
+    EXPECT_EQ(fields(w.baseLibrary.station(0).linkUp, w.open()), "1|0|0");
     EXPECT_FALSE(w.press(0, 1, "1"));
     EXPECT_EQ(d.total, 0);
 }
@@ -113,9 +111,7 @@ TEST(FailingBase, EveryOperationFailingOnOneBaseLeavesTheOthersVoting) {
     std::vector<std::string> expected;
     for (int round = 0; round < 2; ++round) {
         w.openVote(d);
-        EXPECT_TRUE(w.baseLibrary.station(0).voteOpen);
-        EXPECT_FALSE(w.baseLibrary.station(1).voteOpen);
-        EXPECT_TRUE(w.baseLibrary.station(2).voteOpen);
+        EXPECT_EQ(w.open(), "1|0|1");
         for (int k = 1; k <= 20; ++k) {
             const std::string vote = std::to_string(1 + (k + round) % 4);
             ASSERT_TRUE(w.press(0, k, vote));
@@ -123,14 +119,10 @@ TEST(FailingBase, EveryOperationFailingOnOneBaseLeavesTheOthersVoting) {
             ASSERT_TRUE(w.press(2, k, vote));
         }
         w.closeVote(d);
-        EXPECT_FALSE(w.baseLibrary.station(0).voteOpen);
-        EXPECT_FALSE(w.baseLibrary.station(2).voteOpen);
-        EXPECT_EQ(d.total, 40) << "round " << round;
-        EXPECT_TRUE(d.doubled().empty());
+        EXPECT_EQ(fields(w.open(), d.total, d.doubled().size()), "0|0|0|40|0") << "round " << round;
         for (int k = 1; k <= 20; ++k) {
             const std::string vote = std::to_string(1 + (k + round) % 4);
-            EXPECT_TRUE(d.heard(w.record(0, k, vote)));
-            EXPECT_TRUE(d.heard(w.record(2, k, vote)));
+            EXPECT_EQ(fields(d.heard(w.record(0, k, vote)), d.heard(w.record(2, k, vote))), "1|1");
         }
         d.clear();
     }

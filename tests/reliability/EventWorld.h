@@ -102,6 +102,12 @@ struct EventWorld : TestWorld {
     std::string record(int base, int keypad, const std::string& vote) const {
         return std::to_string(base * perBase + keypad) + ";" + vote;
     }
+    // Whether each base has a vote open, "1|0|...".
+    std::string open() {
+        std::string s;
+        for (std::size_t i = 0; i < ids.size(); ++i) s += std::string(i ? "|" : "") + (baseLibrary.station(i).voteOpen ? "1" : "0");
+        return s;
+    }
     int perBase;
     KelvarinDrivers* kelvarin = nullptr;
     std::vector<std::string> ids;

@@ -135,10 +135,8 @@ TEST(DamagedFiles, APortFileCutOrGarbledGivesKeyboardVotingAndIsKeptAside) {
         w.start();
         EXPECT_TRUE(w.dialogs.any("Decrypt Error"));
         ASSERT_EQ(w.glo().bases.size(), 1u);
-        EXPECT_EQ(w.glo().bases[0].baseType, "KBOARD");
-        EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
-        EXPECT_EQ(readFile(file), bad);
-        EXPECT_EQ(readFile(file.string() + ".bad"), bad);
+        EXPECT_EQ(fields(w.glo().bases[0].baseType, w.glo().InitialisedState == INIT_STATE_INITIALISED), "KBOARD|1");
+        EXPECT_EQ(fields(readFile(file), readFile(file.string() + ".bad")), fields(bad, bad));
         EXPECT_TRUE(w.logged("port.tlc is damaged: defaults used where it cannot be read; a copy is kept as " +
                              file.string() + ".bad"));
         // The next keypad set-up writes the table anew; the copy stays as it was.
@@ -157,8 +155,7 @@ TEST(DamagedFiles, AnotherDamagedPortFileLaterIsKeptBesideTheFirstNotOverIt) {
     w.c().readPortFile();
     w.c().readPortFile();  // the same bytes again: no third copy
     EXPECT_EQ(readFile(file.string() + ".bad"), "first damage");
-    EXPECT_EQ(readFile(file.string() + ".bad1"), "second damage");
-    EXPECT_FALSE(fs::exists(file.string() + ".bad2"));
+    EXPECT_EQ(fields(readFile(file.string() + ".bad1"), fs::exists(file.string() + ".bad2")), "second damage|0");
 }
 
 TEST(DamagedFiles, ASettingsFileCutMidLineKeepsWhatItHasAndIsKeptAside) {
@@ -196,16 +193,14 @@ TEST(DamagedFiles, GarbageInTheSettingsFileGivesDefaultsAndTheFileIsKeptBeforeAS
 }
 
 TEST(DamagedFiles, SoundSettingsFilesAreNotTakenForDamagedOnes) {
-    EXPECT_FALSE(settingsTextLooksDamaged(""));
-    EXPECT_FALSE(settingsTextLooksDamaged("\xEF\xBB\xBF[DEBUG]\r\n; note\r\n\r\nLOGEVENTS TO FILE=1\r\n  \r\n"));
-    EXPECT_FALSE(settingsTextLooksDamaged("DETECTOR STATUS,1\r\nVOTED TEXT,Thank you\r\n"));
-    EXPECT_TRUE(settingsTextLooksDamaged("[DEBUG\r\n"));
-    EXPECT_TRUE(settingsTextLooksDamaged(std::string("[DEBUG]\r\nA=1\0\r\n", 14)));
+    for (const std::string sound : {"", "\xEF\xBB\xBF[DEBUG]\r\n; note\r\n\r\nLOGEVENTS TO FILE=1\r\n  \r\n",
+                                    "DETECTOR STATUS,1\r\nVOTED TEXT,Thank you\r\n"})
+        EXPECT_FALSE(settingsTextLooksDamaged(sound)) << sound;
+    EXPECT_TRUE(settingsTextLooksDamaged("[DEBUG\r\n") && settingsTextLooksDamaged(std::string("[DEBUG]\r\nA=1\0\r\n", 14)));
     TestWorld w;
     w.writeSettings("DEBUG", "SHOW ALL ERRORS", "0");
     w.start();
-    EXPECT_FALSE(w.logged("is damaged"));
-    EXPECT_FALSE(fs::exists(w.appData() / "tallix" / "tlx.ini.bad"));
+    EXPECT_EQ(fields(w.logged("is damaged"), fs::exists(w.appData() / "tallix" / "tlx.ini.bad")), "0|0");
 }
 
 // A vote of 30 keypads with a line for each log besides: every vote arrives once.
@@ -216,9 +211,7 @@ static void voteWhileLogsFail(EventWorld& w) {
     w.c().logs.debugFile("refused");
     w.c().logs.appendErrLog("refused");
     w.closeVote(d);
-    EXPECT_EQ(d.total, 30);
-    EXPECT_TRUE(d.doubled().empty());
-    EXPECT_FALSE(w.glo().ShuttingDown);
+    EXPECT_EQ(fields(d.total, d.doubled().empty(), w.glo().ShuttingDown), "30|1|0");
 }
 
 TEST(LogDisk, AFullDiskSkipsTheLogLinesAndTheVoteGoesOn) {

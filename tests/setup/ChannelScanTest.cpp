@@ -7,6 +7,7 @@
 #include "SetupWorld.h"
 #include "core/MainForm.h"
 #include "setup/ChannelScan.h"
+#include "support/Fields.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -88,9 +89,7 @@ TEST(ChannelScanKeypads, RegistryChecksAndTheSeventhKeypad) {
 
     s.add(scan, " 3 ");
     ASSERT_EQ(scan.lvwKeypads.size(), 1u);
-    EXPECT_EQ(scan.lvwKeypads[0].hid, "300 500 003");
-    EXPECT_EQ(scan.lvwKeypads[0].icon, "NEW");
-    EXPECT_EQ(scan.txtAddKeypad, "");
+    EXPECT_EQ(fields(scan.lvwKeypads[0].hid, scan.lvwKeypads[0].icon, scan.txtAddKeypad), "300 500 003|NEW|");
     // One keypad, 77 channels, 50 votes: 77 x (0.25 + 50 x 0.02) = 96.25 s.
     EXPECT_EQ(scan.lblEstimatedTime, "Estimated scan time... 0h 1m 37s");
     s.add(scan, "3");  // listed once only
@@ -203,11 +202,9 @@ TEST(ChannelScanRun, TwoKeypadsFindTheChannelTheNoiseProfileFavours) {
     });
     scan.cmdScan_Click();
     ASSERT_GE(statuses.size(), 2u);
-    EXPECT_EQ(statuses[0], "Preparing Scan...");
-    EXPECT_EQ(scan.lblStatus, "Scan starting in... 10");
-    EXPECT_EQ(scan.lblKeypadResponse, "Waiting for keypads to respond");
-    EXPECT_EQ(scan.lvwKeypads[0].icon, "WAITING");
-    EXPECT_EQ(scan.lvwKeypads[0].status, "Waiting for response");
+    EXPECT_EQ(fields(statuses[0], scan.lblStatus, scan.lblKeypadResponse),
+              "Preparing Scan...|Scan starting in... 10|Waiting for keypads to respond");
+    EXPECT_EQ(fields(scan.lvwKeypads[0].icon, scan.lvwKeypads[0].status), "WAITING|Waiting for response");
 
     // Locked while it counts down: nothing can be added or started.
     EXPECT_TRUE(scan.locked());
@@ -217,25 +214,19 @@ TEST(ChannelScanRun, TwoKeypadsFindTheChannelTheNoiseProfileFavours) {
     EXPECT_EQ(s.station().callCount("PrepareKeypadSurveyScan"), 1);
 
     s.w.scheduler.advanceSeconds(4.05);
-    EXPECT_EQ(scan.lblStatus, "Scan starting in... 6");
-    EXPECT_EQ(scan.lblPrompt, "Click to Start Scan in 6");
-    EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 0);
+    EXPECT_EQ(fields(scan.lblStatus, scan.lblPrompt, s.station().callCount("BeginKeypadSurveyScan")),
+              "Scan starting in... 6|Click to Start Scan in 6|0");
     s.w.scheduler.advanceSeconds(6.0);
-    EXPECT_EQ(s.station().callCount("BeginKeypadSurveyScan"), 1);
-    EXPECT_EQ(scan.lblStatus, "Scanning... 0h 2m 54s");
+    EXPECT_EQ(fields(s.station().callCount("BeginKeypadSurveyScan"), scan.lblStatus), "1|Scanning... 0h 2m 54s");
     s.w.scheduler.advanceSeconds(60);
-    EXPECT_EQ(scan.lblStatus, "Scanning... 0h 1m 54s");
-    EXPECT_EQ(scan.lvwKeypads[1].icon, "OK");
-    EXPECT_EQ(scan.lvwKeypads[1].status, "Ready");
-    EXPECT_EQ(scan.lblKeypadResponse, "");
+    EXPECT_EQ(fields(scan.lblStatus, scan.lvwKeypads[1].icon, scan.lvwKeypads[1].status, scan.lblKeypadResponse),
+              "Scanning... 0h 1m 54s|OK|Ready|");
     EXPECT_TRUE(startsWith(scan.txtDebugKpadResults, "HID            | Ch | Vt | Acks\r\n300500003      | 001 | 050 | 0"));
 
     s.w.scheduler.advanceSeconds(120);
     EXPECT_EQ(scan.state(), Scan::ScanState::Idle);
-    EXPECT_FALSE(scan.locked());
     ASSERT_EQ(scan.results().size(), 1u);
-    EXPECT_EQ(scan.results()[0].replies, 2 * 77);
-    EXPECT_EQ(scan.lblScanNumber, "Scan 1 of 1");
+    EXPECT_EQ(fields(scan.locked(), scan.results()[0].replies, scan.lblScanNumber), "0|154|Scan 1 of 1");  // 2 x 77
     // Channel 24 loses nothing to noise, 45 a tenth, every other channel two fifths.
     EXPECT_TRUE(startsWith(scan.lblResults,
                            "Based on scan number 1 of 1 the best 3 radio channels to use are 24, 45 and "))
@@ -273,9 +264,8 @@ TEST(ChannelScanRun, NoRepliesGiveZeroScoresNamedDashOneAndTwo) {
     s.add(scan, "3");
     s.runScan(scan);
     ASSERT_EQ(scan.results().size(), 1u);
-    EXPECT_EQ(scan.results()[0].replies, 0);
+    EXPECT_EQ(fields(scan.results()[0].replies, scan.lvwKeypads[0].icon), "0|WAITING");  // it never answered
     EXPECT_EQ(scan.lblResults, "Based on scan number 1 of 1 the best 3 radio channels to use are -, 1 and 2");
-    EXPECT_EQ(scan.lvwKeypads[0].icon, "WAITING");  // it never answered
 }
 
 TEST(ChannelScanRun, RepliesOfAnotherBasesSurveyAreNotCounted) {
@@ -340,9 +330,8 @@ TEST(ChannelScanRun, CancellingAndClosingWhileScanning) {
     scan.changed.connect([&] { statuses.push_back(scan.lblStatus); });
     scan.cmdCancel_Click();
     ASSERT_FALSE(statuses.empty());
-    EXPECT_EQ(statuses.front(), "Cancelling Scan");
-    EXPECT_EQ(scan.lblStatus, "Scan Ended");
-    EXPECT_EQ(s.station().callCount("EndKeypadSurveyScan"), 1);
+    EXPECT_EQ(fields(statuses.front(), scan.lblStatus, s.station().callCount("EndKeypadSurveyScan")),
+              "Cancelling Scan|Scan Ended|1");
     s.w.scheduler.advanceSeconds(200);
     EXPECT_TRUE(scan.results().empty()) << "a cancelled scan adds no result";
 
@@ -352,8 +341,7 @@ TEST(ChannelScanRun, CancellingAndClosingWhileScanning) {
     s.w.baseLibrary.fail("100100100500", "EndKeypadSurveyScan", 9);
     EXPECT_FALSE(scan.RequestClose());
     EXPECT_EQ(s.box(), "EndKeypadSurveyScan: Error 9: RX Comms time out");
-    EXPECT_EQ(scan.lblStatus, "Cannot close whilst scanning");
-    EXPECT_FALSE(scan.locked());
+    EXPECT_EQ(fields(scan.lblStatus, scan.locked()), "Cannot close whilst scanning|0");
     s.w.scheduler.advanceSeconds(200);
     EXPECT_TRUE(scan.results().empty());
     EXPECT_TRUE(scan.RequestClose());
@@ -381,8 +369,7 @@ TEST(ChannelScanResultsKept, DeletingTheOnlyAndOneOfTwoAndTheCumulativeView) {
     EXPECT_TRUE(startsWith(scan.lblResults, "Based on scan number 2 of 2 the best 3 radio channels to use are 26, "));
 
     scan.chkShowCumulativeGraph_Click(true);
-    EXPECT_EQ(scan.lblScanNumber, "Cumulative");
-    EXPECT_EQ(scan.shownReplies, 22);
+    EXPECT_EQ(fields(scan.lblScanNumber, scan.shownReplies), "Cumulative|22");
     EXPECT_EQ(scan.shownScores[24], scan.results()[0].scores[24] + scan.results()[1].scores[24]);
     EXPECT_TRUE(startsWith(scan.lblResults,
                            "Based on the combined results of the 2 scan(s) performed the best 3 radio channels to use are "));

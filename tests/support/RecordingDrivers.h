@@ -11,14 +11,7 @@ namespace tlx::test {
 // A configured base station as the port file would give it.
 inline PortEntry base(const std::string& port, const std::string& type, int lo = 1, int hi = 20, int offset = 0,
                       bool duplicate = false) {
-    PortEntry e;
-    e.port = port;
-    e.baseType = type;
-    e.gridLo = lo;
-    e.gridHi = hi;
-    e.offset = offset;
-    e.duplicate = duplicate;
-    return e;
+    return PortEntry{port, type, lo, hi, duplicate, 0, offset};
 }
 
 // Every call, as "name" or "name(args)".

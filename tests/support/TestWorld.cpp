@@ -12,6 +12,7 @@
 #include "drivers/KelvarinDrivers.h"
 #include "presentation/PresentationModules.h"
 #include "presentation/Tallix.h"
+#include "support/DriverTestWorld.h"
 
 namespace tlx::test {
 
@@ -134,12 +135,7 @@ SimBaseStation& TestWorld::addSimBase(const std::string& id, int keypads, const 
     setup.type = type;
     setup.id = id;
     if (type == "KELVARIN COREHUB G1") setup.firmware = "1.01.00.1607.1819";
-    for (int k = 1; k <= keypads; ++k) {
-        SimKeypad kp;
-        kp.hid = std::to_string(hidStart + k - 1);
-        kp.sid = k;
-        setup.keypads.push_back(kp);
-    }
+    addKeypads(setup, keypads, hidStart);
     return baseLibrary.addBase(std::move(setup));
 }
 

@@ -17,6 +17,7 @@
 #include "platform/sim/basesim/SimBaseLibrary.h"
 #include "ports/Dialogs.h"
 #include "ports/Tray.h"
+#include "support/Fields.h"
 
 namespace tlx {
 class KelvarinDrivers;

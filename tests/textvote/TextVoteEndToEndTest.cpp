@@ -76,8 +76,7 @@ TEST(TextVoteEndToEnd, ThreeKeypadsOneWithAWeakBatteryFromOpeningToClosing) {
     w.scheduler.advanceSeconds(3.5);
     auto* f = w.c().forms.get<frmTextVoteCollection>(frmTextVoteCollection::kName);
     ASSERT_NE(f, nullptr);
-    EXPECT_TRUE(f->Visible());
-    EXPECT_TRUE(f->voting());
+    EXPECT_EQ(fields(f->Visible(), f->voting()), "1|1");
     EXPECT_TRUE(st.voteOpen);
     EXPECT_EQ(f->lstTextVotes, (std::vector<std::string>{"[09:00:02] - Coffee please", "[09:00:02] - Louder microphone",
                                                          "[09:00:03] - Great talk"}));

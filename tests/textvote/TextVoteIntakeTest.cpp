@@ -12,9 +12,8 @@ TEST(TextVoteIntake, TextsAreListedTimedCountedAndLoggedOneLineEach) {
     auto& f = t.startVote();
     f.mnuShowAllKpadInfoAsVotesArrive_Click();
     t.raise(2, "");  // an empty text adds nothing anywhere
-    EXPECT_TRUE(f.lstTextVotes.empty() && f.lvwKeypadAlerts.empty());
-    EXPECT_EQ(f.lblStatus, "Voting");
-    EXPECT_FALSE(fs::exists(f.sessionLogPath()));
+    EXPECT_EQ(fields(f.lstTextVotes.empty() && f.lvwKeypadAlerts.empty(), f.lblStatus, fs::exists(f.sessionLogPath())),
+              "1|Voting|0");
     t.w.scheduler.advance(5000);
     t.text(kG2Base, 3, "Coffee please");
     t.w.scheduler.advance(60000);

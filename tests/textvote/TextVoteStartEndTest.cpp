@@ -10,7 +10,11 @@ using namespace tlx::test;
 
 namespace {
 const std::string kThanks = "Text Submitted|| Thanks for|     voting";
+// The start button's tag and caption, the status, the session name open to edits.
+std::string window(const frmTextVoteCollection& f) {
+    return fields(f.cmdStartStopVote.tag, f.cmdStartStopVote.caption, f.lblStatus, f.txtSessionNameEnabled);
 }
+}  // namespace
 
 TEST(TextVoteStartEnd, StartOpensTheTextVoteOnBothGenerationsLocksAndEndEndsItOnBoth) {
     TextVoteWorld t(true);
@@ -18,21 +22,14 @@ TEST(TextVoteStartEnd, StartOpensTheTextVoteOnBothGenerationsLocksAndEndEndsItOn
     t.w.glo().kelvarinDisplay = 1;  // letters from an earlier vote must not reach the texts
     auto& f = t.startVote();
     const GlobalState& g = t.w.glo();
-    EXPECT_EQ(g.voteType, "12");
-    EXPECT_EQ(g.kelvarinDisplay, 0);
-    EXPECT_EQ(g.kvpOptions, 7);
-    EXPECT_EQ(g.voteName, "");
-    EXPECT_FALSE(g.Voting);  // the slide-driven run's flag: moving the show on must not end it
+    // Voting is the slide-driven run's flag: moving the show on must not end it.
+    EXPECT_EQ(fields(g.voteType, g.kelvarinDisplay, g.kvpOptions, g.voteName, g.Voting), "12|0|7||0");
     for (const auto& base : {kG1Base, kG2Base}) {
         const SimBaseStation& st = *t.w.baseLibrary.find(base);
         EXPECT_TRUE(st.voteOpen && st.vote.VoteType == 12 && !st.vote.DisplayLetters) << base;
-        EXPECT_EQ(st.vote.VoteText, kThanks);
-        EXPECT_EQ(st.vote.VoteEndedText, "Texting finished");
+        EXPECT_EQ(fields(st.vote.VoteText, st.vote.VoteEndedText), kThanks + "|Texting finished");
     }
-    EXPECT_EQ(f.cmdStartStopVote.tag, "VOTING");
-    EXPECT_EQ(f.cmdStartStopVote.caption, "End Vote");
-    EXPECT_EQ(f.lblStatus, "Voting");
-    EXPECT_FALSE(f.txtSessionNameEnabled);
+    EXPECT_EQ(window(f), "VOTING|End Vote|Voting|0");
     EXPECT_EQ(f.cmdStartStopVoteLock.tag, "LOCKED");
     // Texts from either generation reach the window; the keypads thank their senders.
     t.text(kG1Base, 2, "older");
@@ -53,10 +50,7 @@ TEST(TextVoteStartEnd, StartOpensTheTextVoteOnBothGenerationsLocksAndEndEndsItOn
         EXPECT_EQ(t.w.baseLibrary.find(base)->lastEndedText, "") << base;  // ended as a vote that ran
     }
     EXPECT_EQ(t.w.glo().voteType, "");  // ended with clearSettings
-    EXPECT_EQ(f.cmdStartStopVote.tag, "IDLE");
-    EXPECT_EQ(f.cmdStartStopVote.caption, "Start Vote");
-    EXPECT_EQ(f.lblStatus, "Idle");
-    EXPECT_TRUE(f.txtSessionNameEnabled);
+    EXPECT_EQ(window(f), "IDLE|Start Vote|Idle|1");
     EXPECT_EQ(t.screen(kG2Base, 1), "Texting finished");
 }
 
@@ -85,10 +79,9 @@ TEST(TextVoteStartEnd, ClosingWhileVotingEndsTheVoteAndLetsGoOfTheDrivers) {
     auto& f = t.startVote();
     f.Close();
     EXPECT_FALSE(t.w.c().forms.isLoaded(frmTextVoteCollection::kName));
-    EXPECT_FALSE(t.w.baseLibrary.find(kG1Base)->voteOpen);
-    EXPECT_FALSE(t.w.baseLibrary.find(kG2Base)->voteOpen);
-    EXPECT_EQ(t.drivers.oKVv5()->VoteReceivedObject.size(), handlers);
-    EXPECT_EQ(t.drivers.oKVv4()->VoteReceivedObject.size(), handlers);
+    EXPECT_EQ(fields(t.w.baseLibrary.find(kG1Base)->voteOpen, t.w.baseLibrary.find(kG2Base)->voteOpen,
+                     t.drivers.oKVv5()->VoteReceivedObject.size(), t.drivers.oKVv4()->VoteReceivedObject.size()),
+              fields(0, 0, handlers, handlers));
     t.w.scheduler.advance(100);  // the window is gone: a late event reaches nothing
     t.raise(1, "late");
     EXPECT_EQ(t.errLog(), "");
@@ -102,6 +95,5 @@ TEST(TextVoteStartEnd, WithoutBasesStartAndEndOnlyChangeTheWindow) {
     EXPECT_TRUE(f.voting());
     f.cmdStartStopVoteLock_Click();
     f.cmdStartStopVote_Click();
-    EXPECT_FALSE(f.voting());
-    EXPECT_EQ(readFile(w.appData() / "tallix" / "Err.log"), "");
+    EXPECT_EQ(fields(f.voting(), readFile(w.appData() / "tallix" / "Err.log")), "0|");
 }
