@@ -6,13 +6,13 @@
 #include "core/CommandDispatcher.h"
 #include "core/CommandTargets.h"
 #include "core/Controller.h"
+#include "core/PresentationSide.h"
 #include "core/SmallForms.h"
 #include "core/Text.h"
 #include "ports/Desktop.h"
 #include "ports/Dialogs.h"
 #include "ports/PresentationApp.h"
 #include "ports/Tray.h"
-#include "core/PresentationSide.h"
 #include "tlx/Version.h"
 
 namespace tlx {

@@ -48,7 +48,8 @@ TEST_F(MixedBasesOnTheBus, EachKeypadNumberAndEachBaseErrorIsItsOwnBasesAndAbste
     press(kG1, 5, "2");
     press("5", 5, "3");
     press(kG1, 10, "4");
-    ASSERT_TRUE(until([&] { return records(display) == "[105;1],[205;2],[305;3],[210;-2],"; })) << records(display);
+    ASSERT_TRUE(until([&] { return records(display) == "[105;1],[205;2],[305;3],[210;-2],"; }, 500))
+        << records(display);
     EXPECT_EQ(screen(kG2, 5), "Vote Submitted|||   Press 10|  to  revote");
     EXPECT_EQ(screen(kG2, 6), "UNUSED");  // the default prevote text, shown as it stands for 3 s
     run(3100);

@@ -189,6 +189,18 @@ TEST(NetBases, AVotePausedWhenTheLinkWentIsPausedAgainAndAnEndedOneStaysEnded) {
     n.startEmulator();
     n.run(500);
     EXPECT_EQ(fields(n.emulated->station(0).voteOpen, n.emulated->station(0).callCount("StartVote")), "0|0");
+    // A vote ended or replaced while the link is down is the driver's to catch up on: the
+    // library must not open the old one again (a second start once the driver starts the new).
+    for (bool replace : {false, true}) {
+        ASSERT_EQ(paused->StartVote(singleDigit()), 0);
+        n.transport->serverDies();
+        n.run(5);
+        EXPECT_EQ(replace ? paused->StartVote(singleDigit()) : paused->EndVote(""), BaseErrorCode::BaseDisconnected);
+        n.startEmulator();
+        n.run(500);
+        EXPECT_EQ(fields(n.emulated->station(0).voteOpen, n.emulated->station(0).callCount("StartVote")), "0|0")
+            << replace;
+    }
 }
 
 TEST(NetBases, FaultsOfTheEmulatorReachTheCallerAsStatusCodes) {

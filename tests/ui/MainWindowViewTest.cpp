@@ -70,7 +70,7 @@ TEST(MainWindowView, ShowsTheModelAndCarriesTheOperatorsActionsToIt) {
     EXPECT_TRUE(command->toPlainText().isEmpty());
     auto* log = child<QPlainTextEdit>(view, "txt_log");
     EXPECT_TRUE(log->toPlainText().contains(" - TX - numKeypads=")) << log->toPlainText().toStdString();
-    saveScreenshot(*view, "main-window");
+    saveScreenshot(*view, "tallix_controller");
 
     typeLine(command, "SwitchToDebugView");
     w.scheduler.advance(60);
@@ -114,7 +114,7 @@ TEST(MainWindowView, ShowsTheModelAndCarriesTheOperatorsActionsToIt) {
     EXPECT_EQ(accepted.toStdString(), main.txt_VoteCounter[0]);
     ASSERT_GE(w.tray.frames.size(), 5u);
     EXPECT_EQ(std::vector<int>(w.tray.frames.begin(), w.tray.frames.begin() + 5), (std::vector<int>{1, 2, 3, 4, 1}));
-    saveScreenshot(*view, "main-window-debug");
+    saveScreenshot(*view, "tallix_controller-debug");
 
     // Stopping ends the vote: the simulator stops and the icon comes to rest.
     child<QPushButton>(view, "cmd_Stop")->click();

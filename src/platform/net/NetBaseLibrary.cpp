@@ -99,16 +99,16 @@ public:
     int EndKeypadSurveyScan() override { return call("EndKeypadSurveyScan", &KelvarinBase::EndKeypadSurveyScan); }
 
     int StartVote(const KelvarinVote& v) override {
-        return remember(call("StartVote", &KelvarinBase::StartVote, v), [&] {
+        return rememberVote(call("StartVote", &KelvarinBase::StartVote, v), [&] {
             vote_ = v;
             paused_ = false;
         });
     }
     int PrepareVote(const KelvarinVote& v) override {
-        return remember(call("PrepareVote", &KelvarinBase::PrepareVote, v), [&] { prepared_ = v; });
+        return rememberVote(call("PrepareVote", &KelvarinBase::PrepareVote, v), [&] { prepared_ = v; });
     }
     int BeginLiveVote() override {
-        return remember(call("BeginLiveVote", &KelvarinBase::BeginLiveVote), [&] {
+        return rememberVote(call("BeginLiveVote", &KelvarinBase::BeginLiveVote), [&] {
             vote_ = prepared_;
             prepared_.reset();
             paused_ = false;
@@ -119,7 +119,7 @@ public:
         return remember(call("ResumeVote", &KelvarinBase::ResumeVote), [&] { paused_ = false; });
     }
     int EndVote(const std::string& endedText) override {
-        return remember(call("EndVote", &KelvarinBase::EndVote, endedText), [&] { vote_.reset(); });
+        return rememberVote(call("EndVote", &KelvarinBase::EndVote, endedText), [&] { vote_.reset(); });
     }
 
     int GetChannelList(KelvarinChannelList& list) override {
@@ -183,6 +183,18 @@ private:
     static int remember(int rc, F&& keep) {
         if (rc == BaseErrorCode::Success) keep();
         return rc;
+    }
+    // A vote started, prepared or ended while the link is down is not put back by restore():
+    // the driver starts or ends it itself once the base is back, so restoring the vote before
+    // it would open one nobody runs any more, or start the new one a second time.
+    template <class F>
+    int rememberVote(int rc, F&& keep) {
+        if (rc == BaseErrorCode::BaseDisconnected || rc == BaseErrorCode::BaseDisconnectedReconnecting) {
+            vote_.reset();
+            prepared_.reset();
+            paused_ = false;
+        }
+        return remember(rc, keep);
     }
     void forget() {
         baseConfig_.reset();
