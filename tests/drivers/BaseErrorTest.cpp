@@ -3,7 +3,6 @@
 #include <tuple>
 
 #include "DriverWorld.h"
-#include "core/Text.h"
 
 using namespace tlx;
 using namespace tlx::test;

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "DriverWorld.h"
-#include "core/Text.h"
 #include "ports/AppError.h"
 
 using namespace tlx;

@@ -4,7 +4,6 @@
 #include <tuple>
 
 #include "DriverWorld.h"
-#include "core/Text.h"
 #include "drivers/LocalRegistry.h"
 
 using namespace tlx;
