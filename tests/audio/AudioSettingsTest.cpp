@@ -41,8 +41,8 @@ TEST(AudioSettingsDialog, OkWritesTheBoxesToTheStoreAndTheNextTurnCancelWritesNo
     f.txtAudioRadioChannel = "12";
     f.txt_AudioPrompt[1] = "Go ahead";
     ASSERT_TRUE(f.cmdOK_Click());
-    EXPECT_EQ(w.c().forms.get<frmAudioSettings>(frmAudioSettings::kName), nullptr);
-    EXPECT_EQ(opt(w, audiokey::kImage), "");  // "[DEFAULT]" is no image
+    // "[DEFAULT]" is no image.
+    EXPECT_EQ(fields(w.c().forms.get<frmAudioSettings>(frmAudioSettings::kName) == nullptr, opt(w, audiokey::kImage)), "1|");
     const std::string ini = w.ini();
     for (const char* line : {"[KELVARIN AUDIO OPTIONS]", "MAX TALK TIME=90", "KEYPAD PROMPT 02=Go ahead"})
         EXPECT_TRUE(contains(ini, line)) << line;
@@ -124,8 +124,8 @@ TEST(TrialSettingsFile, PartialFilesSetOnlyTheFieldsTheyHaveAndABadOneChangesNot
     // A folder that cannot be written.
     clsSettings nowhere(w.c().errors, w.dir / "no" / "such" / "folder");
     nowhere.SaveINIFile();
-    EXPECT_TRUE(contains(readFile(w.c().logs.errLogPath()), "Module: clsSettings_SaveINIFile"));
-    EXPECT_FALSE(std::filesystem::exists(nowhere.file()));
+    EXPECT_EQ(fields(contains(readFile(w.c().logs.errLogPath()), "Module: clsSettings_SaveINIFile"), std::filesystem::exists(nowhere.file())),
+              "1|0");
 }
 
 TEST(TrialSettingsFile, SavesOneLineThatLoadsBackAndABarInTheTargetShiftsTheFields) {

@@ -38,9 +38,9 @@ TEST(Playthrough, FailureIsReportedWithItsTextAndLeavesNothingOpen) {
     EXPECT_EQ(fields(a.playthroughRunning(), w.engine->count("recordFree"), w.engine->count("free"),
                      a.cmd_startPlaythrough.enabled),
               "0|1|1|1");
-    EXPECT_TRUE(w.dialogs.any("Error 6: unsupported sample format"));
-    EXPECT_EQ(w.dialogs.shown.back().title, "Audio Error");
-    EXPECT_TRUE(contains(w.errLog(), "Description: Error 6: unsupported sample format"));
+    EXPECT_EQ(fields(w.dialogs.any("Error 6: unsupported sample format"), w.dialogs.shown.back().title,
+                     contains(w.errLog(), "Description: Error 6: unsupported sample format")),
+              "1|Audio Error|1");
     // Codes the table lacks, and -1, read as unknown rather than past its end.
     for (int code : {-1, 10, 46, 1000}) EXPECT_EQ(bassErrorText(code), "Unkown BASS error") << code;
 }
@@ -69,9 +69,8 @@ TEST(Playthrough, VanishingDeviceStopsPlaythroughButNotTheTurn) {
     w.giveFloor(1);
     ASSERT_TRUE(a.playthroughRunning());
     w.engine->onFailure(AudioErrorCode::Device);
-    EXPECT_FALSE(a.playthroughRunning());
-    EXPECT_TRUE(w.dialogs.any("Error 23: illegal device number"));
-    EXPECT_EQ(fields(a.status, w.station().audioHid), "Streaming Audio|" + AudioWorld::hid(1));
+    EXPECT_EQ(fields(a.playthroughRunning(), w.dialogs.any("Error 23: illegal device number"), a.status, w.station().audioHid),
+              "0|1|Streaming Audio|" + AudioWorld::hid(1));
     w.scheduler.advance(1000);
     EXPECT_EQ(a.status, "Streaming Audio - 59");
 }
@@ -88,8 +87,7 @@ TEST(Playthrough, FollowsTheTurnUnlessKeptRunning) {
     a.chk_Click(AudioCheck::RunPlaythroughConstantly, true);
     w.giveFloor(2);
     a.cmd_stopAudio_Click();
-    EXPECT_TRUE(a.playthroughRunning());
-    EXPECT_EQ(w.engine->count("init"), 2);
+    EXPECT_EQ(fields(a.playthroughRunning(), w.engine->count("init")), "1|2");
     // A failed start leaves playthrough as it found it.
     a.PlayThroughStop();
     w.baseLibrary.fail(kBase, "StartAudio", 9);
@@ -118,7 +116,7 @@ TEST(Playthrough, CallbackDiagnosticsAndTheirEntryBoxInTheDebugLog) {
     const std::string& log = a.txt_DebugLog;
     EXPECT_EQ(log.find("Audio Data CallBack Details: length = 2048, buffer = "),
               log.rfind("Audio Data CallBack Details: length = 2048, buffer = "));  // the next event only
-    EXPECT_FALSE(a.checked(AudioCheck::CallBackLogNextEvent));
-    EXPECT_TRUE(w.debugLogged("Audio Data From CallBack To Low: length = 512\r\n"));
-    EXPECT_FALSE(w.debugLogged("To Low: length = 2048"));
+    EXPECT_EQ(fields(a.checked(AudioCheck::CallBackLogNextEvent), w.debugLogged("Audio Data From CallBack To Low: length = 512\r\n"),
+                     w.debugLogged("To Low: length = 2048")),
+              "0|1|0");
 }

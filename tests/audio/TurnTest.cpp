@@ -28,15 +28,13 @@ TEST(Turn, GivingTheFloorStreamsTheRowLocksTheWindowAndADoubleClickMovesIt) {
     w.giveFloor(2);
     const auto& st = w.station();
     EXPECT_EQ(fields(st.audioHid, st.audioOptions.MaxTalkTime, st.audioOptions.MicVolume), AudioWorld::hid(2) + "|45|70");
-    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 QUEUED", "2 SPEAKING"}));
-    EXPECT_EQ(a.imgMicIcon, MicIcon::Streaming);
+    EXPECT_EQ(fields(join(w.rowTexts(), ","), a.imgMicIcon == MicIcon::Streaming), "1 QUEUED,2 SPEAKING|1");
     EXPECT_EQ(window(a), "Streaming Audio|0|1|0|0|" + AudioWorld::hid(2) + "|1");
     for (const AudioButton* b : {&a.cmd_audioRequest, &a.cmd_clearList, &a.cmd_settings})
         EXPECT_FALSE(b->enabled) << b->caption;
     // A double click ends the running turn and gives the floor to the row.
     a.lvw_keypadRequests_DblClick(0);
-    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 SPEAKING", "2 DONE"}));
-    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(1));
+    EXPECT_EQ(fields(join(w.rowTexts(), ","), w.station().audioHid), "1 SPEAKING,2 DONE|" + AudioWorld::hid(1));
 }
 
 TEST(Turn, StartingWithRequestsOffTurnsThemOnWhenAskedTo) {
@@ -46,9 +44,7 @@ TEST(Turn, StartingWithRequestsOffTurnsThemOnWhenAskedTo) {
     a.chk_Click(AudioCheck::AudioRequestsOn, true);
     ASSERT_EQ(a.cmd_audioRequest.caption, "Enable Requests");
     w.giveFloor(1);
-    EXPECT_EQ(a.cmd_audioRequest.caption, "Disable Requests");
-    EXPECT_TRUE(w.g2().audioRequestsOn());
-    EXPECT_EQ(a.status, "Streaming Audio");
+    EXPECT_EQ(fields(a.cmd_audioRequest.caption, w.g2().audioRequestsOn(), a.status), "Disable Requests|1|Streaming Audio");
     // The option is kept by the settings store.
     EXPECT_TRUE(contains(w.ini(), "AUDIO AUTO REQUESTS=1"));
     // The turn's end opens the requests again for the next speakers.
@@ -69,8 +65,8 @@ TEST(Turn, AStartThatCannotGoAheadLeavesTheWindowAsItWas) {
     w.baseLibrary.fail(kBase, "StartAudio", 9);
     a.cmd_startAudio_Click();
     EXPECT_EQ(window(a), "Requests Disabled|1|0|1|1||0");
-    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 QUEUED"}));
-    EXPECT_TRUE(contains(w.errLog(), "Description: Unable to initialize audio, ensure base is connected"));
+    EXPECT_EQ(fields(join(w.rowTexts(), ","), contains(w.errLog(), "Description: Unable to initialize audio, ensure base is connected")),
+              "1 QUEUED|1");
     // A vote that will not end keeps the floor closed: the command channel is stuck, so the
     // queued ENDVOTE never runs.
     w.openVote();
@@ -78,8 +74,7 @@ TEST(Turn, AStartThatCannotGoAheadLeavesTheWindowAsItWas) {
     w.glo().ShuttingDown = true;
     a.cmd_startAudio_Click();
     w.glo().ShuttingDown = false;
-    EXPECT_EQ(fields(a.status, w.station().audioHid.empty()), "Unable to stop vote, please try again|1");
-    EXPECT_TRUE(a.cmd_startAudio.enabled);
+    EXPECT_EQ(fields(a.status, w.station().audioHid.empty(), a.cmd_startAudio.enabled), "Unable to stop vote, please try again|1|1");
 }
 
 TEST(Turn, LinkReadingsIgnoreValuesBeyondAByte) {
@@ -121,8 +116,7 @@ TEST(Turn, EndingRestoresTheWindowKeepsAQuestionSlideAndMarksOrRemovesTheRow) {
     w.presentation.GoTo(1);  // no question here: the show's setting is left alone
     w.settle();
     a.cmd_stopAudio_Click();
-    EXPECT_EQ(deck->showWithAnimationSets, before + 1);
-    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"1 DONE"}));
+    EXPECT_EQ(fields(deck->showWithAnimationSets - before, join(w.rowTexts(), ",")), "1|1 DONE");
 }
 
 TEST(Turn, HidingWithTheClearOptionLeavesAnEmptyQueueAndRequestsOff) {
@@ -169,20 +163,19 @@ TEST(WholeTurn, RequestShowAudioFloorDuringAVoteCountdownPastZeroAndEnd) {
     EXPECT_EQ(a.lblRSSI, numText(w.keypad(2).signal) + " dB");
     EXPECT_EQ(fields(a.lblLQI.empty(), a.status), "0|Streaming Audio - 3");
     w.scheduler.advance(5000);
-    EXPECT_EQ(a.lblTimeRemaining, "-2");
-    EXPECT_TRUE(w.station().audioHid.empty());  // the base ended the stream at the talk time
+    // The base ended the stream at the talk time.
+    EXPECT_EQ(fields(a.lblTimeRemaining, w.station().audioHid), "-2|");
 
     // The presenter ends the turn.
     EXPECT_EQ(a.status, "Streaming Audio - -2");
     a.cmd_stopAudio_Click();
     EXPECT_EQ(fields(a.status, a.lblTimeRemaining), "Ready|");
     w.scheduler.advance(1000);
-    EXPECT_EQ(a.status, "Ready");  // the countdown stopped with the turn
-    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"7 QUEUED", "2 DONE"}));
-    EXPECT_TRUE(w.debugLogged("StartAudio - HID:" + AudioWorld::hid(2)));
-    EXPECT_TRUE(w.debugLogged("StopAudio - HID:" + AudioWorld::hid(2)));
+    // The countdown stopped with the turn.
+    EXPECT_EQ(fields(a.status, join(w.rowTexts(), ","), w.debugLogged("StartAudio - HID:" + AudioWorld::hid(2)),
+                     w.debugLogged("StopAudio - HID:" + AudioWorld::hid(2))),
+              "Ready|7 QUEUED,2 DONE|1|1");
     // A request flagged to start now gets the floor at once.
     a.MicRequest(w.keypadObject(5), "0", true);
-    EXPECT_EQ(w.rowTexts(), (std::vector<std::string>{"7 QUEUED", "2 DONE", "5 SPEAKING"}));
-    EXPECT_EQ(w.station().audioHid, AudioWorld::hid(5));
+    EXPECT_EQ(fields(join(w.rowTexts(), ","), w.station().audioHid), "7 QUEUED,2 DONE,5 SPEAKING|" + AudioWorld::hid(5));
 }

@@ -86,6 +86,11 @@ protected:
         calls.clear();
         send(text);
     }
+    // The vote name once the queue has had its time.
+    std::string voteNameAfter(long long ms) {
+        w.scheduler.advance(ms);
+        return w.glo().voteName;
+    }
     bool called(const std::string& call) const {
         return std::find(calls.begin(), calls.end(), call) != calls.end();
     }

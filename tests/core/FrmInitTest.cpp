@@ -54,8 +54,8 @@ TEST(KeypadSetup, EachCheckHasItsMessageAndKeepsTheFormOpen) {
         w.rows(c.rows);
         EXPECT_FALSE(w.form->cmdOK_Click());
         EXPECT_EQ(w.messages(), c.expected);
-        EXPECT_TRUE(w.c().forms.isLoaded(FrmInit::kName));
-        EXPECT_FALSE(std::filesystem::exists(w.appData() / "tallix" / "port.tlc"));
+        EXPECT_EQ(fields(w.c().forms.isLoaded(FrmInit::kName), std::filesystem::exists(w.appData() / "tallix" / "port.tlc")),
+                  "1|0");
     }
 }
 
@@ -101,8 +101,8 @@ TEST(KeypadSetup, AcceptedEntriesAreWrittenToThePortFileAndSettings) {
     const auto& b = r.data.bases[1];
     EXPECT_EQ(fields(b.baseType, b.gridLo, b.offset, r.data.popUp.close, r.data.popUp.closePercent),
               "KELVARIN COREHUB G2|41|40|1|90");
-    EXPECT_EQ(fields(w.glo().bases.size(), up->opened), "2|2");  // the new bases are connected at once
-    EXPECT_TRUE(std::filesystem::exists(w.appData() / "tallix" / "tlx.ini"));
+    // The new bases are connected at once.
+    EXPECT_EQ(fields(w.glo().bases.size(), up->opened, std::filesystem::exists(w.appData() / "tallix" / "tlx.ini")), "2|2|1");
     EXPECT_EQ(GetProfileString(w.appData() / "tallix" / "tlx.ini", "KELVARIN CORE HUB OPTIONS", "VOTED TEXT", ""),
               "Sending Vote...");
 }
@@ -131,6 +131,6 @@ TEST(KeypadSetup, ScanKeepsTheRangesOfBasesSeenBefore) {
     w.form->ScanSystem();
     EXPECT_NE(std::find(captions.begin(), captions.end(), "Scanning System"), captions.end());
     ASSERT_EQ(w.form->rows.size(), 2u);
-    EXPECT_EQ(fields(w.form->rows[0].lowest, w.form->rows[0].highest, w.form->rows[1].serialNumber), "5|60|300300300300");
-    EXPECT_TRUE(w.dialogs.shown.empty());
+    EXPECT_EQ(fields(w.form->rows[0].lowest, w.form->rows[0].highest, w.form->rows[1].serialNumber, w.dialogs.shown.size()),
+              "5|60|300300300300|0");
 }

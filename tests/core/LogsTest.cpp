@@ -63,8 +63,7 @@ TEST(TraceFile, WithTheSwitchOffOrAbsentOnlyTheForcedLinesBeforeTheSettingIsRead
         std::vector<std::string> texts;
         for (const auto& l : w.traceLines()) texts.push_back(l.substr(l.rfind("] | ") + 4));
         const bool on = value && std::string(value) == "7";  // any number but 0 switches it on
-        EXPECT_EQ(w.glo().traceToFile, on);
-        EXPECT_EQ(fs::exists(w.c().logs.voteTraceFilePath()), on);
+        EXPECT_EQ(fields(w.glo().traceToFile, fs::exists(w.c().logs.voteTraceFilePath())), fields(on, on));
         if (on) {
             EXPECT_GT(texts.size(), 3u);
             continue;
@@ -102,14 +101,12 @@ TEST(TextLog, CutToItsFirstFiftyThousandCharacters) {
     TextLog log;
     const std::string line(98, 'x');  // 100 characters with its break
     for (int i = 0; i < 500; ++i) log.prepend(line);
-    EXPECT_EQ(log.size(), 50000u);
-    EXPECT_EQ(log.text().size(), 50000u);
+    EXPECT_EQ(fields(log.size(), log.text().size()), "50000|50000");
     // The 50,001st character is dropped after the next change: the oldest line falls away
     // from its end, and the text begins with the newest line.
     log.prepend("newest");
     const std::string t = log.text();
-    EXPECT_EQ(fields(t.size(), t.substr(0, 8)), "50000|newest\r\n");
-    EXPECT_EQ(t.substr(8, 100), line + "\r\n");
+    EXPECT_EQ(fields(t.size(), t.substr(0, 8), t.substr(8, 100)), "50000|newest\r\n|" + line + "\r\n");
     // Lines that lie wholly beyond the cap are not kept at all.
     EXPECT_LE(log.lineCount(), 502u);
 }
@@ -121,6 +118,5 @@ TEST(LogEvent, OneLinePerEventWithItsMarker) {
     w.scheduler.setWallClock(DateTime{2026, 11, 22, 10, 15, 30, 250});
     m.LogEvent("got", LOG_RX);
     m.LogEvent("first\r\nsecond", LOG_XX);
-    EXPECT_EQ(m.txt_log.newest(), "[10:15:30.250] - XX - first \\n second");
-    EXPECT_EQ(m.txt_log.line(1), "[10:15:30.250] - RX - got");
+    EXPECT_EQ(fields(m.txt_log.newest(), m.txt_log.line(1)), "[10:15:30.250] - XX - first \\n second|[10:15:30.250] - RX - got");
 }

@@ -41,8 +41,8 @@ TEST(Settings, SaveSettingsWritesEveryKeyInOrderReadsBackAndKeepsOtherSections) 
     Options back;
     w.c().settings.loadOptions(back);
     EXPECT_EQ(back.values(), o.values());
-    EXPECT_EQ(back.text(section::kCoreHubOptions, "VOTE END TEXT"), "   Vote Ended");
-    EXPECT_EQ(GetProfileString(w.userIni(), "DEBUG", "LOGEVENTS TO FILE", "0"), "1");
+    EXPECT_EQ(fields(back.text(section::kCoreHubOptions, "VOTE END TEXT"), GetProfileString(w.userIni(), "DEBUG", "LOGEVENTS TO FILE", "0")),
+              "   Vote Ended|1");
 }
 
 TEST(Settings, SwitchValuesAnyNonZeroNumberIsOnUnreadableIsOff) {
@@ -77,7 +77,7 @@ TEST(Settings, TheOlderCommaFormIsReadAndBothFormsReadInFull) {
               "DETECTOR STATUS,1\r\nKEYPAD BEEP,0\r\nVOTE END TEXT,Over and out\r\nREVOTE PAUSE,4\r\nMAX TALK TIME,45\r\n");
     const auto pairs = readSettingsFileInFull(w.userIni());
     ASSERT_EQ(pairs.size(), 5u);
-    EXPECT_EQ(pairs[2], (std::pair<std::string, std::string>{"VOTE END TEXT", "Over and out"}));
+    EXPECT_EQ(fields(pairs[2].first, pairs[2].second), "VOTE END TEXT|Over and out");
     Options o;
     w.c().settings.loadOptions(o);
     // The voted text keeps its default.

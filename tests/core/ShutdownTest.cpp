@@ -19,6 +19,11 @@ std::vector<std::string> traceTexts(TestWorld& w) {
     }
     return v;
 }
+// Whether the process has ended after waiting so long.
+bool endedAfter(TestWorld& w, long long ms) {
+    w.scheduler.advance(ms);
+    return w.desktop.ended();
+}
 }  // namespace
 
 TEST(Quit, WithThePresentationProgramClosedNothingIsAsked) {
@@ -36,8 +41,7 @@ TEST(Quit, AnsweringNoLeavesTheControllerWorking) {
     EXPECT_EQ(fields(w.dialogs.shown.size(), w.glo().ShuttingDown, w.glo().FullShutDownInitiated,
                      w.main().tmrCheck4PPT.enabled(), w.tray.icon),
               "1|0|0|1|1");
-    w.scheduler.advance(10000);
-    EXPECT_FALSE(w.desktop.ended());
+    EXPECT_FALSE(endedAfter(w, 10000));
     // Still serving: outgoing data goes out.
     std::string sent;
     w.main().FromCtrlForm.connect([&](const std::string& s) { sent = s; });
@@ -58,10 +62,8 @@ TEST(Quit, YesShutsDownInOrderAndEndsTheProcessFromATimer) {
     // Only frm_CloseController is left; the caller returns before the process ends.
     EXPECT_EQ(fields(w.glo().ShuttingDown, w.tray.icon, w.c().mainForm() == nullptr, w.c().forms.all().size(), w.desktop.ended()),
               "1|0|1|1|0");
-    w.scheduler.advance(99);
-    EXPECT_FALSE(w.desktop.ended());
-    w.scheduler.advance(1);
-    EXPECT_TRUE(w.desktop.ended());
+    EXPECT_FALSE(endedAfter(w, 99));
+    EXPECT_TRUE(endedAfter(w, 1));
 
     // The other windows go newest first, before the main form (the whole order in a real
     // process: tests/reliability/BusFaultTest.cpp).
@@ -112,10 +114,8 @@ TEST(Shutdown, EveryStepRunsUnderItsOwnTrapSoAFailureSkipsNothing) {
     w.c().forms.load<FailingForm>();
     w.c().FullShutdown(false);
     w.c().FullShutdown(false);  // a second request while shutting down is ignored
-    EXPECT_EQ(fields(w.c().forms.count(), w.tray.icon), "1|0");
-    EXPECT_EQ(w.c().mainForm(), nullptr);
-    w.scheduler.advance(100);
-    EXPECT_TRUE(w.desktop.ended());
+    EXPECT_EQ(fields(w.c().forms.count(), w.tray.icon, w.c().mainForm() == nullptr), "1|0|1");
+    EXPECT_TRUE(endedAfter(w, 100));
     const std::string errLog = readFile(w.c().logs.errLogPath());
     EXPECT_TRUE(contains(errLog, "Description: Invalid procedure call\r\nModule: Controller\r\nProcedure: FullShutdown"));
 }
@@ -132,8 +132,7 @@ TEST(Shutdown, TheAudioReferencesGoBeforeTheMainForm) {
         mainFormLoaded = c->mainForm() != nullptr;
     }));
     w.c().FullShutdown(false);
-    EXPECT_TRUE(released);
-    EXPECT_TRUE(mainFormLoaded);
+    EXPECT_EQ(fields(released, mainFormLoaded), "1|1");
     over = true;
 }
 
@@ -143,8 +142,7 @@ TEST(Shutdown, WithTheMainFormAlreadyGoneTheProcessStillEnds) {
     w.start();
     w.c().forms.unload(w.main());
     w.c().FullShutdown(false);
-    w.scheduler.advance(100);
-    EXPECT_TRUE(w.desktop.ended());
+    EXPECT_TRUE(endedAfter(w, 100));
     const auto t = traceTexts(w);
     EXPECT_NE(std::find(t.begin(), t.end(), "[Controller] | [FullShutdown] | controllerLoaded=False"), t.end());
     EXPECT_EQ(std::find(t.begin(), t.end(), "[Controller] | [FullShutdown] | controllerLoaded=True"), t.end());

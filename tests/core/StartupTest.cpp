@@ -76,9 +76,10 @@ TEST(Startup, UnwritableAppDataFallsBackToTheInstallFolderWithOneBalloon) {
     w.start();
     EXPECT_EQ(w.glo().localDataFolder, w.install());
     ASSERT_EQ(w.tray.balloons.size(), 1u);
-    EXPECT_TRUE(endsWith(w.tray.balloons[0].text, "\r\nLocal App Path Error"));
-    EXPECT_TRUE(contains(w.tray.balloons[0].text, "(" + (w.dir / "appdata-file" / "tallix").string() + ")"));
-    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
+    const std::string& text = w.tray.balloons[0].text;
+    EXPECT_EQ(fields(endsWith(text, "\r\nLocal App Path Error"), contains(text, "(" + (w.dir / "appdata-file" / "tallix").string() + ")"),
+                     w.glo().InitialisedState == INIT_STATE_INITIALISED),
+              "1|1|1");
 }
 
 TEST(Startup, SharedFolderFallsBackThroughItsVariables) {
@@ -126,12 +127,10 @@ TEST(BaseConnection, OpeningBarTextsAndNoMessageWhenABaseCameUp) {
     w.c().drivers = std::move(drivers);
     w.start();
     EXPECT_EQ(d->bars, (std::vector<std::string>{"Connecting to Base 100 100 100 100", "Opening Port 3"}));
-    EXPECT_EQ(d->opened.size(), 2u);  // keyboard voting opens nothing
-    EXPECT_FALSE(w.dialogs.any("Unable to initialise"));
-    EXPECT_FALSE(w.c().forms.isLoaded(FrmInit::kName));
+    // Keyboard voting opens nothing.
+    EXPECT_EQ(fields(d->opened.size(), w.dialogs.any("Unable to initialise"), w.c().forms.isLoaded(FrmInit::kName)), "2|0|0");
     // The vote buffers fit the configured keypads (0..70) before any vote.
-    EXPECT_EQ(w.glo().keypadVotes, std::vector<int>(71, -1));
-    EXPECT_EQ(w.glo().keypadVoteTimes, std::vector<double>(71, -1.0));
+    EXPECT_EQ(std::tie(w.glo().keypadVotes, w.glo().keypadVoteTimes), std::tuple(std::vector<int>(71, -1), std::vector<double>(71, -1.0)));
 }
 
 TEST(BaseConnection, NoBaseUpIsReportedAndThePresenterKeypadWarnsEitherWay) {
@@ -198,10 +197,10 @@ TEST(Startup, ShuttingDownDuringInitialisationStopsTheRestAndShutsDown) {
     };
     w.c().drivers = std::make_unique<FatalDrivers>(w.glo());
     w.start();
-    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISING);
-    EXPECT_FALSE(w.logged("INITIAL LOAD TIME TAKEN"));
-    EXPECT_FALSE(fs::exists(w.programData() / "tallix" / "AutoUpdate"));  // step 11 never ran
-    EXPECT_EQ(w.c().mainForm(), nullptr);
+    // The last step never ran.
+    EXPECT_EQ(fields(w.glo().InitialisedState == INIT_STATE_INITIALISING, w.logged("INITIAL LOAD TIME TAKEN"),
+                     fs::exists(w.programData() / "tallix" / "AutoUpdate"), w.c().mainForm() == nullptr),
+              "1|0|0|1");
     w.scheduler.advance(100);
     EXPECT_TRUE(w.desktop.ended());
 }

@@ -3,7 +3,6 @@
 #include <tuple>
 
 #include "DriverWorld.h"
-#include "core/Text.h"
 
 using namespace tlx;
 using namespace tlx::test;
@@ -69,6 +68,6 @@ TEST(BaseError, AlternateBaseIsShownAtMostOnceIn30SecondsPerBase) {
     ASSERT_EQ(b.size(), before + 3);
     EXPECT_EQ(b[before],
               (std::pair<std::string, int>{"Base Station 100 100 100 100\r\nAlternate base on same channel", 3}));
-    EXPECT_EQ(b[before + 1].first, "Base Station 100 100 100 200\r\nAlternate base on same channel");
-    EXPECT_EQ(b[before + 2].first, "Base Station 100 100 100 100\r\nAlternate base on same channel");
+    for (const auto& [at, id] : {std::pair{1, "200"}, std::pair{2, "100"}})
+        EXPECT_EQ(b[before + at].first, std::string("Base Station 100 100 100 ") + id + "\r\nAlternate base on same channel");
 }

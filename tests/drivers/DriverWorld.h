@@ -6,6 +6,7 @@
 
 #include "core/BaseDrivers.h"
 #include "core/MainForm.h"
+#include "core/Text.h"
 #include "drivers/KelvarinDrivers.h"
 #include "drivers/PrioritizerDriver.h"
 #include "support/DriverTestWorld.h"
@@ -74,6 +75,12 @@ public:
         std::string s;
         for (std::size_t i = 0; i < sim().baseCount(); ++i) s += (i ? "|" : "") + std::to_string(station(i).callCount(operation));
         return s;
+    }
+    // The parts the second-generation driver's log lacks, one a line ("" when it has them all).
+    std::string unlogged(std::initializer_list<std::string> parts) {
+        std::string out;
+        for (const auto& p : parts) out += g2().logged(p) ? "" : p + "\n";
+        return out;
     }
     // The last message box as "title: text".
     std::string lastDialog() const {

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "DriverWorld.h"
-#include "core/Text.h"
 #include "ports/AppError.h"
 
 using namespace tlx;
@@ -22,9 +21,9 @@ TEST(ListDevices, EachDriverListsOnceHoweverManyOfItsBasesAreConfigured) {
     ASSERT_EQ(d.g2().connectedCount(), 3);
     const auto& r = d.g2().baseTable()[2];
     EXPECT_EQ(fields(r.connected, r.identifier, r.typeName, r.highestKeypad), "1|100100100300|Kelvarin Corehub g2|40");
-    for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(d.station(i).callCount("RadioEnable"), 1);
-    EXPECT_TRUE(d.station(2).radioOn);
-    EXPECT_TRUE(d.g2().logged("2 - Corehub g2: ListDevices: GetSessionConfig - 0"));
+    EXPECT_EQ(fields(d.calls("RadioEnable"), d.station(2).radioOn,
+                     d.g2().logged("2 - Corehub g2: ListDevices: GetSessionConfig - 0")),
+              "1|1|1|1|1");
 }
 
 TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSettingAndMalformedEntriesAreSkipped) {
@@ -43,8 +42,8 @@ TEST(ListDevices, NetworkBasesNeedBothFieldsAndTheEthernetSettingAndMalformedEnt
     d.g2().ListDevices();
     ASSERT_EQ(d.g2().baseTable().size(), 2u);
     const auto& r = d.g2().baseTable()[1];
-    EXPECT_EQ(fields(r.isEthernet, r.identifier, r.address), "1|100100100500|127.0.0.1");
-    EXPECT_TRUE(d.g2().logged(" - Corehub g2: ListDevices: GetEthernetDevices - 0"));
+    EXPECT_EQ(fields(r.isEthernet, r.identifier, r.address, d.g2().logged(" - Corehub g2: ListDevices: GetEthernetDevices - 0")),
+              "1|100100100500|127.0.0.1|1");
 
     d.sim().addListEntries("| |abc|;|100100100999", "100100100700|;|100100100800;|x;10.9.9.9;extra");
     EXPECT_EQ(d.g2().ListDevices(), 0);
@@ -62,13 +61,11 @@ TEST(ListDevices, FirmwareDecidesWhichDriverTakesABase) {
                      {"100100100200", "KELVARIN COREHUB G1", 1, 5},
                      {"100100100300", "KELVARIN COREHUB G1", 1, 5}});
     w.start();
-    auto* g2 = drivers.oKVv5();
     auto* g1 = drivers.oKVv4();
-    ASSERT_EQ(g2->baseTable().size(), 1u);
-    ASSERT_EQ(g1->baseTable().size(), 2u);
-    EXPECT_EQ(g1->baseTable()[0].typeName, "Kelvarin Corehub g1");
-    EXPECT_TRUE(g1->baseTable()[1].connected);  // too old, reported, and still set up
-    EXPECT_TRUE(g1->logged(" - Corehub: ListDevices: OverallTime"));
+    ASSERT_EQ(fields(drivers.oKVv5()->baseTable().size(), g1->baseTable().size()), "1|2");
+    // The third is too old, reported, and still set up.
+    EXPECT_EQ(fields(g1->baseTable()[0].typeName, g1->baseTable()[1].connected, g1->logged(" - Corehub: ListDevices: OverallTime")),
+              "Kelvarin Corehub g1|1|1");
     ASSERT_FALSE(w.tray.balloons.empty());
     EXPECT_EQ(w.tray.balloons.back().text,
               "Kelvarin Corehub Error\r\nBase station 100 100 100 300 is incompatible with this version of tallix and must be "
@@ -131,11 +128,10 @@ TEST(KelvarinDrivers, SetUpScanClosePortsAndReopen) {
     EXPECT_TRUE(d.drivers.openBase({"100100100200", "KELVARIN COREHUB G2", 1, 40}));
     EXPECT_EQ(d.g2().connectedCount(), 2);
     EXPECT_TRUE(d.drivers.openBase({"3", "KELVARIN BASE V3", 1, 40}));
-    EXPECT_FALSE(d.drivers.openBase({"4", "KELVARIN BASE V3", 1, 40}));
-    EXPECT_FALSE(d.drivers.openBase({"1", "SOME SERIAL BASE", 1, 40}));
-    EXPECT_FALSE(d.drivers.openBase({"100100100999", "KELVARIN COREHUB G2", 1, 40}));
-    EXPECT_EQ(d.drivers.corehubG2(), static_cast<KeypadDriver*>(&d.g2()));
-    EXPECT_NE(d.drivers.black3(), nullptr);
+    for (const PortEntry& missing : {PortEntry{"4", "KELVARIN BASE V3", 1, 40}, PortEntry{"1", "SOME SERIAL BASE", 1, 40},
+                                     PortEntry{"100100100999", "KELVARIN COREHUB G2", 1, 40}})
+        EXPECT_FALSE(d.drivers.openBase(missing)) << missing.port;
+    EXPECT_EQ(fields(d.drivers.corehubG2() == &d.g2(), d.drivers.black3() != nullptr), "1|1");
 }
 
 namespace {
@@ -156,10 +152,11 @@ TEST(ListDevices, ALibraryThatThrowsIsLoggedNotRaised) {
     w.c().drivers = std::move(drivers);
     w.writePortFile({{"100100100100", "KELVARIN COREHUB G2", 1, 40}, {"3", "KELVARIN BASE V3", 1, 10}});
     w.start();
-    EXPECT_EQ(w.glo().InitialisedState, INIT_STATE_INITIALISED);
-    EXPECT_TRUE(d.oKVv5()->logged(" - ListDevices FAILED - 429: ActiveX component can't create object"));
+    EXPECT_EQ(fields(w.glo().InitialisedState == INIT_STATE_INITIALISED,
+                     d.oKVv5()->logged(" - ListDevices FAILED - 429: ActiveX component can't create object"),
+                     w.dialogs.any("Unable to initialise Kelvarin Base 100 100 100 100")),
+              "1|1|1");
     EXPECT_EQ(d.oKVv5()->ListDevices(), 2);
-    EXPECT_TRUE(w.dialogs.any("Unable to initialise Kelvarin Base 100 100 100 100"));
     EXPECT_TRUE(d.scanForBases().empty());
 }
 
@@ -192,11 +189,11 @@ TEST(ListDevices, BasesNotFoundAreNamedByPortOrSerialNumberAndLeaveAnEmptyTable)
     auto& drivers = w.useSimBases();
     w.writePortFile({{"5", "KELVARIN BASE V3", 1, 10}, {"100100100100", "KELVARIN COREHUB G2", 1, 10}});
     w.start();
-    EXPECT_EQ(drivers.oKVv5()->baseTable().size(), 0u);
+    EXPECT_EQ(fields(drivers.oKVv5()->baseTable().size(), w.dialogs.any("Unable to initialise Kelvarin Base 5\r\n\r\nPlease ensure"),
+                     w.dialogs.any("Unable to initialise Kelvarin Base 100 100 100 100\r\n\r\nPlease ensure"),
+                     w.dialogs.any("000 000 005")),
+              "0|1|1|0");
     EXPECT_EQ(drivers.oKVv5()->ListDevices(), 0);
-    EXPECT_TRUE(w.dialogs.any("Unable to initialise Kelvarin Base 5\r\n\r\nPlease ensure"));
-    EXPECT_TRUE(w.dialogs.any("Unable to initialise Kelvarin Base 100 100 100 100\r\n\r\nPlease ensure"));
-    EXPECT_FALSE(w.dialogs.any("000 000 005"));
 }
 
 TEST(ListDevices, ConnectStringsAreTheLibrarysExactForms) {

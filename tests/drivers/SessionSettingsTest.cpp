@@ -46,8 +46,9 @@ TEST(SessionSettings, LoadingWithoutAFileGivesTheBuiltInsAndSavingAsksAndRoundTr
     EXPECT_EQ(s.w.dialogs.shown.back().text,
               "Overwrite default tallix settings for base station with currently loaded settings?");
     f.cmdSaveAsDefault();
-    EXPECT_EQ(GetProfileString(s.file(), "RADIO", "ALT CHANNEL 3", ""), "11");
-    EXPECT_EQ(GetProfileString(s.file(), "ENVIRONMENTAL", "HIGH NOISE MODE", ""), "1");
+    EXPECT_EQ(fields(GetProfileString(s.file(), "RADIO", "ALT CHANNEL 3", ""),
+                     GetProfileString(s.file(), "ENVIRONMENTAL", "HIGH NOISE MODE", "")),
+              "11|1");
 
     f.txtName.clear();
     f.txtSessionChannel[3].clear();
@@ -68,12 +69,12 @@ TEST(SessionSettings, EditsABasesSession) {
     f.txtVoteSleepTimer = "-5";  // a negative time becomes 0
     d.sim().fail("100100100100", "SetSessionConfig", 8);
     EXPECT_FALSE(f.cmdOK());
-    EXPECT_TRUE(d.w.c().forms.isLoaded(frmPrioritizerSessionSettings::kName));
-    EXPECT_TRUE(d.w.dialogs.any("Set Session Config Error"));
+    EXPECT_EQ(fields(d.w.c().forms.isLoaded(frmPrioritizerSessionSettings::kName), d.w.dialogs.any("Set Session Config Error")),
+              "1|1");
     EXPECT_TRUE(f.cmdOK());
-    EXPECT_EQ(d.station().setup.session.PrimaryChannel, 45);
-    EXPECT_EQ(d.station().setup.session.VoteSleepTimer, 0);
-    EXPECT_FALSE(d.w.c().forms.isLoaded(frmPrioritizerSessionSettings::kName));
+    EXPECT_EQ(fields(d.station().setup.session.PrimaryChannel, d.station().setup.session.VoteSleepTimer,
+                     d.w.c().forms.isLoaded(frmPrioritizerSessionSettings::kName)),
+              "45|0|0");
 }
 
 TEST(SessionSettings, OkRefusesABadValueWithItsMessageAndSendsNothing) {
@@ -110,6 +111,5 @@ TEST(SessionSettings, OkRefusesABadValueWithItsMessageAndSendsNothing) {
     f.txtStaticRegSIDMax = "1,000";
     f.txtAutoOffKeyPress = "99999";
     EXPECT_TRUE(f.cmdOK());
-    EXPECT_EQ(d.station().setup.session.StaticRegSIDMax, 1000);
-    EXPECT_EQ(d.station().setup.session.AutoOffNoKeypress, 65535);
+    EXPECT_EQ(fields(d.station().setup.session.StaticRegSIDMax, d.station().setup.session.AutoOffNoKeypress), "1000|65535");
 }

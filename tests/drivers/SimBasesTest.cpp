@@ -18,9 +18,10 @@ TEST(SimSetup, TheDemoHasAUsbBaseHereAndANetworkBaseOnLoopbackForTheEmulator) {
     SimBaseLibrary net(s);
     ASSERT_EQ(loadSimBases(net, (sourceDir / "examples" / "sim" / "demo-network.ini").string()), 1);
     SimBaseStation& b2 = net.station(0);
-    EXPECT_EQ(b2.setup.connection, SimConnection::Ethernet);
-    EXPECT_EQ(fields(b2.setup.address, b2.keypadBySid(80)->hid), "127.0.0.1|100300200080");
-    EXPECT_EQ(b2.keypadBySid(1), nullptr);  // its keypads follow the first base's
+    // Its keypads follow the first base's.
+    EXPECT_EQ(fields(b2.setup.connection == SimConnection::Ethernet, b2.setup.address, b2.keypadBySid(80)->hid,
+                     b2.keypadBySid(1) == nullptr),
+              "1|127.0.0.1|100300200080|1");
 }
 
 TEST(SimSetup, OddEntriesAreReadSensiblyOrSkipped) {
@@ -39,8 +40,7 @@ TEST(SimSetup, OddEntriesAreReadSensiblyOrSkipped) {
     EXPECT_EQ(parseKeypadList("1-3, 9 ,4096,0,-2,3-1"), (std::vector<int>{1, 2, 3, 9}));
 
     writeFile(dir / "none.ini", "[bases]\r\ncount=lots\r\n");
-    EXPECT_EQ(loadSimBases(lib, (dir / "none.ini").string()), 0);
-    EXPECT_EQ(loadSimBases(lib, (dir / "missing.ini").string()), 0);
+    for (const char* file : {"none.ini", "missing.ini"}) EXPECT_EQ(loadSimBases(lib, (dir / file).string()), 0) << file;
 }
 
 TEST(SimFaults, EventsArriveAfterTheOperationNotInsideIt) {

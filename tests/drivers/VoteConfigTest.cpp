@@ -89,8 +89,7 @@ TEST(KeyMask, RangesAndListsOfAnswersSumTheirKeysBits) {
         const auto b = build(g);
         EXPECT_EQ(b.ok ? b.vote.KeyMask : -1, r.mask) << r.from << " " << r.count << " '" << r.list << "'";
     }
-    EXPECT_EQ(keyMaskOfList("0,11"), 1024 + 512);
-    EXPECT_EQ(keyMaskOfList("5,5,5"), 48);
+    EXPECT_EQ(fields(keyMaskOfList("0,11"), keyMaskOfList("5,5,5")), fields(1024 + 512, 48));
 }
 
 TEST(VoteObject, TextsFlagsAndNumbersComeFromTheSettings) {
@@ -110,8 +109,8 @@ TEST(VoteObject, TextsFlagsAndNumbersComeFromTheSettings) {
     g.voteEndedText = "Texting finished";
     g.kelvarinDisplay = 1;
     b = build(g);
-    EXPECT_EQ(b.vote.VoteText, "Text Submitted|| Thanks for|     voting");
-    EXPECT_EQ(fields(b.vote.VoteEndedText, b.vote.DisplayLetters), "Texting finished|1");
+    EXPECT_EQ(fields(b.vote.VoteText, b.vote.VoteEndedText, b.vote.DisplayLetters),
+              "Text Submitted|| Thanks for|     voting|Texting finished|1");
     g.kelvarinDisplay = 2;
     b = build(g);
     EXPECT_EQ(fields(b.vote.DisplayLetters, b.vote.DisplayAnswerNumbers), "0|0");

@@ -18,8 +18,9 @@ TEST(StartVote, AFailingBaseIsLoggedAndTheNextStillStarts) {
     EXPECT_EQ(d.g2().StartVote(), 8);
     EXPECT_EQ(fields(d.station(0).voteOpen, d.station(1).voteOpen, d.station(1).vote.KeyMask, d.g2().voteRunning()),
               "0|1|15|1");
-    EXPECT_TRUE(d.g2().logged("1 - Start Live Vote - ovote.VoteType:9, oVote.VoteQuestionText:"));
-    EXPECT_TRUE(d.g2().logged("0 - Start Vote FAILED - 8: TX Comms time out"));
+    EXPECT_EQ(d.unlogged({"1 - Start Live Vote - ovote.VoteType:9, oVote.VoteQuestionText:",
+                          "0 - Start Vote FAILED - 8: TX Comms time out"}),
+              "");
     EXPECT_TRUE(d.w.logged(" - XX - 0 - Start Vote FAILED - 8: TX Comms time out"));
 }
 
@@ -29,8 +30,9 @@ TEST(StartVote, AnUnknownVoteTypeTouchesNoBase) {
     d.g2().SilentLoadVoteConfig(3);
     d.g2().StartVote();
     EXPECT_EQ(d.calls("PrepareVote") + d.calls("StartVote") + d.calls("BeginLiveVote"), "000");
-    EXPECT_TRUE(d.g2().logged("Silent Loading Vote Quit: UpdateVoteObjectFromGlobalVariables(oVote) = False"));
-    EXPECT_FALSE(d.g2().voteRunning());
+    EXPECT_EQ(fields(d.g2().voteRunning(),
+                     d.g2().logged("Silent Loading Vote Quit: UpdateVoteObjectFromGlobalVariables(oVote) = False")),
+              "0|1");
 }
 
 TEST(SilentLoad, ARepeatedLoadConfiguresOnceAndOnlyTheFirstBaseBeginsIt) {
@@ -39,21 +41,20 @@ TEST(SilentLoad, ARepeatedLoadConfiguresOnceAndOnlyTheFirstBaseBeginsIt) {
     d.g2().SilentLoadVoteConfig(3);
     d.g2().SilentLoadVoteConfig(3);
     EXPECT_EQ(d.calls("PrepareVote"), "1|1");
-    EXPECT_TRUE(d.g2().logged("Silent Loading Vote Commpleted: slideNum = 3"));
-    EXPECT_TRUE(d.g2().logged("Silent Loading Vote Quit: m_SilentVoteLoadedSlideNumber = 3"));
-    EXPECT_TRUE(d.g2().logged("0 - Prepare Vote - ovote.VoteType:9"));
+    EXPECT_EQ(d.unlogged({"Silent Loading Vote Commpleted: slideNum = 3",
+                          "Silent Loading Vote Quit: m_SilentVoteLoadedSlideNumber = 3", "0 - Prepare Vote - ovote.VoteType:9"}),
+              "");
 
     d.g2().StartVote();
-    EXPECT_EQ(fields(d.calls("BeginLiveVote"), d.calls("StartVote")), "1|0|0|1");
-    EXPECT_TRUE(d.g2().logged("0 - Begin Live Vote - m_SilentVoteLoadedSlideNumber:3"));
-    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);
-    EXPECT_TRUE(d.station(0).voteOpen && d.station(1).voteOpen);
+    EXPECT_EQ(fields(d.calls("BeginLiveVote"), d.calls("StartVote"), d.g2().silentVoteLoadedSlideNumber(),
+                     d.station(0).voteOpen && d.station(1).voteOpen,
+                     d.g2().logged("0 - Begin Live Vote - m_SilentVoteLoadedSlideNumber:3")),
+              "1|0|0|1|-1|1|1");
 
     // A failed preparation is logged as a failed start; the slide still counts as loaded.
     d.sim().fail(kBase1, "PrepareVote", 6);
     d.g2().SilentLoadVoteConfig(2);
-    EXPECT_TRUE(d.g2().logged("0 - Start Vote FAILED - 6: TX Comms failed"));
-    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), 2);
+    EXPECT_EQ(fields(d.g2().logged("0 - Start Vote FAILED - 6: TX Comms failed"), d.g2().silentVoteLoadedSlideNumber()), "1|2");
 }
 
 TEST(PauseResume, OnlyActWhenThePauseSettingIsOn) {
@@ -75,10 +76,11 @@ TEST(PauseResume, OnlyActWhenThePauseSettingIsOn) {
 
     d.sim().fail(kBase1, "GetSessionConfig", 7);
     d.g2().PauseVote();
-    EXPECT_TRUE(d.g2().logged("0 - Pause Live Vote (GetSessionConfig) FAILED - 7: RX Comms failed"));
     d.sim().fail(kBase1, "SetSessionConfig", 9);
     d.g2().ResumeVote();
-    EXPECT_TRUE(d.g2().logged("0 - Resume Live Vote FAILED - 9: RX Comms time out"));
+    EXPECT_EQ(d.unlogged({"0 - Pause Live Vote (GetSessionConfig) FAILED - 7: RX Comms failed",
+                          "0 - Resume Live Vote FAILED - 9: RX Comms time out"}),
+              "");
 }
 
 TEST(EndVote, EndedTextIsEmptyForARunningVoteAndRequestsRestartUnlessToldOtherwise) {
@@ -94,8 +96,7 @@ TEST(EndVote, EndedTextIsEmptyForARunningVoteAndRequestsRestartUnlessToldOtherwi
         return fields(d.station().lastEndedText, d.g2().voteRunning(), d.station().voteOpen,
                       d.g2().audioRequestsOn(), d.station().vote.KeyMask);
     };
-    EXPECT_EQ(state(), "|0|0|0|15");
-    EXPECT_TRUE(d.g2().logged("0 - End Vote"));
+    EXPECT_EQ(fields(state(), d.g2().logged("0 - End Vote")), "|0|0|0|15|1");
     d.g2().EndVote(false, false);
     EXPECT_EQ(state(), " |0|1|1|1536");  // nothing was running: a blank; keys 0 and 11
     EXPECT_EQ(d.station().vote.VoteQuestionText, "  Press 0 to||  request mic");
@@ -124,8 +125,7 @@ TEST(VoteOps, WithNoBaseConnectedEverythingCompletesQuietly) {
     g2->ShowWinningKeypad(3, true);
     EXPECT_EQ(g2->ScanForBestChannel(""), 0);
     EXPECT_EQ(g2->GetRegistry("1", false), 3);
-    EXPECT_TRUE(w.dialogs.any("Unable to connect to base station 1"));
-    EXPECT_EQ(g2->baseTable().size(), 0u);
+    EXPECT_EQ(fields(w.dialogs.any("Unable to connect to base station 1"), g2->baseTable().size()), "1|0");
 }
 
 TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingAndDropsAPreload) {
@@ -144,8 +144,7 @@ TEST(EndVote, ClearingTheSettingsClearsEveryVoteSettingAndDropsAPreload) {
     EXPECT_EQ(fields(g.voteType, g.optionCount), "SINGLEDIGIT|4");  // kept unless asked
     d.g2().SilentLoadVoteConfig(4);
     d.g2().EndVote(true, true);
-    EXPECT_EQ(d.g2().silentVoteLoadedSlideNumber(), -1);  // the preload goes too
-    EXPECT_EQ(g.voteType, "");
+    EXPECT_EQ(fields(d.g2().silentVoteLoadedSlideNumber(), g.voteType), "-1|");  // the preload goes too
     for (const std::string* t : texts) EXPECT_EQ(*t, "");
     for (const std::int16_t* n : shorts) EXPECT_EQ(*n, 0);
     for (const std::int32_t* n : longs) EXPECT_EQ(*n, 0);

@@ -40,10 +40,10 @@ TEST(BaseFrames, FramesComeOutWholeHoweverTheBytesArriveAndInOrder) {
             while (d.next(f) == FrameDecoder::Status::Ready) got.push_back(f);
         }
         ASSERT_EQ(got.size(), 3u) << "pieces of " << piece;
-        EXPECT_EQ(got[0].kind, Kind::Request);
-        EXPECT_EQ(fields(got[0].id, got[0].handle, got[1].handle, got[2].fields.size(), d.buffered()), "7|3|4294967295|0|0");
-        EXPECT_EQ(got[0].fields, a.fields);
-        EXPECT_EQ(got[1].fields, b.fields);
+        EXPECT_EQ(fields(got[0].kind == Kind::Request, got[0].id, got[0].handle, got[1].handle, got[2].fields.size(),
+                         d.buffered()),
+                  "1|7|3|4294967295|0|0");
+        EXPECT_EQ(std::tie(got[0].fields, got[1].fields), std::tie(a.fields, b.fields));
     }
 }
 
@@ -104,16 +104,14 @@ TEST(BaseValues, RecordsAndValuesReadBackExactly) {
     m.Value2 = 7;
     KelvarinPresenterMenu mb;
     ASSERT_TRUE(decodeValue(encodeValue(m), mb));
-    EXPECT_EQ(mb.Labels, m.Labels);
-    EXPECT_EQ(mb.Value2, 7);
+    EXPECT_EQ(std::tie(mb.Labels, mb.Value2), std::tie(m.Labels, m.Value2));
 
     KelvarinSessionConfig s;
     s.AltChannels = {2, 4, 6, 8, 10, 12, 14, 16};
     s.VoteAccepting = false;
     KelvarinSessionConfig sb;
     ASSERT_TRUE(decodeValue(encodeValue(s), sb));
-    EXPECT_EQ(sb.AltChannels, s.AltChannels);
-    EXPECT_FALSE(sb.VoteAccepting);
+    EXPECT_EQ(std::tie(sb.AltChannels, sb.VoteAccepting), std::tie(s.AltChannels, s.VoteAccepting));
 }
 
 TEST(BaseValues, AReaderSkipsUnknownMembersButRefusesBadValuesLeavingTheRecordAsItWas) {
@@ -156,10 +154,9 @@ TEST(BaseCalls, ARequestCarriesTheInputsAndItsReplyTheResultsOfTheSameMember) {
     EXPECT_EQ(fields(config.SID, config.HID), "42|300300042");
 
     // Unknown operations and wrong arguments call nothing.
-    EXPECT_FALSE(serveRequest(*served, {"FormatDisk"}, reply));
-    EXPECT_FALSE(serveRequest(*served, {"AddKeypadToRegistry", "300300099"}, reply));
-    EXPECT_FALSE(serveRequest(*served, {"AddKeypadToRegistry", "300300099", "x"}, reply));
-    EXPECT_FALSE(serveRequest(*served, {"ResetBase", "extra"}, reply));
+    for (const Fields& wrong : std::vector<Fields>{
+             {"FormatDisk"}, {"AddKeypadToRegistry", "300300099"}, {"AddKeypadToRegistry", "300300099", "x"}, {"ResetBase", "extra"}})
+        EXPECT_FALSE(serveRequest(*served, wrong, reply)) << wrong.at(0);
     EXPECT_EQ(lib.station(0).callCount("AddKeypadToRegistry") + lib.station(0).callCount("ResetBase"), 0);
     // A reply without the result it should carry does not read.
     EXPECT_FALSE(readResults(Fields{"0"}, &KelvarinBase::GetKeypadConfig, hid, config));
@@ -182,8 +179,8 @@ TEST(BaseCalls, EventsTravelAsFieldsAndAreRaisedWithTheSameArguments) {
     ASSERT_EQ(sent.size(), 2u);
     for (const auto& f : sent) EXPECT_TRUE(raiseEvent(*to, f));
     EXPECT_EQ(heard, (std::vector<std::string>{"5:link", "300199901/3/2/12"}));
-    EXPECT_FALSE(raiseEvent(*to, {"Error", "5"}));         // an argument missing
-    EXPECT_FALSE(raiseEvent(*to, {"Error", "five", ""}));  // not a number
-    EXPECT_FALSE(raiseEvent(*to, {"SelfDestruct"}));
+    // An argument missing, not a number, no such event.
+    for (const Fields& wrong : std::vector<Fields>{{"Error", "5"}, {"Error", "five", ""}, {"SelfDestruct"}})
+        EXPECT_FALSE(raiseEvent(*to, wrong)) << wrong.size();
     EXPECT_EQ(heard.size(), 2u);
 }

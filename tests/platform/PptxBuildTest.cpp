@@ -20,14 +20,14 @@ TEST(PptxBuild, SlidesWithTitlesQuestionsAnswersAndTagsInACompletePackage) {
 
     DeckSlide& welcome = deck.slide(1);
     EXPECT_EQ(shapeNames(welcome.shapes()), (std::vector<std::string>{"Title 1", "Subtitle"}));
-    EXPECT_EQ(fields(welcome.shape("Title 1")->placeholderType(), welcome.title(), welcome.tags().count()), "title|Welcome|0");
-    EXPECT_EQ(welcome.shape("Subtitle")->paragraphs(), (std::vector<std::string>{"Line one", "Line two"}));
+    EXPECT_EQ(fields(welcome.shape("Title 1")->placeholderType(), welcome.title(), welcome.tags().count(),
+                     welcome.shape("Subtitle")->text()),
+              "title|Welcome|0|Line one\rLine two");
 
     DeckSlide& vote = deck.slide(2);
     EXPECT_EQ(shapeNames(vote.shapes()), (std::vector<std::string>{"Title 1", "tlx_Question", "tlx_Answers"}));
-    EXPECT_EQ(vote.shape("tlx_Question")->text(), "Which colour do you like best?");
-    EXPECT_EQ(vote.shape("tlx_Answers")->paragraphs(), (std::vector<std::string>{"Red", "Green", "Blue"}));
-    EXPECT_EQ(vote.tags().item("TLXVOTE"), "<VoteType>SINGLEDIGIT</VoteType><Options>3</Options>");
+    EXPECT_EQ(fields(vote.shape("tlx_Question")->text(), vote.shape("tlx_Answers")->text(), vote.tags().item("TLXVOTE")),
+              "Which colour do you like best?|Red\rGreen\rBlue|<VoteType>SINGLEDIGIT</VoteType><Options>3</Options>");
     // Shape ids are unique on a slide.
     std::set<unsigned> ids;
     for (DeckShape* s : vote.allShapes()) EXPECT_TRUE(ids.insert(s->id()).second);

@@ -13,6 +13,7 @@
 #include "platform/files/pptx/Package.h"
 #include "platform/files/pptx/Zip.h"
 #include "support/TestPaths.h"
+#include "core/Text.h"
 #include "support/Fields.h"
 #include "support/TestWorld.h"
 

@@ -29,9 +29,11 @@ struct Sim {
         app.addIn.showEnd = [this] { events.push_back("end"); };
         app.addIn.closing = [this] { events.push_back("closing"); };
     }
-    void key(int vk) {
+    // The slide the show is on after typing the key.
+    int key(int vk) {
         app.KeyDown(vk);
         app.KeyUp(vk);
+        return app.CurrentSlide().value;
     }
     TempDir dir;
     VirtualScheduler scheduler;
@@ -65,9 +67,8 @@ TEST(SimPresentation, TheShowAndWhatTheAddInReports) {
     EXPECT_EQ(std::vector(s.events.begin() + 1, s.events.end()), (std::vector<std::string>{"slide 2", "slide 12", "slide 11", "end"}));
     EXPECT_EQ(s.desktop.foregroundWindowClass(), kFrameWindowClass);
     EXPECT_EQ(s.app.Close(), "");
-    EXPECT_EQ(s.events.back(), "closing");
-    EXPECT_FALSE(processRunning(s.desktop, "POWERPNT.EXE"));
-    EXPECT_EQ(s.app.getActiveObject(), nullptr);
+    EXPECT_EQ(fields(s.events.back(), processRunning(s.desktop, "POWERPNT.EXE"), s.app.getActiveObject() == nullptr),
+              "closing|0|1");
 }
 
 TEST(SimPresentation, KeysTypedOnTheShowMoveIt) {
@@ -75,18 +76,14 @@ TEST(SimPresentation, KeysTypedOnTheShowMoveIt) {
     s.app.Open(s.deck.string());
     s.app.Begin();
     s.app.GoTo(12);  // the view test types Page Down, Page Up and digits with Enter
-    s.key(36);  // Home
-    EXPECT_EQ(s.app.CurrentSlide().value, 1);
-    s.key(33);  // Page Up on the first slide: nothing
-    EXPECT_EQ(s.app.CurrentSlide().value, 1);
+    EXPECT_EQ(s.key(36), 1);  // Home
+    EXPECT_EQ(s.key(33), 1);  // Page Up on the first slide: nothing
     // Keys typed elsewhere do not reach the show.
     s.desktop.setForegroundWindowClass("Notepad");
-    s.key(34);
-    EXPECT_EQ(s.app.CurrentSlide().value, 1);
+    EXPECT_EQ(s.key(34), 1);
     s.desktop.setForegroundWindowClass(kShowWindowClass);
     s.key(27);  // Escape
-    EXPECT_EQ(s.app.show(), nullptr);
-    EXPECT_EQ(s.app.KeyDown(0), "Not a key code: 0");
+    EXPECT_EQ(fields(s.app.show() == nullptr, s.app.KeyDown(0)), "1|Not a key code: 0");
 }
 
 TEST(SimPresentation, TagsAreSavedIntoThePackageAndShapesChangeThroughTheObjectModel) {
@@ -112,8 +109,7 @@ TEST(SimPresentation, TagsAreSavedIntoThePackageAndShapesChangeThroughTheObjectM
     EXPECT_EQ(box->paragraph(2), "Green");
     const int before = slide->shapeCount();
     box->remove();
-    EXPECT_EQ(slide->shapeCount(), before - 1);
-    EXPECT_EQ(slide->shapeByName("tlx_answer 1"), nullptr);
+    EXPECT_EQ(fields(before - slide->shapeCount(), slide->shapeByName("tlx_answer 1") == nullptr), "1|1");
     EXPECT_THROW(box->text(), std::exception);  // a deleted shape is an error, not a crash
 }
 
@@ -131,15 +127,12 @@ TEST(SimPresentation, QuickVoteStartsTheDisplayProgramOfTheSlidesTag) {
     EXPECT_TRUE(started.empty());
     s.app.Next();
     s.app.application().run("DoRapidpoll", {true});
-    ASSERT_EQ(started.size(), 1u);
-    EXPECT_EQ(started[0], "/opt/chart --vote as CHARTIST.EXE");
-    EXPECT_TRUE(processRunning(s.desktop, "CHARTIST.EXE"));
+    EXPECT_EQ(fields(join(started, ","), processRunning(s.desktop, "CHARTIST.EXE")), "/opt/chart --vote as CHARTIST.EXE|1");
     s.app.displayEnded("CHARTIST.EXE");
     EXPECT_FALSE(processRunning(s.desktop, "CHARTIST.EXE"));
     s.app.Next();  // the matrix slide has no display program configured: nothing starts
     s.app.application().run("DoRapidpoll", {true});
-    EXPECT_EQ(started.size(), 1u);
-    EXPECT_FALSE(processRunning(s.desktop, "GRIDDER.EXE"));
+    EXPECT_EQ(fields(started.size(), processRunning(s.desktop, "GRIDDER.EXE")), "1|0");
     s.app.application().run("GoToNextSlide", {0});
     EXPECT_EQ(s.app.CurrentSlide().value, 4);
 }
@@ -160,7 +153,7 @@ TEST(SimScript, RunsOnTimeAndReportsFailures) {
     EXPECT_EQ(fields(s.app.CurrentSlide().value, script.finished()), "1|0");
     s.scheduler.advance(5000);
     EXPECT_EQ(fields(script.finished(), s.app.CurrentSlide().value), "1|2");
-    EXPECT_EQ(commands, (std::vector<std::string>{"STARTVOTE"}));
-    EXPECT_NE(std::find(reports.begin(), reports.end(), "step 5 failed: no simulated base stations"), reports.end());
-    EXPECT_NE(std::find(reports.begin(), reports.end(), "step 6 failed: No slide 99 in this presentation"), reports.end());
+    EXPECT_EQ(join(commands, ","), "STARTVOTE");
+    for (const char* failed : {"step 5 failed: no simulated base stations", "step 6 failed: No slide 99 in this presentation"})
+        EXPECT_NE(std::find(reports.begin(), reports.end(), failed), reports.end()) << failed;
 }

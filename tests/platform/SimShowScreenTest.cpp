@@ -173,8 +173,7 @@ TEST(ShowScreen, ChartBelongsToTheSlideTheVoteOpenedOn) {
 
     w.screen.forwarded("[3;2],[5;1],[7;2],\r\n");
     w.screen.forwarded("[5;4],\r\nnumKeypads=80\r\n");  // keypad 5 changes its mind
-    EXPECT_EQ(w.counts({"1", "2", "4"}), "0|2|1");
-    EXPECT_EQ(w.screen.chartSummary(), "3 voters of 80, 4 votes, 1 changed");
+    EXPECT_EQ(fields(w.counts({"1", "2", "4"}), w.screen.chartSummary()), "0|2|1|3 voters of 80, 4 votes, 1 changed");
     // A record that is not one is counted as skipped, not as a vote.
     w.screen.forwarded("[x;1],[9;-2],\r\n");
     EXPECT_EQ(fields(w.count("-2"), w.screen.vote().tally.skipped()), "1|1");
@@ -189,8 +188,7 @@ TEST(ShowScreen, ChartBelongsToTheSlideTheVoteOpenedOn) {
     w.screen.voteStarted();
     EXPECT_EQ(fields(w.screen.voteSlide(), w.screen.chartRows().empty()), "1|1");
     w.screen.forwarded("[4;7],\r\n");
-    ASSERT_EQ(w.screen.chartRows().size(), 1u);
-    EXPECT_EQ(w.count("7"), 1);
+    EXPECT_EQ(fields(w.screen.chartRows().size(), w.count("7")), "1|1");
 }
 
 TEST(ShowScreen, ChartFollowsARealVoteThroughTheController) {
@@ -204,8 +202,7 @@ TEST(ShowScreen, ChartFollowsARealVoteThroughTheController) {
     w.presentation.Next();
     for (const char* line : {"votetype=SINGLEDIGIT", "options=4", "STARTVOTE"}) ASSERT_TRUE(feed.SendCommand(line));
     w.scheduler.advance(200);
-    ASSERT_TRUE(w.baseLibrary.station(0).voteOpen);
-    ASSERT_EQ(w.screen.voteSlide(), 2);
+    ASSERT_EQ(fields(w.baseLibrary.station(0).voteOpen, w.screen.voteSlide()), "1|2");
     for (auto [keypad, key] : {std::pair{1, "2"}, {2, "3"}, {3, "2"}, {1, "3"}})
         ASSERT_TRUE(w.baseLibrary.press("100100100100", keypad, key));
     w.scheduler.advance(500);

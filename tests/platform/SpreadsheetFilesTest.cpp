@@ -74,8 +74,8 @@ TEST(SpreadsheetFiles, XlsxWrittenIsReadBackWithSharedOrInlineStringsAndTheXlsFi
 TEST(SpreadsheetFiles, FilesThatAreNotWorkbooksFailWithAnError) {
     TempDir dir;
     FileSpreadsheet sheets;
-    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "missing.xlsx"); }), err::kFileNotFound);
-    EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / "missing.xls"); }), err::kFileNotFound);
+    for (const char* missing : {"missing.xlsx", "missing.xls"})
+        EXPECT_EQ(failure([&] { sheets.readFirstSheet(dir / missing); }), err::kFileNotFound) << missing;
 
     for (const char* name : {"text.xlsx", "text.xls", "list.csv"}) {
         writeFile(dir / name, "Keypad,Name\r\n1,Ann\r\n");

@@ -28,7 +28,10 @@ protected:
         link.texts[{2, "tlx_Question"}] = "Which colour\rdo you like best?";
         link.texts[{2, "tlx_Answers"}] = "1. Red\r2. Green\r3. Blue\r4. Yellow";
     }
+    // A fresh run: what an earlier one sent and how it ended are forgotten.
     DisplayRun& make() {
+        link.sent.clear();
+        exitCode.reset();
         run = std::make_unique<DisplayRun>(scheduler, link, options);
         run->note = [this](const std::string& t) { notes.push_back(t); };
         run->problem = [this](const std::string& t) { problems.push_back(t); };
@@ -43,6 +46,15 @@ protected:
     DisplayRun& started() {
         make().start();
         return *run;
+    }
+    // The exit code after waiting so long.
+    std::optional<int> exitAfter(long long ms) {
+        scheduler.advance(ms);
+        return exitCode;
+    }
+    std::size_t redrawsAfter(long long ms) {
+        scheduler.advance(ms);
+        return lives.size();
     }
     bool noted(const std::string& part) const {
         for (const auto& n : notes)
@@ -83,8 +95,7 @@ TEST_F(Display, ConfiguresOpensTalliesAndEndsTheVoteAfterItsTime) {
     // Batches still on their way count; the reply to GETVOTEINFO comes behind them.
     r.onData("[4;3],");
     r.onData(kInfoReply);
-    scheduler.advance(290);
-    EXPECT_FALSE(exitCode);
+    EXPECT_FALSE(exitAfter(290));
     scheduler.advance(20);
     ASSERT_EQ(fields(exitCode, results.size()), "0|1");
     const DisplayModel& m = results[0];
@@ -104,22 +115,17 @@ TEST_F(Display, WaitsForTheControllerAndItsInitialisationWithinItsLimit) {
     scheduler.advance(1000);
     EXPECT_EQ(fields(link.inits, link.sent.empty()), "5|1");
     scheduler.advance(600);
-    EXPECT_EQ(r.phase(), DisplayRun::Phase::Running);
-    EXPECT_EQ(link.sent.size(), 6u);
+    EXPECT_EQ(fields(r.phase() == DisplayRun::Phase::Running, link.sent.size()), "1|6");
 
     link.refuse = 1000;
     started();
-    scheduler.advance(2100);
-    EXPECT_EQ(exitCode, DisplayRun::kExitNoController);
+    EXPECT_EQ(exitAfter(2100), DisplayRun::kExitNoController);
     EXPECT_EQ(problems.back(), "the controller did not finish initialising within 2 s");
 
-    exitCode.reset();
     link.absent = true;
     started();
-    scheduler.advance(1900);
-    EXPECT_FALSE(exitCode);
-    scheduler.advance(400);
-    EXPECT_EQ(exitCode, DisplayRun::kExitNoController);
+    EXPECT_FALSE(exitAfter(1900));
+    EXPECT_EQ(exitAfter(400), DisplayRun::kExitNoController);
     EXPECT_EQ(problems.back(), "no controller answers (waited 2 s): tallix_control.tallix does not answer");
     EXPECT_TRUE(results.empty());
 }
@@ -133,12 +139,9 @@ TEST_F(Display, AReshowRunsNoVoteAndAnOptionCountFallsBackToTheAnswers) {
     // No <Options>: as many as the slide has answers; no answers either: the controller's default.
     link.tags[{2, "TLXRESHOW"}] = "";
     link.tags[{2, "TLXQUIZ"}] = "<VoteType>SINGLEDIGIT</VoteType>";
-    link.sent.clear();
-    exitCode.reset();
     started();
     EXPECT_EQ(link.sent[2], "options=4");
     link.texts.clear();
-    link.sent.clear();
     started();
     EXPECT_EQ(fields(link.sent[2], link.sent[4]), "options=10|votename=Slide 2");
 }
@@ -153,12 +156,10 @@ TEST_F(Display, EndingWaitsForTheLastBatchesAtMostItsLimitAndASecondRequestNotAt
     EXPECT_TRUE(noted("ending the vote (interrupted)"));
     // The reply to the first GETVOTEINFO never came: two replies are due.
     r.onData(kInfoReply);
-    scheduler.advance(1990);
-    EXPECT_FALSE(exitCode);
-    scheduler.advance(10);
-    EXPECT_EQ(fields(exitCode, results.at(0).tally.voters()), "0|1");
+    EXPECT_FALSE(exitAfter(1990));
+    EXPECT_EQ(exitAfter(10), 0);
+    EXPECT_EQ(results.at(0).tally.voters(), 1);
 
-    exitCode.reset();
     DisplayRun& again = started();
     again.requestEnd("interrupted");
     again.requestEnd("interrupted");
@@ -170,23 +171,19 @@ TEST_F(Display, TheControllerLeavingEndsTheRunWithWhatCame) {
     r.onData("[5;1],[6;3],");
     link.absent = true;
     r.onControllerGone();
-    EXPECT_EQ(exitCode, 0);
-    ASSERT_EQ(results.size(), 1u);
+    ASSERT_EQ(fields(exitCode, results.size()), "0|1");
     EXPECT_TRUE(results[0].controllerGone);
     EXPECT_NE(link.sent.back(), "ENDVOTE");
 
     // Gone before the vote opened: nothing to show, and the controller is not there.
     link.absent = false;
     link.refuse = 1000;
-    exitCode.reset();
     DisplayRun& early = started();
     early.onControllerGone();
     EXPECT_EQ(exitCode, DisplayRun::kExitNoController);
     EXPECT_EQ(problems.back(), "the controller left the bus before the vote opened");
 
     // An end asked for before the vote opened ends without ENDVOTE.
-    link.sent.clear();
-    exitCode.reset();
     DisplayRun& stopped = started();
     stopped.requestEnd("interrupted");
     EXPECT_EQ(fields(exitCode, link.sent.empty()), "0|1");
@@ -212,11 +209,9 @@ TEST_F(Display, BatchesBeforeTheVoteDoNotCountAndRedrawsComeAtMostOncePerPeriod)
     EXPECT_EQ(lives.size(), 2u);
     scheduler.advance(500);
     EXPECT_EQ(fields(lives.size(), lives.back()), "3|40");
-    scheduler.advance(5000);
-    EXPECT_EQ(lives.size(), 3u) << "no redraw without a change";
+    EXPECT_EQ(redrawsAfter(5000), 3u) << "no redraw without a change";
     r.onData("[2;x\x01],");
-    scheduler.advance(500);
-    EXPECT_EQ(lives.size(), 4u) << "a skipped record shows in the count";
+    EXPECT_EQ(redrawsAfter(500), 4u) << "a skipped record shows in the count";
     EXPECT_EQ(r.model().tally.skipped(), 1);
 }
 
@@ -257,9 +252,7 @@ TEST_F(Display, WithoutAVoteItCanRunItSaysWhySendsNothingAndEndsWithNoVote) {
         link.current = 2;
         link.simulation = true;
         link.tags[{2, "TLXVOTE"}] = kColours;
-        link.sent.clear();
         options = DisplayOptions{};
-        exitCode.reset();
         fault();
         DisplayRun& r = started();
         EXPECT_EQ(exitCode, DisplayRun::kExitNoVote) << message;

@@ -128,11 +128,9 @@ TEST(CtrlKey, ExitsWithNoOpenPresentationOrWithAltAlsoHeld) {
     w.down(vk::kLCtrl);
     w.down(vk::kLAlt);
     w.c().hotKeys->CtrlKeyPressed("W");
-    EXPECT_TRUE(w.logged("AltKeyPressed=True"));
-    EXPECT_FALSE(w.logged("ACTIONED"));
+    EXPECT_EQ(fields(w.logged("AltKeyPressed=True"), w.logged("ACTIONED")), "1|0");
     w.c().hotKeys->AltKeyPressed("A");
-    EXPECT_TRUE(w.logged("CtrlKeyPressed=True"));
-    EXPECT_TRUE(w.logged("ALT KEY PRESSED EXIT - Ctrl Key also pressed"));
+    EXPECT_EQ(fields(w.logged("CtrlKeyPressed=True"), w.logged("ALT KEY PRESSED EXIT - Ctrl Key also pressed")), "1|1");
 }
 
 TEST(CtrlKey, GuardsWithoutThePresentationProgram) {
@@ -141,8 +139,8 @@ TEST(CtrlKey, GuardsWithoutThePresentationProgram) {
     w.c().hotKeys->CtrlKeyPressed("G");
     EXPECT_EQ(fields(w.logged("InitPPTObject FAILED"), w.logged("CTRL KEY PRESSED EXIT - Not InitPPTObject")), "1|1");
     w.c().hotKeys->AltKeyPressed("A");
-    EXPECT_TRUE(w.logged("ALT KEY PRESSED EXIT - glo.ppApp Is Nothing"));
-    EXPECT_FALSE(w.logged("ALT KEY PRESSED EXIT - Not InitPPTObject"));
+    EXPECT_EQ(fields(w.logged("ALT KEY PRESSED EXIT - glo.ppApp Is Nothing"), w.logged("ALT KEY PRESSED EXIT - Not InitPPTObject")),
+              "1|0");
 }
 
 // Alt exits on a failed attach as Ctrl does; its exit line names the empty program object
@@ -154,8 +152,9 @@ TEST(AltKey, AFailedAttachExitsAndNamesAnEmptyProgramObjectElseTheAttach) {
     w.c().watcher->InitPPTObject(true);  // fails; the program object is still the old one
     ASSERT_NE(w.glo().ppApp, nullptr);
     w.c().hotKeys->AltKeyPressed("A");
-    EXPECT_TRUE(w.logged(" - XX - InitPPTObject FAILED"));
-    EXPECT_EQ(fields(w.logged("ALT KEY PRESSED EXIT - Not InitPPTObject"), w.logged("glo.ppApp.Presentations")), "1|0");
+    EXPECT_EQ(fields(w.logged(" - XX - InitPPTObject FAILED"), w.logged("ALT KEY PRESSED EXIT - Not InitPPTObject"),
+                     w.logged("glo.ppApp.Presentations")),
+              "1|1|0");
 }
 
 TEST(RegisteredHotKeys, NamesAndTheirFaults) {
@@ -189,8 +188,7 @@ TEST(RegisteredHotKeys, VAndTheModeKeysArmedByX) {
     EXPECT_FALSE(w.logged("FallBack"));
     w.keyboard.tap('X', 300);
     w.keyboard.tap('F', 400);
-    EXPECT_TRUE(w.logged("KV3 FallBack Mode Enabled 254s (HotKey - Win 98/ME)"));
-    EXPECT_EQ(w.main().txt_command, "Detect Mode=1");
+    EXPECT_EQ(fields(w.logged("KV3 FallBack Mode Enabled 254s (HotKey - Win 98/ME)"), w.main().txt_command), "1|Detect Mode=1");
     w.keyboard.tap('S', 500);  // disarmed again
     EXPECT_EQ(fields(w.logged("Sentry"), w.keyboard.hotKeyCount()), "0|2");
 }

@@ -40,16 +40,13 @@ TEST(WiredCommands, VoteStartAndEndReachTheDriversAndTheIntake) {
     EXPECT_EQ(w.c().intake->distinctVoters(), 1);
     w.calls.clear();
     w.send("STARTVOTE");
-    EXPECT_EQ(w.calls, (CallLog{"g2.StartVote"}));
-    EXPECT_EQ(w.c().intake->distinctVoters(), 0);  // a new vote, a new voter list
-    EXPECT_EQ(w.glo().ActiveKeypads.text(), ",4,8,");
-    EXPECT_TRUE(w.glo().voteRunning);
+    // A new vote, a new voter list.
+    EXPECT_EQ(fields(join(w.calls, ","), w.c().intake->distinctVoters(), w.glo().ActiveKeypads.text(), w.glo().voteRunning),
+              "g2.StartVote|0|,4,8,|1");
     w.send("ENDVOTE");
-    EXPECT_EQ(w.calls.back(), "g2.EndVote(False,False)");
-    EXPECT_FALSE(w.glo().voteRunning);
+    EXPECT_EQ(fields(w.calls.back(), w.glo().voteRunning), "g2.EndVote(False,False)|0");
     w.send("votename=Colours@@slide 2");
-    EXPECT_EQ(w.glo().voteName, "Colours");
-    EXPECT_EQ(w.c().voteRun->voteNameDetail, "slide 2");
+    EXPECT_EQ(fields(w.glo().voteName, w.c().voteRun->voteNameDetail), "Colours|slide 2");
 }
 
 TEST(WiredCommands, KeypadsActiveSetsTheTagAndTheListTheIntakeHonours) {
@@ -58,8 +55,7 @@ TEST(WiredCommands, KeypadsActiveSetsTheTagAndTheListTheIntakeHonours) {
     std::vector<std::string> sent;
     w.main().FromCtrlForm.connect([&](const std::string& s) { sent.push_back(s); });
     w.send("keypadsactive=3,7,12");
-    EXPECT_EQ(w.presentation.PresentationTag("ActiveKeypads").value, "3,7,12");
-    EXPECT_EQ(w.glo().ActiveKeypads.text(), ",3,7,12,");
+    EXPECT_EQ(fields(w.presentation.PresentationTag("ActiveKeypads").value, w.glo().ActiveKeypads.text()), "3,7,12|,3,7,12,");
     w.send("STARTVOTE");
     std::vector<float> keypads{4, 7};
     std::vector<std::string> votes{"1", "2"};

@@ -107,8 +107,7 @@ TEST(KilledWhileWriting, ThePortFileIsTheOldTableOrTheNewOne) {
     killedWhileWriting(oldBytes.size() + 20, [&] { writePortFile(file, two); });
     EXPECT_EQ(readFile(file), oldBytes);
     const auto r = readPortFile(file);
-    EXPECT_EQ(r.status, PortFileStatus::Ok);
-    EXPECT_EQ(r.data.bases.size(), 1u);
+    EXPECT_EQ(fields(r.status == PortFileStatus::Ok, r.data.bases.size()), "1|1");
 }
 
 TEST(DamagedFiles, APortFileCutOrGarbledGivesKeyboardVotingAndIsKeptAside) {
@@ -141,8 +140,7 @@ TEST(DamagedFiles, APortFileCutOrGarbledGivesKeyboardVotingAndIsKeptAside) {
                              file.string() + ".bad"));
         // The next keypad set-up writes the table anew; the copy stays as it was.
         ASSERT_EQ(writePortFile(file, good), PortFileWriteStatus::Ok);
-        EXPECT_EQ(readPortFile(file).status, PortFileStatus::Ok);
-        EXPECT_EQ(readFile(file.string() + ".bad"), bad);
+        EXPECT_EQ(fields(readPortFile(file).status == PortFileStatus::Ok, readFile(file.string() + ".bad")), fields(1, bad));
     }
 }
 
@@ -154,8 +152,8 @@ TEST(DamagedFiles, AnotherDamagedPortFileLaterIsKeptBesideTheFirstNotOverIt) {
     writeFile(file, "second damage");
     w.c().readPortFile();
     w.c().readPortFile();  // the same bytes again: no third copy
-    EXPECT_EQ(readFile(file.string() + ".bad"), "first damage");
-    EXPECT_EQ(fields(readFile(file.string() + ".bad1"), fs::exists(file.string() + ".bad2")), "second damage|0");
+    EXPECT_EQ(fields(readFile(file.string() + ".bad"), readFile(file.string() + ".bad1"), fs::exists(file.string() + ".bad2")),
+              "first damage|second damage|0");
 }
 
 TEST(DamagedFiles, ASettingsFileCutMidLineKeepsWhatItHasAndIsKeptAside) {
@@ -165,8 +163,8 @@ TEST(DamagedFiles, ASettingsFileCutMidLineKeepsWhatItHasAndIsKeptAside) {
         "[KELVARIN OPTIONS]\r\nKEYPAD BEEP=1\r\n[KELVARIN CORE HUB OPTIONS]\r\nVOTED TEXT=Thanks\r\nPREVOTE TE";
     writeFile(ini, cut);
     w.start();
-    EXPECT_EQ(w.glo().options.text(section::kKelvarinOptions, "KEYPAD BEEP"), "1");
-    EXPECT_EQ(w.glo().options.text(section::kCoreHubOptions, "VOTED TEXT"), "Thanks");
+    EXPECT_EQ(fields(w.glo().options.text(section::kKelvarinOptions, "KEYPAD BEEP"), w.glo().options.text(section::kCoreHubOptions, "VOTED TEXT")),
+              "1|Thanks");
     EXPECT_EQ(w.glo().options.text(section::kCoreHubOptions, "PREVOTE TEXT"),
               Options{}.text(section::kCoreHubOptions, "PREVOTE TEXT"));
     EXPECT_TRUE(w.logged("tlx.ini is damaged: defaults used where it cannot be read; a copy is kept as " +
@@ -174,8 +172,7 @@ TEST(DamagedFiles, ASettingsFileCutMidLineKeepsWhatItHasAndIsKeptAside) {
     EXPECT_EQ(readFile(ini.string() + ".bad"), cut);
     // Saving writes a whole file; the damaged one stays aside.
     ASSERT_TRUE(w.c().settings.SaveSettings(w.glo().options));
-    EXPECT_FALSE(settingsTextLooksDamaged(readFile(ini)));
-    EXPECT_EQ(readFile(ini.string() + ".bad"), cut);
+    EXPECT_EQ(fields(settingsTextLooksDamaged(readFile(ini)), readFile(ini.string() + ".bad")), fields(0, cut));
 }
 
 TEST(DamagedFiles, GarbageInTheSettingsFileGivesDefaultsAndTheFileIsKeptBeforeASave) {
