@@ -10,6 +10,7 @@
 #include "core/FileSafety.h"
 #include "core/GlobalState.h"
 #include "core/Options.h"
+#include "core/ProfileReader.h"
 #include "core/Text.h"
 #include "ports/Desktop.h"
 
@@ -61,6 +62,22 @@ bool HasProfileString(const fs::path& file, const std::string& section, const st
     CSimpleIniA ini;
     if (!loadIni(ini, file)) return false;
     return ini.GetValue(section.c_str(), key.c_str(), nullptr) != nullptr;
+}
+
+struct ProfileReader::Impl {
+    CSimpleIniA ini;
+    bool loaded = false;
+};
+
+ProfileReader::ProfileReader(const fs::path& file) : impl_(new Impl) { impl_->loaded = loadIni(impl_->ini, file); }
+
+ProfileReader::~ProfileReader() { delete impl_; }
+
+std::string ProfileReader::get(const std::string& section, const std::string& key,
+                               const std::string& defaultValue) const {
+    if (!impl_->loaded) return defaultValue;
+    const char* v = impl_->ini.GetValue(section.c_str(), key.c_str(), nullptr);
+    return v ? unquote(v) : defaultValue;
 }
 
 struct ProfileWriter::Impl {

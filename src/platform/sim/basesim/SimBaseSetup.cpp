@@ -4,6 +4,7 @@
 #include <map>
 #include <tuple>
 
+#include "core/ProfileReader.h"
 #include "core/Settings.h"
 #include "core/Text.h"
 #include "platform/sim/basesim/SimBaseLibrary.h"
@@ -66,8 +67,10 @@ std::vector<int> parseKeypadList(const std::string& list) {
 }
 
 int loadSimBases(SimBaseLibrary& library, const std::string& file) {
+    // Read once: the set-up is asked per keypad (its own firmware), up to 4,095 a base.
+    const ProfileReader profile(file);
     auto get = [&](const std::string& section, const std::string& key, const std::string& def = "") {
-        return trim(GetProfileString(file, section, key, def));
+        return trim(profile.get(section, key, def));
     };
     const std::string seed = get("bases", "seed");
     if (!seed.empty()) library.setSeed(static_cast<unsigned>(toLong(seed)));
