@@ -232,7 +232,14 @@ private:
     int m_ScanSlot = 0;  // the base whose channel-scan reply is awaited
     bool m_ScanRunning = false;
     int m_AudioSlot = 1;
-    std::map<std::string, KelvarinVote> m_LastVotes;  // "K:" + HID
+    // What the duplicate check compares of each keypad's last vote ("K:" + HID): only these,
+    // since a whole vote object per keypad of a full system is tens of megabytes.
+    struct LastVote {
+        std::string replyData;
+        std::string questionText;
+        int replyId = 0;
+    };
+    std::map<std::string, LastVote> m_LastVotes;
     // Per slot: the base missed the start (or the end) of the current vote because its link
     // was down; the vote object it missed.
     std::array<bool, kMaxBases> m_StartMissed{};

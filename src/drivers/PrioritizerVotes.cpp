@@ -245,38 +245,22 @@ bool KelvarinPrioritizerDriver::isDuplicate(const KelvarinVote& v) const {
     if (m_AllowDuplicateVotes) return false;
     auto it = m_LastVotes.find(registryKey(v.HID));
     if (it == m_LastVotes.end()) return false;
-    const KelvarinVote& last = it->second;
-    return last.VoteReplyData == v.VoteReplyData && last.VoteQuestionText == v.VoteQuestionText &&
-           last.VoteReplyID == v.VoteReplyID;
+    const LastVote& last = it->second;
+    return last.replyData == v.VoteReplyData && last.questionText == v.VoteQuestionText &&
+           last.replyId == v.VoteReplyID;
 }
 
 void KelvarinPrioritizerDriver::rememberVote(const KelvarinVote& v) {
     const std::string key = registryKey(v.HID);
-    auto it = m_LastVotes.find(key);
-    if (it == m_LastVotes.end()) {
-        m_LastVotes.emplace(key, v);
+    auto [it, fresh] = m_LastVotes.try_emplace(key);
+    LastVote& last = it->second;
+    if (fresh) {
+        last = {v.VoteReplyData, v.VoteQuestionText, v.VoteReplyID};
     } else {
         // Fields the new vote leaves blank keep what the keypad sent last.
-        KelvarinVote& merged = it->second;
-        auto text = [](std::string& to, const std::string& from) {
-            if (!trim(from).empty()) to = from;
-        };
-        auto number = [](auto& to, auto from) {
-            if (from != 0) to = from;
-        };
-        text(merged.HID, v.HID);
-        text(merged.VoteReplyData, v.VoteReplyData);
-        text(merged.VoteQuestionText, v.VoteQuestionText);
-        text(merged.VoteText, v.VoteText);
-        text(merged.VoteEndedText, v.VoteEndedText);
-        number(merged.SID, v.SID);
-        number(merged.BatteryStrength, v.BatteryStrength);
-        number(merged.SignalStrength, v.SignalStrength);
-        number(merged.PollGroupID, v.PollGroupID);
-        number(merged.PollSlotID, v.PollSlotID);
-        number(merged.KeyPressTimeStamp, v.KeyPressTimeStamp);
-        number(merged.VoteReplyID, v.VoteReplyID);
-        number(merged.VoteType, v.VoteType);
+        if (!trim(v.VoteReplyData).empty()) last.replyData = v.VoteReplyData;
+        if (!trim(v.VoteQuestionText).empty()) last.questionText = v.VoteQuestionText;
+        if (v.VoteReplyID != 0) last.replyId = v.VoteReplyID;
     }
     for (auto& reg : localReg_)
         if (RegistryEntry* e = reg.find(key)) {
