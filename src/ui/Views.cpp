@@ -33,6 +33,8 @@ QString q(const std::string& s) { return QString::fromStdString(replaceAll(s, "\
 }  // namespace
 
 FrmInitView::FrmInitView(Controller& controller, FrmInit& model) : c_(controller), model_(model) {
+    // Named after its form, as the debug window list shows it.
+    setObjectName(FrmInit::kName);
     auto* lay = new QVBoxLayout(this);
     bar_ = new QLabel;
     grid_ = new QTableWidget(0, 4);
@@ -160,6 +162,7 @@ void FrmInitView::refresh() {
 }
 
 BubbleLogView::BubbleLogView(BubbleMessageLogForm& model) : model_(model) {
+    setObjectName(BubbleMessageLogForm::kName);
     auto* lay = new QVBoxLayout(this);
     text_ = new QPlainTextEdit;
     text_->setReadOnly(true);
